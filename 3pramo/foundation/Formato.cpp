@@ -1,0 +1,48 @@
+#include <3pramo/foundation/Formato.hpp>
+
+#include <3pramo/foundation/YExc_interno.hpp>
+
+#include <cstdio>
+#include <locale.h>
+
+namespace pramo {
+
+namespace {
+
+locale_t localeC() {
+    static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
+    return c;
+}
+
+} // namespace
+
+LocaleC::LocaleC() : anterior_(uselocale(localeC())) {}
+
+LocaleC::~LocaleC() {
+    uselocale(static_cast<locale_t>(anterior_));
+}
+
+std::size_t formataEm(char *buffer, std::size_t tamanho, const char *formato, va_list argumentos) {
+    const LocaleC c;
+    const int escritos = std::vsnprintf(buffer, tamanho, formato, argumentos);
+    if (escritos < 0) {
+        lanca(YExc_rtti, "Formato inválido."_l1, "YStream");
+    }
+    return static_cast<std::size_t>(escritos);
+}
+
+std::string formataTexto(const char *formato, va_list argumentos) {
+    va_list outraVez;
+    va_copy(outraVez, argumentos);
+    char curto[512];
+    const std::size_t tamanho = formataEm(curto, sizeof curto, formato, argumentos);
+    std::string texto(curto, tamanho < sizeof curto ? tamanho : 0);
+    if (tamanho >= sizeof curto) {
+        texto.resize(tamanho);
+        formataEm(texto.data(), tamanho + 1, formato, outraVez);
+    }
+    va_end(outraVez);
+    return texto;
+}
+
+} // namespace pramo

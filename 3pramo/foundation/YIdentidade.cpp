@@ -1,0 +1,184 @@
+#include <3pramo/foundation/YIdentidade_interno.hpp>
+
+#include <3pramo/foundation/Trinco.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YStream_interno.hpp>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <list>
+#include <optional>
+#include <sys/random.h>
+#include <unordered_map>
+#include <utility>
+
+using namespace pramo;
+
+namespace {
+
+constexpr const char *FONTE = "YIdentidade";
+constexpr std::size_t MAXIMO_DE_PASSAGEIRAS = 100'000;
+constexpr std::size_t DIGITOS = 32;
+
+using Ficha = std::array<std::uint64_t, 2>; // 128 random bits
+
+struct EspalhaFicha {
+    std::size_t operator()(const Ficha &ficha) const { return ficha[0]; }
+};
+
+struct Entrada {
+    std::optional<Ficha> ficha;            // none until the identity is asked for
+    std::list<const void *>::iterator vez; // place in `passageiras`; its end for a kept one
+};
+
+class Tabela {
+public:
+    void conserva(const void *ponteiro) {
+        const Tranca tranca(trinco_);
+        const auto [it, nova] = porPonteiro_.try_emplace(ponteiro, Entrada{std::nullopt, passageiras_.end()});
+        if (!nova && it->second.vez != passageiras_.end()) {
+            passageiras_.erase(it->second.vez);
+            it->second.vez = passageiras_.end();
+        }
+    }
+
+    void esquece(const void *ponteiro) {
+        const Tranca tranca(trinco_);
+        if (const auto it = porPonteiro_.find(ponteiro); it != porPonteiro_.end()) {
+            apaga(it);
+        }
+    }
+
+    Ficha fichaDe(const void *ponteiro) {
+        const Tranca tranca(trinco_);
+        auto it = porPonteiro_.find(ponteiro);
+        if (it != porPonteiro_.end() && it->second.ficha) {
+            return *it->second.ficha;
+        }
+        const Ficha ficha = sorteia();
+        if (it == porPonteiro_.end()) {
+            it = entraComoPassageira(ponteiro);
+        }
+        porFicha_.emplace(ficha, ponteiro);
+        it->second.ficha = ficha;
+        return ficha;
+    }
+
+    const void *ponteiroDe(const Ficha &ficha) {
+        const Tranca tranca(trinco_);
+        const auto it = porFicha_.find(ficha);
+        return it != porFicha_.end() ? it->second : nullptr;
+    }
+
+private:
+    using PorPonteiro = std::unordered_map<const void *, Entrada>;
+
+    PorPonteiro::iterator entraComoPassageira(const void *ponteiro) Y_EXIGE(trinco_) {
+        if (passageiras_.size() >= MAXIMO_DE_PASSAGEIRAS) {
+            apaga(porPonteiro_.find(passageiras_.front()));
+        }
+        passageiras_.push_back(ponteiro);
+        try {
+            return porPonteiro_.emplace(ponteiro, Entrada{std::nullopt, std::prev(passageiras_.end())}).first;
+        } catch (...) {
+            passageiras_.pop_back();
+            throw;
+        }
+    }
+
+    void apaga(PorPonteiro::iterator it) Y_EXIGE(trinco_) {
+        if (it->second.ficha) {
+            porFicha_.erase(*it->second.ficha);
+        }
+        if (it->second.vez != passageiras_.end()) {
+            passageiras_.erase(it->second.vez);
+        }
+        porPonteiro_.erase(it);
+    }
+
+    // Random bits are fetched from the system in batches.
+    Ficha sorteia() Y_EXIGE(trinco_) {
+        if (usadas_ == sorteadas_.size()) {
+            auto *bytes = reinterpret_cast<unsigned char *>(sorteadas_.data());
+            std::size_t lidos = 0;
+            while (lidos < sizeof sorteadas_) {
+                const ssize_t n = getrandom(bytes + lidos, sizeof sorteadas_ - lidos, 0);
+                if (n < 0 && errno != EINTR) {
+                    lanca(YExc_rtti, "Falta de números aleatórios."_l1, FONTE);
+                }
+                lidos += n > 0 ? static_cast<std::size_t>(n) : 0;
+            }
+            usadas_ = 0;
+        }
+        return std::exchange(sorteadas_[usadas_++], Ficha{});
+    }
+
+    Trinco trinco_;
+    PorPonteiro porPonteiro_ Y_GUARDADO_POR(trinco_);
+    std::unordered_map<Ficha, const void *, EspalhaFicha> porFicha_ Y_GUARDADO_POR(trinco_);
+    std::list<const void *> passageiras_ Y_GUARDADO_POR(trinco_); // oldest first
+    std::array<Ficha, 16> sorteadas_ Y_GUARDADO_POR(trinco_){};
+    std::size_t usadas_ Y_GUARDADO_POR(trinco_) = 16;
+};
+
+// Never destroyed: statics of the application may still free service objects.
+Tabela &tabela() {
+    static auto *const unica = new Tabela;
+    return *unica;
+}
+
+constexpr char HEX[] = "0123456789abcdef";
+
+std::optional<Ficha> leFicha(std::string_view texto) {
+    while (!texto.empty() && ehBranco(texto.front())) {
+        texto.remove_prefix(1);
+    }
+    while (!texto.empty() && ehBranco(texto.back())) {
+        texto.remove_suffix(1);
+    }
+    if (texto.size() != DIGITOS) {
+        return std::nullopt;
+    }
+    Ficha ficha{};
+    for (std::size_t i = 0; i < DIGITOS; i++) {
+        const void *digito = std::memchr(HEX, texto[i], 16);
+        if (digito == nullptr) {
+            return std::nullopt;
+        }
+        const auto valor = static_cast<std::uint64_t>(static_cast<const char *>(digito) - HEX);
+        ficha[i / 16] = ficha[i / 16] << 4 | valor;
+    }
+    return ficha;
+}
+
+} // namespace
+
+void pramo::conservaIdentidade(const void *ponteiro) {
+    semFaltaDeMemoria(FONTE, [&] { tabela().conserva(ponteiro); });
+}
+
+void pramo::esqueceIdentidade(const void *ponteiro) noexcept {
+    tabela().esquece(ponteiro);
+}
+
+void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
+    if (tamanho < Y_TAMANHO_IDENTIDADE) {
+        lanca(YExc_rtti, "Buffer pequeno para a identidade."_l1, FONTE);
+    }
+    buffer[0] = 0;
+    if (ponteiro == nullptr) {
+        return;
+    }
+    const Ficha ficha = semFaltaDeMemoria(FONTE, [&] { return tabela().fichaDe(ponteiro); });
+    for (std::size_t i = 0; i < DIGITOS; i++) {
+        buffer[i] = HEX[ficha[i / 16] >> (60 - 4 * (i % 16)) & 15];
+    }
+    buffer[DIGITOS] = 0;
+}
+
+void *YObStrToPtr(const char *texto) {
+    const std::optional<Ficha> ficha = leFicha(texto != nullptr ? texto : "");
+    // The table never writes through the pointer; it hands back what its caller gave.
+    return ficha ? const_cast<void *>(tabela().ponteiroDe(*ficha)) : nullptr;
+}

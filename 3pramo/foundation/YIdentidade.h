@@ -1,0 +1,29 @@
+/* Text identities of pointers: what a client is given to name an object by.
+ *
+ * The text is 32 hexadecimal digits from the system's random source, never the address, and is never given
+ * to a second pointer. All functions may be called from any thread. */
+#ifndef Y3PRAMO_FOUNDATION_YIDENTIDADE_H
+#define Y3PRAMO_FOUNDATION_YIDENTIDADE_H
+
+#include <3pramo/foundation/exporta.h>
+#include <stdint.h>
+
+Y_INICIO_C
+
+/* Bytes that hold any identity with its terminating zero. */
+#define Y_TAMANHO_IDENTIDADE 33
+
+/* Writes the pointer's identity into the buffer of `tamanho` bytes, zero-terminated; the same pointer gives
+ * the same text while its identity is kept. Null is written as the empty text. The identity of a service
+ * object (YWebService.h) is kept until the object is destroyed; of other pointers the latest 100,000 are
+ * kept. Raises YExc "Buffer pequeno para a identidade." when the buffer has less than 33 bytes, and YExc
+ * "Falta de números aleatórios." when the system gives no random bytes. */
+Y_EXPORTA void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro);
+
+/* The pointer that has this identity; blanks around it are ignored. Unknown, empty or null text gives null.
+ */
+Y_EXPORTA void *YObStrToPtr(const char *texto);
+
+Y_FIM_C
+
+#endif

@@ -1,0 +1,138 @@
+#include <3pramo/foundation/Trinco.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YMemoria_interno.hpp>
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <unordered_map>
+
+namespace pramo {
+
+std::atomic<bool> relatorioLigado{false};
+
+namespace {
+
+struct Anotacao {
+    std::uint64_t ordem;
+    const char *classe;
+    std::uint64_t tamanho;
+    const char *arquivo;
+    int linha;
+};
+
+struct Relatorio {
+    Trinco trinco;
+    std::unordered_map<const void *, Anotacao> vivos Y_GUARDADO_POR(trinco);
+    std::uint64_t ordem Y_GUARDADO_POR(trinco) = 0;
+};
+
+// Never destroyed: other statics may free blocks after it.
+Relatorio &relatorio() {
+    static auto *const unico = new Relatorio;
+    return *unico;
+}
+
+} // namespace
+
+void entraNoRelatorio(void *bloco, const char *classe, std::uint64_t tamanho, const char *arquivo,
+                      int linha) try {
+    Relatorio &r = relatorio();
+    const Tranca tranca(r.trinco);
+    r.vivos.insert_or_assign(bloco, Anotacao{r.ordem++, classe, tamanho, arquivo, linha});
+} catch (const std::bad_alloc &) {
+    // The block exists; only its entry is missing.
+}
+
+void saiDoRelatorio(const void *bloco) {
+    Relatorio &r = relatorio();
+    const Tranca tranca(r.trinco);
+    r.vivos.erase(bloco);
+}
+
+void faltaMemoria(const char *fonte, int linha) {
+    YContextoTry_throw(YExc_rtti, "Memória insuficiente."_l1, fonte, linha);
+}
+
+} // namespace pramo
+
+using namespace pramo;
+
+void *YalocaMemoria(uint64_t tamanho) {
+    return YalocaMemoria_debug(tamanho, "?", 0);
+}
+
+void *YalocaMemoria_debug(uint64_t tamanho, const char *arquivo, int linha) {
+    void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
+    if (bloco == nullptr) {
+        faltaMemoria(arquivo, linha);
+    }
+    anotaAlocacao(bloco, nullptr, tamanho, arquivo, linha);
+    return bloco;
+}
+
+void *YrealocaMemoria_debug(void *bloco, uint64_t tamanho, const char *arquivo, int linha) {
+    // The entry goes first: once the block has moved, its old address may already be another thread's.
+    anotaLiberacao(bloco);
+    void *novo = std::realloc(bloco, tamanho != 0 ? tamanho : 1);
+    if (novo == nullptr) {
+        if (bloco != nullptr) {
+            anotaAlocacao(bloco, nullptr, tamanho, arquivo, linha);
+        }
+        faltaMemoria(arquivo, linha);
+    }
+    anotaAlocacao(novo, nullptr, tamanho, arquivo, linha);
+    return novo;
+}
+
+void YliberaMemoria(void *bloco) {
+    if (bloco != nullptr) {
+        anotaLiberacao(bloco);
+        std::free(bloco);
+    }
+}
+
+void YliberaMemoria_debug(void *bloco, const char * /*arquivo*/, int /*linha*/) {
+    YliberaMemoria(bloco);
+}
+
+char *YduplicaString(const char *texto) {
+    return texto != nullptr ? YduplicaStringTam(texto, std::strlen(texto)) : nullptr;
+}
+
+char *YduplicaStringTam(const char *texto, uint64_t tamanho) {
+    if (texto == nullptr) {
+        return nullptr;
+    }
+    auto *copia = static_cast<char *>(YalocaMemoria(tamanho + 1));
+    std::memcpy(copia, texto, tamanho);
+    copia[tamanho] = 0;
+    return copia;
+}
+
+void YMemoria_habilitaRelatorio(int ligado) {
+    Relatorio &r = relatorio();
+    const Tranca tranca(r.trinco);
+    r.vivos.clear();
+    relatorioLigado.store(ligado != 0, std::memory_order_relaxed);
+}
+
+uint64_t YMemoria_vivos(void) {
+    Relatorio &r = relatorio();
+    const Tranca tranca(r.trinco);
+    return r.vivos.size();
+}
+
+void YMemoria_relatorio(YFuncaoRelatorio funcao, void *contexto) {
+    std::map<std::uint64_t, Anotacao> emOrdem;
+    {
+        Relatorio &r = relatorio();
+        const Tranca tranca(r.trinco);
+        for (const auto &[bloco, anotacao] : r.vivos) {
+            emOrdem.emplace(anotacao.ordem, anotacao);
+        }
+    }
+    for (const auto &[ordem, a] : emOrdem) {
+        funcao(contexto, a.classe, a.tamanho, a.arquivo, a.linha);
+    }
+}

@@ -1,0 +1,33 @@
+// How the object system enters its instances in the allocation report.
+#ifndef Y3PRAMO_FOUNDATION_YMEMORIA_INTERNO_HPP
+#define Y3PRAMO_FOUNDATION_YMEMORIA_INTERNO_HPP
+
+#include <3pramo/foundation/YMemoria.h>
+
+#include <atomic>
+
+namespace pramo {
+
+extern std::atomic<bool> relatorioLigado;
+
+void entraNoRelatorio(void *bloco, const char *classe, std::uint64_t tamanho, const char *arquivo, int linha);
+void saiDoRelatorio(const void *bloco);
+
+/// `classe` is null for a plain block.
+inline void anotaAlocacao(void *bloco, const char *classe, std::uint64_t tamanho, const char *arquivo,
+                          int linha) {
+    if (relatorioLigado.load(std::memory_order_relaxed)) [[unlikely]] {
+        entraNoRelatorio(bloco, classe, tamanho, arquivo, linha);
+    }
+}
+
+/// To be called before the block is freed: its address may be given out again right after.
+inline void anotaLiberacao(const void *bloco) {
+    if (relatorioLigado.load(std::memory_order_relaxed)) [[unlikely]] {
+        saiDoRelatorio(bloco);
+    }
+}
+
+} // namespace pramo
+
+#endif

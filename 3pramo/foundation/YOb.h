@@ -1,0 +1,68 @@
+/* Objects: class descriptors, creation and destruction.
+ *
+ * Every instance begins with a pointer to its class's descriptor. A class is named to the object system by
+ * its `_rtti` function. An object belongs to whoever created it until it is handed to something that says
+ * it takes ownership. Objects are not synchronised; creating and freeing different objects is safe from
+ * any thread. */
+#ifndef Y3PRAMO_FOUNDATION_YOB_H
+#define Y3PRAMO_FOUNDATION_YOB_H
+
+#include <3pramo/foundation/exporta.h>
+#include <stdint.h>
+
+Y_INICIO_C
+
+typedef struct YRtti YRtti;
+
+/* The function that names a class: takes nothing, gives the class's descriptor. */
+typedef const YRtti *(*YFuncaoRtti)(void);
+
+/* Class descriptor. A class with virtual operations extends it: a struct whose first member is the
+ * parent's descriptor and whose further members are its own slots (see YObThread_Rtti). */
+struct YRtti {
+    YFuncaoRtti parent; /* the parent class; null only for YOb */
+    const char *name;   /* class name, lives as long as the class is used */
+    uint64_t size;      /* instance size in bytes; 0, or less than the parent's, means the parent's */
+    void (*constructor)(void *); /* initialises the fields this class adds (they are zero before), or null */
+    void (*destructor)(void *);  /* releases what this class owns and nothing else, or null */
+};
+
+/* The root class: the header alone. */
+typedef struct YOb {
+    const YRtti *rtti;
+} YOb;
+
+Y_EXPORTA extern const YRtti YOb_definicaoRtti;
+Y_EXPORTA const YRtti *YOb_rtti(void);
+
+/* Makes an object of the class: instance zeroed, header set, constructors run from the root class down,
+ * address stored in `lugar` (the address of the caller's pointer variable). Never yields null.
+ * Raises YExc "Memória insuficiente." when there is none. When a constructor raises, the constructors
+ * that had finished are undone by their destructors, the instance is freed and `lugar` stays as it was. */
+Y_EXPORTA void YalocaObjeto(void *lugar, YFuncaoRtti classe);
+
+/* The same; the allocation report (YMemoria.h) shows this file and line. The file name must live as long
+ * as the object. */
+Y_EXPORTA void YalocaObjeto_debug(void *lugar, YFuncaoRtti classe, const char *arquivo, int linha);
+
+/* Frees an object: destructors from its class up to the root, then the instance. Null is ignored.
+ * A thread object is stopped first, through its stopImpl slot, while its derived fields are still whole.
+ * Raises YExc "Objeto em uso pela própria thread." before any destructor runs when the object is a
+ * thread object and the caller is that thread, or a thread that is working for it at this moment (a
+ * handler that frees its own server). An exception of a destructor does not stop the others: all run, the
+ * instance is freed, and the first exception is raised again unless another one is already in flight. */
+Y_EXPORTA void YliberaObjeto(void *objeto);
+Y_EXPORTA void YliberaObjeto_debug(void *objeto, const char *arquivo, int linha);
+
+/* 1 when the class is `ancestral` or derives from it, else 0. */
+Y_EXPORTA int YRtti_deriva(const YRtti *classe, YFuncaoRtti ancestral);
+
+/* What a slot holds that a class leaves to its subclasses: logs the call as an error and returns. */
+Y_EXPORTA void YchamouFuncaoVirtualPura(void);
+
+/* What libraries of this version call themselves, as "1.0.0". */
+Y_EXPORTA const char *Y3PRAMO_versao(void);
+
+Y_FIM_C
+
+#endif

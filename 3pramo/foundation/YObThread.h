@@ -1,0 +1,61 @@
+/* Threads: the thread class that applications derive from, and plain functions run on threads of their own.
+ */
+#ifndef Y3PRAMO_FOUNDATION_YOBTHREAD_H
+#define Y3PRAMO_FOUNDATION_YOBTHREAD_H
+
+#include <3pramo/foundation/YOb.h>
+
+Y_INICIO_C
+
+/* A thread object. A derived class fills the run slot; its descriptor names the parent's functions for the
+ * slots it keeps. Freeing a thread object stops it first (YliberaObjeto). */
+Y_CLASSE(YObThread, YOb) {
+    Y_PAI(YOb)
+    void *estado; /* private */
+};
+
+typedef struct YObThread YObThread;
+
+/* Descriptor of a thread class. */
+typedef struct YObThread_Rtti {
+    YRtti rtti;
+    void (*run)(YObThread *thread);       /* the thread's body; ends soon after YObThread_isAlive gives 0 */
+    void (*startImpl)(YObThread *thread); /* what YObThread_start does */
+    void (*stopImpl)(YObThread *thread);  /* what YObThread_stop does */
+} YObThread_Rtti;
+
+Y_EXPORTA extern const YObThread_Rtti YObThread_definicaoRtti;
+Y_EXPORTA const YRtti *YObThread_rtti(void);
+
+/* Start and stop the thread through the slots of the object's class. Any thread may call them. */
+Y_EXPORTA void YObThread_start(YObThread *thread);
+Y_EXPORTA void YObThread_stop(YObThread *thread);
+
+/* Nonzero once started, until a stop is asked or `run` has returned (or an exception ended it, which is
+ * logged). It is nonzero before YObThread_start returns. May be asked from any thread. */
+Y_EXPORTA int YObThread_isAlive(const YObThread *thread);
+
+/* Sleeps on behalf of the thread for up to `milissegundos`, less when a stop is asked; returns what
+ * YObThread_isAlive then gives. For use in `run` in place of a sleep. */
+Y_EXPORTA int YObThread_dorme(YObThread *thread, uint32_t milissegundos);
+
+/* The class's own start: runs the run slot on a new thread. Does nothing when the thread already runs. After
+ * a stop it may be started again. Raises YExc "Não foi possível criar a thread.". */
+Y_EXPORTA void YObThread_startImpl(YObThread *thread);
+
+/* The class's own stop: makes YObThread_isAlive 0 and returns once `run` has returned, also when another
+ * stop is under way. Called on the thread itself it only asks for the stop and returns at once. */
+Y_EXPORTA void YObThread_stopImpl(YObThread *thread);
+
+/* Runs funcao(argumento) on a thread of its own and returns at once; nobody waits for it. Threads that have
+ * ended their function are kept for ten seconds (64 at most) and used again. An exception that leaves the
+ * function ends its run and is logged. Raises YExc "Não foi possível criar a thread.". */
+Y_EXPORTA void YexecutaThread(void (*funcao)(void *argumento), void *argumento);
+
+/* Stack size of the threads that YexecutaThread makes from now on, in bytes; 1 MiB by default, at least 128
+ * KiB. */
+Y_EXPORTA void YexecutaThread_setTamanhoDaPilha(uint64_t bytes);
+
+Y_FIM_C
+
+#endif

@@ -1,0 +1,35 @@
+// Which thread objects the current thread is working for.
+#ifndef Y3PRAMO_FOUNDATION_YOBTHREAD_INTERNO_HPP
+#define Y3PRAMO_FOUNDATION_YOBTHREAD_INTERNO_HPP
+
+#include <3pramo/foundation/YObThread.h>
+
+namespace pramo {
+
+/// While it lives, the calling thread works for the thread object and cannot free it.
+class EmUso {
+public:
+    explicit EmUso(const YObThread *thread);
+    ~EmUso();
+    EmUso(const EmUso &) = delete;
+    EmUso &operator=(const EmUso &) = delete;
+
+    /// True when the calling thread is working for it.
+    static bool por(const YObThread *thread);
+
+private:
+    const YObThread *thread_;
+    EmUso *anterior_;
+};
+
+/// `funcao` runs when the object is freed, after its thread was stopped and before any destructor, the derived
+/// classes' included: for a class whose other threads work for the object. Raises nothing.
+void aoLiberar(YObThread *thread, void (*funcao)(YObThread *));
+
+/// Before any destructor: refuses when the caller works for the thread object, else stops it through its
+/// slot.
+void preparaLiberacao(YObThread *thread);
+
+} // namespace pramo
+
+#endif

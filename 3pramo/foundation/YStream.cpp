@@ -1,0 +1,142 @@
+#include <3pramo/foundation/YStream_interno.hpp>
+
+#include <3pramo/foundation/Formato.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YMemoria.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+
+using namespace pramo;
+
+namespace {
+
+constexpr const char *FONTE = "YStream";
+constexpr std::size_t MENOR_CAPACIDADE = 64;
+constexpr std::size_t MAIOR_CAPACIDADE = std::size_t{1} << 62;
+
+void destroiStream(void *objeto) {
+    YliberaMemoria(static_cast<YStream *>(objeto)->dados);
+}
+
+} // namespace
+
+const YRtti YStream_definicaoRtti = {YOb_rtti, "YStream", sizeof(YStream), nullptr, destroiStream};
+
+const YRtti *YStream_rtti(void) {
+    return &YStream_definicaoRtti;
+}
+
+bool pramo::ehDoProprioConteudo(const YStream &stream, const char *texto) {
+    const std::less_equal<> ateOuIgual;
+    return stream.dados != nullptr && ateOuIgual(stream.dados, texto) &&
+           ateOuIgual(texto, stream.dados + stream.tam);
+}
+
+char *pramo::reserva(YStream &stream, std::size_t quantos) {
+    if (quantos <= stream.capacidade - stream.tam && stream.dados != nullptr) {
+        return stream.dados + stream.tam;
+    }
+    if (quantos > MAIOR_CAPACIDADE - stream.tam) {
+        faltaMemoria(FONTE, __LINE__);
+    }
+    const std::size_t capacidade =
+        std::max({stream.tam + quantos, std::min(2 * stream.capacidade, MAIOR_CAPACIDADE), MENOR_CAPACIDADE});
+    stream.dados = static_cast<char *>(YrealocaMemoria_debug(stream.dados, capacidade + 1, FONTE, __LINE__));
+    stream.dados[stream.tam] = 0;
+    stream.capacidade = capacidade;
+    return stream.dados + stream.tam;
+}
+
+// ---- The content ----
+
+const char *YStream_str(YStream *stream) {
+    return stream->dados != nullptr ? stream->dados : "";
+}
+
+int64_t YStream_tam(const YStream *stream) {
+    return static_cast<int64_t>(stream->tam);
+}
+
+void YStream_clear(YStream *stream) {
+    stream->tam = 0;
+    stream->lido = 0;
+    if (stream->dados != nullptr) {
+        stream->dados[0] = 0;
+    }
+}
+
+void YStream_aloca(YStream *stream, int64_t bytes) {
+    if (bytes > 0) {
+        reserva(*stream, static_cast<std::size_t>(bytes));
+    }
+}
+
+// ---- Appending ----
+
+void YStream_putBloco(YStream *stream, const void *bytes, int64_t quantos) {
+    if (quantos <= 0) {
+        return;
+    }
+    const auto *origem = static_cast<const char *>(bytes);
+    const auto tamanho = static_cast<std::size_t>(quantos);
+    const bool proprio = ehDoProprioConteudo(*stream, origem);
+    const std::ptrdiff_t lugar = proprio ? origem - stream->dados : 0;
+    char *destino = reserva(*stream, tamanho);
+    std::memcpy(destino, proprio ? stream->dados + lugar : origem, tamanho);
+    avanca(*stream, tamanho);
+}
+
+void YStream_puts(YStream *stream, const char *texto) {
+    if (texto != nullptr) {
+        acrescenta(*stream, texto);
+    }
+}
+
+void YStream_put(YStream *stream, int byte) {
+    *reserva(*stream, 1) = static_cast<char>(byte);
+    avanca(*stream, 1);
+}
+
+void YStream_putExpandindo(YStream *stream, const char *texto) {
+    YStream_puts(stream, texto);
+}
+
+void YStream_printf(YStream *stream, const char *formato, ...) {
+    va_list argumentos;
+    va_start(argumentos, formato);
+    YStream_vprintf(stream, formato, argumentos);
+    va_end(argumentos);
+}
+
+void YStream_vprintf(YStream *stream, const char *formato, va_list argumentos) {
+    // Formatted aside: the arguments may be texts of this very stream.
+    const std::string texto = semFaltaDeMemoria(FONTE, [&] { return formataTexto(formato, argumentos); });
+    acrescenta(*stream, texto);
+}
+
+// ---- Reading ----
+
+int YStream_peek(const YStream *stream) {
+    return stream->lido < stream->tam ? static_cast<unsigned char>(stream->dados[stream->lido]) : 0;
+}
+
+int YStream_get(YStream *stream) {
+    return stream->lido < stream->tam ? static_cast<unsigned char>(stream->dados[stream->lido++]) : 0;
+}
+
+int64_t YStream_disponiveis(const YStream *stream) {
+    return static_cast<int64_t>(stream->tam - stream->lido);
+}
+
+int YStream_scanf(const YStream *stream, const char *formato, ...) {
+    const LocaleC c;
+    va_list argumentos;
+    va_start(argumentos, formato);
+    const int convertidos =
+        std::vsscanf(stream->dados != nullptr ? stream->dados + stream->lido : "", formato, argumentos);
+    va_end(argumentos);
+    return convertidos;
+}

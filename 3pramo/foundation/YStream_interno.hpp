@@ -1,0 +1,59 @@
+// The layout of a stream, for the parts of the library that work on its bytes directly.
+#ifndef Y3PRAMO_FOUNDATION_YSTREAM_INTERNO_HPP
+#define Y3PRAMO_FOUNDATION_YSTREAM_INTERNO_HPP
+
+#include <3pramo/foundation/YStream.h>
+
+#include <cstddef>
+#include <string_view>
+
+/// `dados` is null or holds `capacidade` + 1 bytes, of which `tam` are content; dados[tam] is then zero.
+/// lido <= tam <= capacidade.
+struct YStream : YOb {
+    char *dados;
+    std::size_t tam;
+    std::size_t capacidade;
+    std::size_t lido;
+};
+
+namespace pramo {
+
+/// Room for `quantos` more bytes behind the content; the caller writes them and calls `avanca`.
+char *reserva(YStream &stream, std::size_t quantos);
+
+inline void avanca(YStream &stream, std::size_t quantos) {
+    stream.tam += quantos;
+    stream.dados[stream.tam] = 0;
+}
+
+inline void acrescenta(YStream &stream, std::string_view texto) {
+    YStream_putBloco(&stream, texto.data(), static_cast<std::int64_t>(texto.size()));
+}
+
+inline std::string_view conteudo(const YStream &stream) {
+    return {stream.dados, stream.tam};
+}
+
+inline std::string_view naoLido(const YStream &stream) {
+    return {stream.dados + stream.lido, stream.tam - stream.lido};
+}
+
+/// True when the text lies in the stream's own memory, which growing may move.
+bool ehDoProprioConteudo(const YStream &stream, const char *texto);
+
+/// What a reference at the start of the text stands for, and how many bytes it takes; see
+/// YStream_getHtmlChar. Raises its exceptions. Text that is no reference gives {'&', 1}.
+struct Referencia {
+    unsigned char caractere;
+    std::size_t tamanho;
+};
+Referencia decodificaReferencia(std::string_view texto);
+
+/// True for the six ASCII white-space characters.
+inline bool ehBranco(int c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+} // namespace pramo
+
+#endif

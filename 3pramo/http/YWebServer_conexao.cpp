@@ -1,0 +1,258 @@
+// One connection: its batches of requests, and what is answered without a handler.
+#include <3pramo/http/YWebServer_interno.hpp>
+
+#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YObLOG.h>
+#include <3pramo/foundation/YObThread_interno.hpp>
+#include <3pramo/foundation/YSocket_interno.hpp>
+#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/http/dataHttp.hpp>
+
+#include <array>
+#include <charconv>
+#include <ctime>
+
+using namespace pramo;
+
+namespace {
+
+constexpr const char *FONTE = "YWebServer";
+constexpr int DURACAO_DO_LOTE = 2; // seconds
+constexpr int DESPEDIDA_MS = 500;
+
+struct EntradaDeMetodo {
+    std::string_view nome;
+    Metodo metodo;
+};
+
+constexpr std::array<EntradaDeMetodo, 4> METODOS = {
+    {{"GET", Metodo::GET}, {"HEAD", Metodo::HEAD}, {"POST", Metodo::POST}, {"PUT", Metodo::PUT}}};
+
+/// The next word of the text, which moves behind it; empty at the end.
+std::string_view palavra(std::string_view &texto) {
+    std::size_t inicio = 0;
+    while (inicio < texto.size() && ehBranco(texto[inicio])) {
+        inicio++;
+    }
+    std::size_t fim = inicio;
+    while (fim < texto.size() && !ehBranco(texto[fim])) {
+        fim++;
+    }
+    const std::string_view achada = texto.substr(inicio, fim - inicio);
+    texto.remove_prefix(fim);
+    return achada;
+}
+
+/// The decimal number at the place; -1 without one.
+int numeroEm(std::string_view texto, std::size_t lugar) {
+    int numero = -1;
+    if (lugar < texto.size() && texto[lugar] != '-') {
+        std::from_chars(texto.data() + lugar, texto.data() + texto.size(), numero);
+    }
+    return numero;
+}
+
+int versaoMenor(std::string_view protocolo) {
+    if (!protocolo.starts_with("HTTP")) {
+        lanca(YExc_rtti, "Protocolo errado. Esperava HTTP."_l1, FONTE);
+    }
+    const int menor = numeroEm(protocolo, 7);
+    if (numeroEm(protocolo, 5) != 1 || menor < 0 || menor > 1) {
+        lanca(YExc_rtti, "Versão do protocolo HTTP desconhecida."_l1, FONTE);
+    }
+    return menor;
+}
+
+Metodo metodoDe(std::string_view nome) {
+    for (const EntradaDeMetodo &entrada : METODOS) {
+        if (entrada.nome == nome) {
+            return entrada.metodo;
+        }
+    }
+    lanca(YExcNaoImplementado_rtti, "método HTTP não permitido."_l1, FONTE);
+}
+
+void respondeNaoImplementado(YMensagemHttp &resposta) {
+    YStream_puts(resposta.primeiraLinha, "501 Not Implemented");
+}
+
+/// True when the list of words, separated by commas, has the word in any letter case.
+bool temNaLista(const char *lista, std::string_view procurada) {
+    std::string_view resto = lista != nullptr ? lista : "";
+    while (!resto.empty()) {
+        const std::size_t fim = std::min(resto.find(','), resto.size());
+        if (iguaisSemCaixa(semBrancos(resto.substr(0, fim)), procurada)) {
+            return true;
+        }
+        resto.remove_prefix(std::min(fim + 1, resto.size()));
+    }
+    return false;
+}
+
+bool pedeFim(const YMensagemHttp &requisicao, const RequestLine &linha) {
+    const char *conexao = YDIC_recupera(requisicao.header, "Connection");
+    return temNaLista(conexao, "close") || (linha.versaoMenor == 0 && !temNaLista(conexao, "keep-alive"));
+}
+
+/// Serves one connection. The two messages are used again by each request.
+class Atendimento {
+public:
+    Atendimento(YWebServer &servidor, YSocket &socket) : servidor_(servidor), socket_(socket) {
+        YMensagemHttp_setSocket(requisicao_.get(), &socket);
+    }
+
+    void atende();
+
+private:
+    bool trataUmaRequisicao();
+    bool recebeRequisicao(std::int64_t prazo);
+    void responde(const char *data);
+    void preparaResposta(const char *data);
+    bool recusa(const char *linha);
+
+    YWebServer &servidor_;
+    YSocket &socket_;
+    Dono<YMensagemHttp> requisicao_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
+    Dono<YMensagemHttp> resposta_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
+    bool segue_ = true; // false: nothing more is read as a request
+};
+
+void Atendimento::atende() {
+    try {
+        while (trataUmaRequisicao()) {
+        }
+    } catch (const YExcecao &e) {
+        if (!e.ehDaClasse(YExcNaoImplementado_rtti)) {
+            throw;
+        }
+        YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p): Not Implemented.",
+                          endereco(&servidor_));
+        recusa("HTTP/1.1 501 Not Implemented.\n");
+    }
+    if (!segue_) {
+        despede(socket_, DESPEDIDA_MS);
+    }
+}
+
+/// One batch; true when another may follow.
+bool Atendimento::trataUmaRequisicao() {
+    YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataUmaRequisicao(eu=%p,socket=%p)...", endereco(&servidor_),
+                      endereco(&socket_));
+    const std::time_t agora = std::time(nullptr);
+    std::array<char, TAMANHO_DA_DATA_HTTP> data{};
+    formataDataHttp(data.data(), data.size(), agora);
+    bool respondeu = false;
+    while (segue_ && !interno(servidor_).encerrando && recebeRequisicao(agora + DURACAO_DO_LOTE)) {
+        responde(data.data());
+        respondeu = true;
+    }
+    YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataUmaRequisicao(eu=%p,socket=%p)=%d.", endereco(&servidor_),
+                      endereco(&socket_), respondeu ? 1 : 0);
+    return respondeu && segue_;
+}
+
+/// True when a request came that is to be answered; clears `segue_` when nothing may follow it.
+bool Atendimento::recebeRequisicao(std::int64_t prazo) {
+    switch (leCabeca(*requisicao_, prazo, interno(servidor_).limiteDoCabecalho)) {
+    case Cabeca::AUSENTE:
+        return false;
+    case Cabeca::CORTADA: // half a request must not run anything
+        segue_ = false;
+        return false;
+    case Cabeca::MAL_FORMADA:
+        lanca(YExc_rtti, "Mensagem HTTP mal formada."_l1, FONTE);
+    case Cabeca::GRANDE:
+        return recusa("HTTP/1.1 431 Request Header Fields Too Large.\n");
+    case Cabeca::COM_SOBRA:
+        segue_ = false;
+        break;
+    case Cabeca::COMPLETA:
+        break;
+    }
+    if (YDIC_recupera(requisicao_->header, "Transfer-Encoding") != nullptr) {
+        return recusa("HTTP/1.1 411 Length Required.\n");
+    }
+    const Corpo corpo = leCorpo(*requisicao_, prazo, interno(servidor_).limiteDoCorpo);
+    if (corpo == Corpo::GRANDE) {
+        return recusa("HTTP/1.1 413 Content Too Large.\n");
+    }
+    segue_ = segue_ && corpo == Corpo::COMPLETO;
+    return true;
+}
+
+void Atendimento::responde(const char *data) {
+    RequestLine linha = analisaRequestLine(conteudo(*requisicao_->primeiraLinha));
+    preparaResposta(data);
+    if (linha.metodo == Metodo::PUT) {
+        respondeNaoImplementado(*resposta_);
+    } else {
+        const YTratadorHttp tratador = tratadorAtual(servidor_);
+        tratador.funcao(tratador.contexto, linha.uri.data(), requisicao_.get(), resposta_.get());
+    }
+    if (linha.metodo == Metodo::HEAD) {
+        YStream_clear(resposta_->body);
+    }
+    if (interno(servidor_).fechaLogo && pedeFim(*requisicao_, linha)) {
+        segue_ = false;
+    }
+    YMensagemHttp_enviaPeloSocket(resposta_.get());
+}
+
+void Atendimento::preparaResposta(const char *data) {
+    esvazia(*resposta_);
+    YMensagemHttp_setSocket(resposta_.get(), &socket_);
+    YDIC_guarda(resposta_->header, "Content-Type", "text/html; charset=ISO-8859-1");
+    YDIC_guarda(resposta_->header, "Connection", "close");
+    YDIC_guarda(resposta_->header, "Date", data);
+    YStream_puts(resposta_->primeiraLinha, "HTTP/1.1 ");
+}
+
+/// Sends one line in place of an answer, the last of the connection; gives false.
+bool Atendimento::recusa(const char *linha) {
+    segue_ = false;
+    YSocket_printf(&socket_, "%s", linha);
+    return false;
+}
+
+/// The accepted socket, from its hand-over to the thread until the thread leaves the server.
+class SocketDaConexao {
+public:
+    explicit SocketDaConexao(YWebServer &servidor)
+        : servidor_(servidor), socket_(levaSocketAceito(servidor)) {}
+    ~SocketDaConexao() { deixaServidor(servidor_, socket_); }
+    SocketDaConexao(const SocketDaConexao &) = delete;
+    SocketDaConexao &operator=(const SocketDaConexao &) = delete;
+
+    [[nodiscard]] YSocket &socket() const { return socket_; }
+
+private:
+    YWebServer &servidor_;
+    YSocket &socket_;
+};
+
+} // namespace
+
+RequestLine pramo::analisaRequestLine(std::string_view linha) {
+    const std::string_view metodo = palavra(linha);
+    const std::string_view uri = palavra(linha);
+    const std::string_view protocolo = palavra(linha);
+    if (protocolo.empty()) {
+        lanca(YExc_rtti, "Request-Line mal formada."_l1, FONTE);
+    }
+    const int menor = versaoMenor(protocolo);
+    return {metodoDe(metodo), std::string(uri), menor};
+}
+
+void pramo::trataConexao(void *servidor) {
+    auto &eu = *static_cast<YWebServer *>(servidor);
+    const EmUso emUso(&eu);
+    const SocketDaConexao conexao(eu);
+    YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p)...", endereco(&eu));
+    try {
+        Atendimento(eu, conexao.socket()).atende();
+        YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p).", endereco(&eu));
+    } catch (...) {
+        registraExcecaoCorrente("YWebServer_trataConexao");
+    }
+}

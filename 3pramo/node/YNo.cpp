@@ -1,0 +1,349 @@
+// The tree: life of a node, its fields, children and paths.
+#include <3pramo/node/YNo_interno.hpp>
+
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YMemoria_interno.hpp>
+#include <3pramo/foundation/YVetor_interno.hpp>
+#include <3pramo/foundation/liberaTodos.hpp>
+
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <utility>
+
+using namespace pramo;
+
+namespace {
+
+constexpr const char *FONTE = "YNo";
+
+// `interno` of a node of class YNo itself: the end of the texts that stand behind it in its own block, or null. Of a node of
+// a derived class: null, but while its parent's destruction frees it, the place of the waiting list (below).
+bool ehDaPropriaClasse(const YNo &no) {
+    return no.rtti == &YNo_definicaoRtti;
+}
+
+bool estaNoBloco(const YNo &no, const char *texto) {
+    const std::less<const void *> antes;
+    return ehDaPropriaClasse(no) && !antes(texto, &no + 1) && antes(texto, no.interno);
+}
+
+void liberaTexto(YNo &no, char *texto) {
+    if (!estaNoBloco(no, texto)) {
+        YliberaMemoria(texto);
+    }
+}
+
+void trocaTexto(YNo &no, char *&campo, const char *novo) {
+    char *copia = YduplicaString(novo);
+    liberaTexto(no, campo);
+    campo = copia;
+}
+
+void desligaDoPai(YNo &no) {
+    if (no.pai != nullptr && no.pai->filhos != nullptr) {
+        YVetor_remove(no.pai->filhos, &no);
+    }
+    no.pai = nullptr;
+}
+
+// ---- Destruction ----
+//
+// Nodes that wait for theirs are linked through `pai`: no recursion, and nothing to allocate.
+
+void poeFilhosEmEspera(YNo &no, YNo *&espera) {
+    for (void *elemento : elementos(*no.filhos)) {
+        auto *filho = static_cast<YNo *>(elemento);
+        filho->pai = espera;
+        espera = filho;
+    }
+    no.filhos->tam = 0;
+    YliberaObjeto(std::exchange(no.filhos, nullptr));
+}
+
+void soltaConteudo(YNo &no, YNo *&espera) {
+    if (no.filhos != nullptr) {
+        poeFilhosEmEspera(no, espera);
+    }
+    YDIC_destroi(no.atributos);
+    liberaTexto(no, no.nome);
+    liberaTexto(no, no.valor);
+    liberaTexto(no, no.prefixo);
+}
+
+// Frees what waits up to the next node of a derived class, which it gives to be freed as its class says.
+YNo *tiraDaEspera(YNo *&espera) {
+    while (espera != nullptr) {
+        YNo *no = std::exchange(espera, espera->pai);
+        no->pai = nullptr;
+        if (!ehDaPropriaClasse(*no)) {
+            no->interno = &espera;
+            return no;
+        }
+        soltaConteudo(*no, espera);
+        anotaLiberacao(no);
+        std::free(no);
+    }
+    return nullptr;
+}
+
+void destroiNo(void *objeto) {
+    auto *no = static_cast<YNo *>(objeto);
+    desligaDoPai(*no);
+    if (!ehDaPropriaClasse(*no) && no->interno != nullptr) {
+        soltaConteudo(*no, *static_cast<YNo **>(no->interno));
+        return;
+    }
+    YNo *espera = nullptr;
+    soltaConteudo(*no, espera);
+    liberaTodos([&] { return espera == nullptr; }, [&] { return tiraDaEspera(espera); });
+}
+
+} // namespace
+
+const YRtti YNo_definicaoRtti = {YOb_rtti, "YNo", sizeof(YNo), nullptr, destroiNo};
+
+const YRtti *YNo_rtti(void) {
+    return &YNo_definicaoRtti;
+}
+
+Dono<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
+    const auto espaco = [](std::string_view texto) { return texto.data() != nullptr ? texto.size() + 1 : 0; };
+    const std::size_t tamanho = sizeof(YNo) + espaco(nome) + espaco(valor);
+    auto *no = static_cast<YNo *>(std::malloc(tamanho));
+    if (no == nullptr) {
+        faltaMemoria(FONTE, __LINE__);
+    }
+    std::memset(static_cast<void *>(no), 0, sizeof *no);
+    no->rtti = &YNo_definicaoRtti;
+    auto *fim = reinterpret_cast<char *>(no + 1);
+    const auto copia = [&](std::string_view texto) -> char * {
+        if (texto.data() == nullptr) {
+            return nullptr;
+        }
+        char *inicio = fim;
+        std::memcpy(inicio, texto.data(), texto.size());
+        inicio[texto.size()] = 0;
+        fim += texto.size() + 1;
+        return inicio;
+    };
+    no->nome = copia(nome);
+    no->valor = copia(valor);
+    no->interno = fim;
+    anotaAlocacao(no, YNo_definicaoRtti.name, tamanho, FONTE, __LINE__);
+    return Dono<YNo>(no);
+}
+
+void pramo::assume(YNo &destino, Dono<YNo> origem) {
+    Dono<char> nome(YduplicaString(origem->nome));
+    Dono<char> valor(YduplicaString(origem->valor));
+    std::swap(destino.filhos, origem->filhos);
+    std::swap(destino.atributos, origem->atributos);
+    if (destino.filhos != nullptr) {
+        for (void *filho : elementos(*destino.filhos)) {
+            static_cast<YNo *>(filho)->pai = &destino;
+        }
+    }
+    liberaTexto(destino, std::exchange(destino.nome, nome.release()));
+    liberaTexto(destino, std::exchange(destino.valor, valor.release()));
+    liberaTexto(destino, std::exchange(destino.prefixo, nullptr));
+}
+
+// ---- Fields ----
+
+const char *YNo_getNome(const YNo *no) {
+    return no != nullptr ? no->nome : nullptr;
+}
+
+void YNo_setNome(YNo *no, const char *nome) {
+    trocaTexto(*no, no->nome, nome != nullptr ? semPrefixo(nome).data() : nullptr);
+}
+
+const char *YNo_getValor(const YNo *no) {
+    return no != nullptr ? no->valor : nullptr;
+}
+
+void YNo_setValor(YNo *no, const char *valor) {
+    trocaTexto(*no, no->valor, valor);
+}
+
+const char *YNo_getPrefixo(const YNo *no) {
+    while (no != nullptr && no->prefixo == nullptr) {
+        no = no->pai;
+    }
+    return no != nullptr ? no->prefixo : nullptr;
+}
+
+void YNo_setPrefixo(YNo *no, const char *prefixo) {
+    trocaTexto(*no, no->prefixo, prefixo);
+}
+
+const char *YNo_getAtributo(const YNo *no, const char *nome) {
+    return no != nullptr && no->atributos != nullptr ? YDIC_recupera(no->atributos, nome) : nullptr;
+}
+
+int YNo_setAtributo(YNo *no, const char *nome, const char *valor) {
+    if (nome == nullptr || valor == nullptr) {
+        return 0;
+    }
+    if (no->atributos == nullptr) {
+        no->atributos = YDIC_constroi();
+    }
+    return YDIC_guarda(no->atributos, nome, valor);
+}
+
+// ---- Parent and children ----
+
+namespace {
+
+// Only a node with children can lie above another one, so that growing a tree downwards costs no climb.
+void recusaCiclo(const YNo *no, const YNo &filho) {
+    const bool podeEstarAcima = filho.filhos != nullptr && filho.filhos->tam != 0;
+    const YNo *acima = no;
+    while (acima != nullptr && acima != &filho) {
+        acima = podeEstarAcima ? acima->pai : nullptr;
+    }
+    if (acima != nullptr) {
+        lanca(YExcSoap_rtti, "Um nó não pode ficar abaixo de si mesmo."_l1, FONTE);
+    }
+}
+
+// The child then stands twice in the list when it was there already.
+void poeNaLista(YNo &no, YNo *filho) {
+    if (no.filhos != nullptr) {
+        YVetor_poe(no.filhos, filho);
+        return;
+    }
+    auto lista = cria<YVetor>(YVetorQueDestroi_rtti, FONTE);
+    YVetor_poe(lista.get(), filho);
+    no.filhos = lista.release();
+}
+
+bool temNome(const YNo &no, std::string_view nome) {
+    return no.nome != nullptr && nome == no.nome;
+}
+
+YNo *primeiroFilho(const YNo &no, std::string_view nome, uint32_t pulados = 0) {
+    if (no.filhos == nullptr) {
+        return nullptr;
+    }
+    for (void *elemento : elementos(*no.filhos)) {
+        auto *filho = static_cast<YNo *>(elemento);
+        if (temNome(*filho, nome) && pulados-- == 0) {
+            return filho;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+YNo *YNo_getPai(const YNo *no) {
+    return no != nullptr ? no->pai : nullptr;
+}
+
+void YNo_setPai(YNo *no, YNo *pai) {
+    recusaCiclo(pai, *no);
+    desligaDoPai(*no);
+    no->pai = pai;
+}
+
+YVetor *YNo_getFilhos(const YNo *no) {
+    return no != nullptr ? no->filhos : nullptr;
+}
+
+YNo *YNo_getFilho(const YNo *no, const char *nome, uint32_t indice) {
+    return no != nullptr && nome != nullptr ? primeiroFilho(*no, nome, indice) : nullptr;
+}
+
+YNo *pramo::pendura(YNo &no, Dono<YNo> filho) {
+    poeNaLista(no, filho.get());
+    filho->pai = &no;
+    return filho.release();
+}
+
+void YNo_acrescentaFilho(YNo *no, YNo *filho) {
+    recusaCiclo(no, *filho);
+    poeNaLista(*no, filho);
+    // Removal takes the first occurrence: a child of this very node stays at the end.
+    desligaDoPai(*filho);
+    filho->pai = no;
+}
+
+int YNo_temFilho(const YNo *no) {
+    return no != nullptr && no->filhos != nullptr ? 1 : 0;
+}
+
+int YNo_removeFilho(YNo *no, YNo *filho) {
+    if (no == nullptr || no->filhos == nullptr || YVetor_remove(no->filhos, filho) == 0) {
+        return 0;
+    }
+    filho->pai = nullptr;
+    return 1;
+}
+
+// ---- Paths ----
+
+namespace {
+
+// Takes the first name off the path.
+std::string_view tiraNome(std::string_view &caminho) {
+    const std::size_t barra = caminho.find('/');
+    const std::string_view nome = caminho.substr(0, barra);
+    caminho.remove_prefix(barra == std::string_view::npos ? caminho.size() : barra + 1);
+    return nome;
+}
+
+bool ehProprioNo(const char *caminho) {
+    return caminho == nullptr || *caminho == 0;
+}
+
+} // namespace
+
+YNo *YNo_procuraDescendente(const YNo *no, const char *caminho) {
+    std::string_view resto = caminho != nullptr ? caminho : "";
+    while (no != nullptr && !resto.empty()) {
+        no = primeiroFilho(*no, tiraNome(resto));
+    }
+    return const_cast<YNo *>(no);
+}
+
+YNo *YNo_criaDescendente(YNo *no, const char *caminho) {
+    return ehProprioNo(caminho) ? no : criaDescendente(*no, caminho, nullptr);
+}
+
+YNo *pramo::criaDescendente(YNo &no, const char *caminho, const char *valor) {
+    if (ehProprioNo(caminho)) {
+        YNo_setValor(&no, valor);
+        return &no;
+    }
+    // The chain is made aside and joins the tree when nothing but that can fail.
+    Dono<YNo> topo;
+    YNo *ultimo = nullptr;
+    for (std::string_view resto = caminho; !resto.empty();) {
+        const std::string_view nome = tiraNome(resto);
+        const bool temValor = resto.empty() && valor != nullptr;
+        Dono<YNo> novo = criaNo(nome, temValor ? std::string_view(valor) : std::string_view());
+        if (ultimo == nullptr) {
+            ultimo = novo.get();
+            topo = std::move(novo);
+        } else {
+            ultimo = pendura(*ultimo, std::move(novo));
+        }
+    }
+    pendura(no, std::move(topo));
+    return ultimo;
+}
+
+YNo *YNo_getFilhoUnico(const YNo *no, const char *caminho) {
+    YNo *achado = YNo_procuraDescendente(no, caminho);
+    if (achado == nullptr) {
+        faltouTag(caminho);
+    }
+    return achado;
+}
+
+void pramo::faltouTag(const char *caminho) {
+    YContextoTry_printf("Tag procurada: %s. ", caminho != nullptr ? caminho : "");
+    lanca(YExcSoap_rtti, "Faltou tag.", FONTE);
+}

@@ -1,0 +1,34 @@
+// What the sources of YNo, and the parser that builds trees, share.
+#ifndef Y3PRAMO_NODE_YNO_INTERNO_HPP
+#define Y3PRAMO_NODE_YNO_INTERNO_HPP
+
+#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/node/YNo.h>
+
+#include <string_view>
+
+namespace pramo {
+
+/// A node with this name and content; text whose data() is null is none. Node and texts are one block.
+Dono<YNo> criaNo(std::string_view nome, std::string_view valor = {});
+
+/// Appends a node that has no parent and does not lie above `no`; gives its address.
+YNo *pendura(YNo &no, Dono<YNo> filho);
+
+/// YNo_criaDescendente that gives the last node this content; a null path gives it to the node itself.
+YNo *criaDescendente(YNo &no, const char *caminho, const char *valor);
+
+/// Makes `destino` be what `origem` is, but for its place under its parent.
+void assume(YNo &destino, Dono<YNo> origem);
+
+/// Raises what YNo_getFilhoUnico raises.
+[[noreturn]] void faltouTag(const char *caminho);
+
+/// What follows the first ":" of the name, or the whole name.
+inline std::string_view semPrefixo(std::string_view nome) {
+    return nome.substr(nome.find(':') + 1);
+}
+
+} // namespace pramo
+
+#endif

@@ -1,0 +1,94 @@
+// The correction of encoded maps: lists of entries, each a key and a value, become elements named after the keys.
+#include <3pramo/node/YNo_interno.hpp>
+
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YVetor_interno.hpp>
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+using namespace pramo;
+
+namespace {
+
+constexpr const char *FONTE = "YNo";
+
+bool ehMapa(const YNo &no) {
+    const char *tipo = YNo_getAtributo(&no, "type");
+    const char *prefixado = tipo != nullptr ? std::strchr(tipo, ':') : nullptr;
+    return prefixado != nullptr && std::strcmp(prefixado, ":Map") == 0;
+}
+
+// The name that an entry's key gives. An empty one is as good as none: such an element could not be written.
+std::string_view nomeDaChave(const YNo &entrada) {
+    const char *chave = YNo_getString(&entrada, "key");
+    const std::string_view nome = semPrefixo(chave != nullptr ? chave : "");
+    if (nome.empty()) {
+        faltouTag("key");
+    }
+    return nome;
+}
+
+void adota(YNo &no, YVetor *filhos) {
+    no.filhos = filhos;
+    for (void *filho : elementos(*filhos)) {
+        static_cast<YNo *>(filho)->pai = &no;
+    }
+}
+
+// What an entry becomes.
+Dono<YNo> converte(const YNo &entrada) {
+    const std::string_view nome = nomeDaChave(entrada);
+    YNo *valor = YNo_getFilho(&entrada, "value", 0);
+    if (valor != nullptr && valor->filhos != nullptr) {
+        Dono<YNo> novo = criaNo(nome);
+        adota(*novo, std::exchange(valor->filhos, nullptr));
+        return novo;
+    }
+    const char *texto = YNo_getValor(valor);
+    return criaNo(nome, texto != nullptr ? std::string_view(texto) : std::string_view());
+}
+
+void corrigeMapa(YNo &mapa) {
+    auto novos = cria<YVetor>(YVetorQueDestroi_rtti, FONTE);
+    for (void *entrada : elementos(*mapa.filhos)) {
+        Dono<YNo> novo = converte(*static_cast<const YNo *>(entrada));
+        YVetor_poe(novos.get(), novo.get());
+        novo.release();
+    }
+    const Dono<YVetor> entradas(mapa.filhos);
+    for (void *entrada : elementos(*entradas)) {
+        static_cast<YNo *>(entrada)->pai = nullptr;
+    }
+    adota(mapa, novos.release());
+    YDIC_remove(mapa.atributos, "type");
+}
+
+// Every node after its descendants.
+void corrige(YNo &raiz) {
+    struct Visita {
+        YNo *no;
+        std::size_t proximo; // index of the next child
+    };
+    std::vector<Visita> visitas{{&raiz, 0}};
+    while (!visitas.empty()) {
+        auto &[no, proximo] = visitas.back();
+        if (no->filhos != nullptr && proximo < no->filhos->tam) {
+            visitas.push_back({static_cast<YNo *>(no->filhos->dados[proximo++]), 0});
+            continue;
+        }
+        if (no->filhos != nullptr && ehMapa(*no)) {
+            corrigeMapa(*no);
+        }
+        visitas.pop_back();
+    }
+}
+
+} // namespace
+
+void YNo_corrigeMaps(YNo *no) {
+    if (no != nullptr) {
+        semFaltaDeMemoria(FONTE, [&] { corrige(*no); });
+    }
+}

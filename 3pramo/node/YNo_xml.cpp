@@ -1,0 +1,126 @@
+// The writer. Open elements stand on a stack of their own, and the inherited prefix goes down with them.
+#include <3pramo/node/YNo_interno.hpp>
+
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/YVetor_interno.hpp>
+
+#include <cstring>
+#include <vector>
+
+using namespace pramo;
+
+namespace {
+
+std::string_view textoOuVazio(const char *texto) {
+    return texto != nullptr ? texto : std::string_view();
+}
+
+class Escritor {
+public:
+    explicit Escritor(YStream &stream) : stream_(stream) {}
+
+    void escreve(const YNo &no) {
+        abre(no, textoOuVazio(YNo_getPrefixo(&no)));
+        escreveAbertos();
+    }
+
+    void escreveConteudo(const YNo &no) {
+        empilha(no, textoOuVazio(YNo_getPrefixo(&no)), {});
+        escreveAbertos();
+    }
+
+private:
+    struct Aberto {
+        const YNo *no;
+        std::size_t proximo; // index of the next child
+        std::string_view prefixo;
+        std::string_view nome; // without data when there is no end tag to write
+    };
+
+    void empilha(const YNo &no, std::string_view prefixo, std::string_view nome) {
+        abertos_.push_back({&no, 0, prefixo, nome});
+    }
+
+    void escreveAbertos() {
+        while (!abertos_.empty()) {
+            Aberto &aberto = abertos_.back();
+            const YVetor *filhos = aberto.no->filhos;
+            if (filhos != nullptr && aberto.proximo < filhos->tam) {
+                const auto &filho = *static_cast<const YNo *>(filhos->dados[aberto.proximo++]);
+                abre(filho, filho.prefixo != nullptr ? std::string_view(filho.prefixo) : aberto.prefixo);
+                continue;
+            }
+            YStream_putHtmlString(&stream_, aberto.no->valor);
+            if (aberto.nome.data() != nullptr) {
+                poeTag("</", aberto.prefixo, aberto.nome, ">");
+            }
+            abertos_.pop_back();
+        }
+    }
+
+    // Writes the node as far as its children, and all of it when it has none.
+    void abre(const YNo &no, std::string_view prefixo) {
+        if (no.nome == nullptr) {
+            return empilha(no, prefixo, {});
+        }
+        const std::string_view nome = no.nome;
+        const bool vazio = no.filhos == nullptr && no.valor == nullptr;
+        const char *fim = vazio ? "/>" : ">";
+        if (no.atributos == nullptr) {
+            poeTag("<", prefixo, nome, fim);
+        } else {
+            poeTag("<", prefixo, nome, "");
+            poeAtributos(*no.atributos);
+            acrescenta(stream_, fim);
+        }
+        if (no.filhos != nullptr) {
+            empilha(no, prefixo, nome);
+        } else if (!vazio) {
+            YStream_putHtmlString(&stream_, no.valor);
+            poeTag("</", prefixo, nome, ">");
+        }
+    }
+
+    void poeTag(std::string_view inicio, std::string_view prefixo, std::string_view nome, std::string_view fim) {
+        char *destino = reserva(stream_, inicio.size() + prefixo.size() + 1 + nome.size() + fim.size());
+        const char *antes = destino;
+        const auto poe = [&](std::string_view texto) {
+            std::memcpy(destino, texto.data(), texto.size());
+            destino += texto.size();
+        };
+        poe(inicio);
+        if (prefixo.data() != nullptr) {
+            poe(prefixo);
+            poe(":");
+        }
+        poe(nome);
+        poe(fim);
+        avanca(stream_, static_cast<std::size_t>(destino - antes));
+    }
+
+    void poeAtributos(const YDIC &atributos) {
+        for (YDIC_IT it = YDIC_inicio(&atributos); it != YDIC_fim(&atributos); YDIC_IT_anda(&it)) {
+            poeTag(" ", {}, YDIC_IT_getChave(it), "=\"");
+            YStream_putHtmlString(&stream_, YDIC_IT_getValor(it));
+            acrescenta(stream_, "\"");
+        }
+    }
+
+    YStream &stream_;
+    std::vector<Aberto> abertos_;
+};
+
+} // namespace
+
+void YNo_gravaEm(const YNo *no, YStream *stream) {
+    if (no != nullptr) {
+        semFaltaDeMemoria("YNo", [&] { Escritor(*stream).escreve(*no); });
+    }
+}
+
+void YNo_gravaConteudo(const YNo *no, YStream *stream) {
+    if (no != nullptr) {
+        semFaltaDeMemoria("YNo", [&] { Escritor(*stream).escreveConteudo(*no); });
+    }
+}

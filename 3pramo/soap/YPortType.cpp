@@ -1,0 +1,61 @@
+#include <3pramo/soap/YPortType.h>
+
+#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/node/YExcSoap.h>
+
+using namespace pramo;
+
+namespace {
+
+constexpr const char *FONTE = "YPortType";
+
+void constroiPortType(void *objeto) {
+    static_cast<YPortType *>(objeto)->tratadores = cria<YMapa>(YMapa_rtti, FONTE).release();
+}
+
+void destroiPortType(void *objeto) {
+    YliberaObjeto(static_cast<YPortType *>(objeto)->tratadores);
+}
+
+} // namespace
+
+const YRtti YPortType_definicaoRtti = {YOb_rtti, "YPortType", sizeof(YPortType), constroiPortType,
+                                       destroiPortType};
+
+const YRtti *YPortType_rtti(void) {
+    return &YPortType_definicaoRtti;
+}
+
+const char *YPortType_getWsdl(const YPortType *portType) {
+    return portType->wsdl;
+}
+
+void YPortType_setWsdl(YPortType *portType, const char *wsdl) {
+    portType->wsdl = wsdl;
+}
+
+int YPortType_registraTratador(YPortType *portType, const char *metodo, YTratadorSoap tratador) {
+    return YMapa_guarda(portType->tratadores, metodo, reinterpret_cast<void *>(tratador));
+}
+
+YTratadorSoap YPortType_obtemTratador(const YPortType *portType, const char *metodo) {
+    return reinterpret_cast<YTratadorSoap>(YMapa_recupera(portType->tratadores, metodo));
+}
+
+void YPortType_setRttiDoServico(YPortType *portType, YFuncaoRtti classe) {
+    portType->rttiDoServico = classe;
+}
+
+void YPortType_constroiObjeto(YPortType *portType, YWebService **servico) {
+    const YFuncaoRtti classe = portType->rttiDoServico;
+    if (classe == nullptr || YRtti_deriva(classe(), YWebService_rtti) == 0) {
+        lanca(YExcSoap_rtti, "PortType sem classe de serviço."_l1, FONTE);
+    }
+    YalocaObjeto(servico, classe);
+    YWebService_setGrupoDeRecursos(*servico, portType->grupoDeRecursos);
+}
+
+void YPortType_setGrupoDeRecursos(YPortType *portType, void *grupo) {
+    portType->grupoDeRecursos = grupo;
+}

@@ -1,0 +1,56 @@
+/* One registered port type: its methods' handlers, the class of its service objects, its WSDL.
+ *
+ * YSoapServer_registraPortType makes and owns them; a port type is changed only before its server starts (to
+ * change one later, register it again). */
+#ifndef Y3PRAMO_SOAP_YPORTTYPE_H
+#define Y3PRAMO_SOAP_YPORTTYPE_H
+
+#include <3pramo/foundation/YMapa.h>
+#include <3pramo/node/YNo.h>
+#include <3pramo/soap/YWebService.h>
+
+Y_INICIO_C
+
+/* A method handler: runs on the thread of the connection that brought the call. `servico` is the object that
+ * the call names, or a temporary one; `requisicao` the method's element, null when the request has no body;
+ * `resposta` an empty, nameless node that the results are written into, usually with the typed setters. The
+ * nodes live until the handler returns. An exception that leaves it, a standard C++ one too, becomes a SOAP
+ * fault. */
+typedef void (*YTratadorSoap)(YWebService *servico, YNo *requisicao, YNo *resposta);
+
+Y_CLASSE(YPortType, YOb) {
+    Y_PAI(YOb)
+    const char *wsdl;          /* not owned */
+    YMapa *tratadores;         /* method name to handler; owned */
+    YFuncaoRtti rttiDoServico; /* class of the service objects */
+    void *grupoDeRecursos;     /* not owned */
+};
+
+typedef struct YPortType YPortType;
+
+Y_EXPORTA extern const YRtti YPortType_definicaoRtti;
+Y_EXPORTA const YRtti *YPortType_rtti(void);
+
+/* The WSDL document, with macros; kept by reference, so it must live as long as the port type. Null: none. */
+Y_EXPORTA const char *YPortType_getWsdl(const YPortType *portType);
+Y_EXPORTA void YPortType_setWsdl(YPortType *portType, const char *wsdl);
+
+/* Stores the handler under the method name, replacing an earlier one: 1 when the name is new, else 0. */
+Y_EXPORTA int YPortType_registraTratador(YPortType *portType, const char *metodo, YTratadorSoap tratador);
+
+/* The handler of the method, null when there is none. */
+Y_EXPORTA YTratadorSoap YPortType_obtemTratador(const YPortType *portType, const char *metodo);
+
+/* The class of the service objects; it must derive from YWebService. */
+Y_EXPORTA void YPortType_setRttiDoServico(YPortType *portType, YFuncaoRtti classe);
+
+/* Makes a service object into `servico`, which the caller then owns, and gives it the port type's resource
+ * group. Raises YExcSoap "PortType sem classe de serviço." when the port type has no class or one that does
+ * not derive from YWebService, and what the class's constructors raise. */
+Y_EXPORTA void YPortType_constroiObjeto(YPortType *portType, YWebService **servico);
+
+Y_EXPORTA void YPortType_setGrupoDeRecursos(YPortType *portType, void *grupo);
+
+Y_FIM_C
+
+#endif

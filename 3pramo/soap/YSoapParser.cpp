@@ -1,0 +1,377 @@
+#include <3pramo/soap/YSoapParser.h>
+
+#include <3pramo/foundation/YDIC_interno.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/node/YNo_interno.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+using namespace pramo;
+
+namespace {
+
+constexpr const char *FONTE = "YSoapParser";
+
+// ---- Life of the parser ----
+
+enum Limite { NIVEIS, NOS, BYTES, LIMITES };
+constexpr std::uint64_t PADRAO[LIMITES] = {1000, 1'000'000, 64 << 20};
+
+void constroi(void *objeto) {
+    auto *parser = static_cast<YSoapParser *>(objeto);
+    auto texto = cria<YStream>(YStream_rtti, FONTE);
+    auto palavra = cria<YStream>(YStream_rtti, FONTE);
+    parser->limites = static_cast<std::uint64_t *>(YalocaMemoria_debug(sizeof PADRAO, FONTE, __LINE__));
+    std::memcpy(parser->limites, PADRAO, sizeof PADRAO);
+    parser->texto = texto.release();
+    parser->palavra = palavra.release();
+}
+
+void destroi(void *objeto) {
+    auto *parser = static_cast<YSoapParser *>(objeto);
+    YliberaObjeto(std::exchange(parser->texto, nullptr));
+    YliberaObjeto(std::exchange(parser->palavra, nullptr));
+    YliberaMemoria(std::exchange(parser->limites, nullptr));
+}
+
+// ---- Characters ----
+
+constexpr bool ehDelimitador(char c) {
+    return c == '=' || c == '<' || c == '>' || c == '/';
+}
+
+// What ends a word: white space, a delimiter, and the zero byte, which may stand nowhere.
+constexpr auto TERMINA_PALAVRA = [] {
+    std::array<bool, 256> tabela{};
+    for (const char c : {' ', '\t', '\n', '\v', '\f', '\r', '=', '<', '>', '/', '\0'}) {
+        tabela[static_cast<unsigned char>(c)] = true;
+    }
+    return tabela;
+}();
+
+[[noreturn]] void tokenInesperado() {
+    lanca(YExcSoap_rtti, "Token inesperado.", FONTE);
+}
+
+[[noreturn]] void malFormada() {
+    lanca(YExcSoap_rtti, "Mensagem SOAP mal formada.", FONTE);
+}
+
+// ---- Parts of a message ----
+
+enum Tag { TAG_ABERTURA, TAG_FECHAMENTO, TAG_VAZIA, TAG_DECLARACAO };
+
+// What a tag says. The name is part of the input.
+struct Cabeca {
+    std::string_view nome;
+    Dono<YDIC> atributos;
+
+    Dono<YNo> no(std::string_view valor = {}) {
+        Dono<YNo> novo = criaNo(nome, valor);
+        novo->atributos = atributos.release();
+        return novo;
+    }
+};
+
+bool ehNulo(const YNo &no) {
+    const char *nulo = YNo_getAtributo(&no, "nil");
+    return nulo != nullptr && std::strcmp(nulo, "true") == 0;
+}
+
+// The elements whose closing tag has not come yet: each knows its parent, but is not among its children before it is
+// complete and known not to be left out.
+class Abertos {
+public:
+    Abertos() = default;
+    Abertos(const Abertos &) = delete;
+    Abertos &operator=(const Abertos &) = delete;
+    ~Abertos() {
+        while (!vazio()) {
+            fecha();
+        }
+    }
+
+    [[nodiscard]] bool vazio() const { return ultimo_ == nullptr; }
+    [[nodiscard]] std::uint64_t quantos() const { return quantos_; }
+    [[nodiscard]] YNo &ultimo() const { return *ultimo_; }
+
+    void abre(Dono<YNo> no) {
+        no->pai = ultimo_;
+        ultimo_ = no.release();
+        quantos_++;
+    }
+
+    Dono<YNo> fecha() {
+        Dono<YNo> no(ultimo_);
+        ultimo_ = std::exchange(no->pai, nullptr);
+        quantos_--;
+        return no;
+    }
+
+private:
+    YNo *ultimo_ = nullptr;
+    std::uint64_t quantos_ = 0;
+};
+
+// ---- One read ----
+//
+// The input ends in a zero byte behind its content; a zero byte within it may stand nowhere. So every search that
+// stops at one stays inside, and what is found there is unexpected in both cases.
+
+class Leitor {
+public:
+    Leitor(YSoapParser &parser, YStream &entrada)
+        : parser_(parser), entrada_(entrada), p_(YStream_str(&entrada) + entrada.lido), fim_(p_ + naoLido(entrada).size()) {
+        std::copy_n(parser.limites, LIMITES, resta_);
+    }
+    Leitor(const Leitor &) = delete;
+    Leitor &operator=(const Leitor &) = delete;
+    ~Leitor() { entrada_.lido = entrada_.tam - static_cast<std::size_t>(fim_ - p_); }
+
+    // The root, or nothing.
+    Dono<YNo> leNo() {
+        for (;;) {
+            leToken();
+            Dono<YNo> completo;
+            switch (leElemento(completo)) {
+            case TAG_ABERTURA:
+                continue;
+            case TAG_VAZIA:
+                break;
+            case TAG_FECHAMENTO:
+            case TAG_DECLARACAO:
+                if (abertos_.vazio()) {
+                    return nullptr;
+                }
+                completo = abertos_.fecha();
+            }
+            if (abertos_.vazio()) {
+                return completo;
+            }
+            if (!ehNulo(*completo)) {
+                pendura(abertos_.ultimo(), std::move(completo));
+            }
+        }
+    }
+
+    // Shows the last word and the last text in the parser's fields.
+    void mostra() {
+        YStream_clear(parser_.palavra);
+        acrescenta(*parser_.palavra, palavra_);
+        if (texto_.data() != conteudo(*parser_.texto).data()) {
+            YStream_clear(parser_.texto);
+            acrescenta(*parser_.texto, texto_);
+        }
+    }
+
+private:
+    // A tag, and what follows it up to the next tag or, when that is text, up to the closing tag. TAG_ABERTURA: the element
+    // is now the last of the open ones. TAG_VAZIA: it is complete. Else it was none.
+    Tag leElemento(Dono<YNo> &completo) {
+        esperaToken('<');
+        pulaBrancos();
+        const bool declaracao = *p_ == '!';
+        Cabeca cabeca;
+        const Tag tag = leTag(cabeca);
+        esperaToken('>');
+        if (declaracao || tag == TAG_FECHAMENTO) {
+            return declaracao ? TAG_DECLARACAO : TAG_FECHAMENTO;
+        }
+        if (abertos_.quantos() >= resta_[NIVEIS]) {
+            malFormada();
+        }
+        if (tag == TAG_VAZIA) {
+            completo = cabeca.no();
+            return TAG_VAZIA;
+        }
+        pulaBrancos();
+        if (*p_ == '<') {
+            abertos_.abre(cabeca.no());
+            return TAG_ABERTURA;
+        }
+        leTexto('<');
+        conta(BYTES, texto_.size());
+        completo = cabeca.no(texto_);
+        leFechamento();
+        return TAG_VAZIA;
+    }
+
+    void leFechamento() {
+        leToken();
+        Cabeca cabeca;
+        if (leTag(cabeca) != TAG_FECHAMENTO) {
+            lanca(YExcSoap_rtti, "Mensagem SOAP mal formada. Esperava tag fechando.", FONTE);
+        }
+        esperaToken('>');
+    }
+
+    // From behind the "<" to the token that should be ">".
+    Tag leTag(Cabeca &cabeca) {
+        leToken();
+        if (parser_.token == '/') {
+            leToken();
+            esperaToken(TOKEN_PALAVRA);
+            leToken();
+            return TAG_FECHAMENTO;
+        }
+        esperaToken(TOKEN_PALAVRA);
+        cabeca.nome = semPrefixo(palavra_);
+        conta(NOS, 1);
+        conta(BYTES, cabeca.nome.size());
+        leToken();
+        leAtributos(cabeca);
+        if (parser_.token != '/') {
+            return TAG_ABERTURA;
+        }
+        leToken();
+        return TAG_VAZIA;
+    }
+
+    void leAtributos(Cabeca &cabeca) {
+        while (parser_.token == TOKEN_PALAVRA) {
+            const std::string_view nome = semPrefixo(palavra_);
+            leToken();
+            esperaToken('=');
+            leToken();
+            if (parser_.token != TOKEN_PALAVRA && parser_.token != TOKEN_STRING) {
+                malFormada();
+            }
+            const std::string_view valor = parser_.token == TOKEN_STRING ? texto_ : palavra_;
+            conta(NOS, 1);
+            conta(BYTES, nome.size() + valor.size());
+            if (cabeca.atributos == nullptr) {
+                cabeca.atributos.reset(YDIC_constroi());
+            }
+            guarda(*cabeca.atributos, nome, valor);
+            leToken();
+        }
+    }
+
+    void esperaToken(std::int32_t token) const {
+        if (parser_.token != token) {
+            tokenInesperado();
+        }
+    }
+
+    void leToken() {
+        pulaBrancos();
+        const char c = *p_;
+        if (ehDelimitador(c)) {
+            p_++;
+            parser_.token = c;
+        } else if (c == '"') {
+            p_++;
+            leTexto('"');
+            p_++;
+            parser_.token = TOKEN_STRING;
+        } else if (p_ == fim_) {
+            parser_.token = TOKEN_FIM;
+        } else {
+            lePalavra();
+            parser_.token = TOKEN_PALAVRA;
+        }
+    }
+
+    void pulaBrancos() {
+        while (ehBranco(*p_)) {
+            p_++;
+        }
+    }
+
+    // The white space that ends a word is read with it.
+    void lePalavra() {
+        const char *inicio = p_;
+        while (!TERMINA_PALAVRA[static_cast<unsigned char>(*p_)]) {
+            p_++;
+        }
+        if (*p_ == 0) {
+            tokenInesperado();
+        }
+        palavra_ = {inicio, p_};
+        if (ehBranco(*p_)) {
+            p_++;
+        }
+    }
+
+    // The text up to the character, which stays unread. Without references it is part of the input, else it stands in the
+    // parser's stream.
+    void leTexto(char fim) {
+        const char *inicio = p_;
+        andaAte(fim);
+        texto_ = {inicio, p_};
+        if (*p_ == '&') {
+            decodificaAte(fim);
+        }
+        if (*p_ == 0) {
+            tokenInesperado();
+        }
+    }
+
+    void decodificaAte(char fim) {
+        YStream &texto = *parser_.texto;
+        YStream_clear(&texto);
+        acrescenta(texto, texto_);
+        while (*p_ == '&') {
+            const Referencia referencia = decodificaReferencia({p_, fim_});
+            YStream_put(&texto, referencia.caractere);
+            const char *inicio = p_ += referencia.tamanho;
+            andaAte(fim);
+            acrescenta(texto, {inicio, p_});
+        }
+        texto_ = conteudo(texto);
+    }
+
+    void andaAte(char fim) {
+        while (*p_ != fim && *p_ != '&' && *p_ != 0) {
+            p_++;
+        }
+    }
+
+    void conta(Limite limite, std::uint64_t quanto) {
+        if (quanto > resta_[limite]) {
+            malFormada();
+        }
+        resta_[limite] -= quanto;
+    }
+
+    YSoapParser &parser_;
+    YStream &entrada_;
+    const char *p_;
+    const char *fim_;
+    std::string_view palavra_; // the last word, part of the input
+    std::string_view texto_;   // the last text
+    Abertos abertos_;
+    std::uint64_t resta_[LIMITES]; // of each bound
+};
+
+} // namespace
+
+const YRtti YSoapParser_definicaoRtti = {YOb_rtti, "YSoapParser", sizeof(YSoapParser), constroi, destroi};
+
+const YRtti *YSoapParser_rtti(void) {
+    return &YSoapParser_definicaoRtti;
+}
+
+void YSoapParser_leNo(YSoapParser *parser, YNo **raiz, YStream *entrada) {
+    parser->entrada = entrada;
+    Leitor leitor(*parser, *entrada);
+    Dono<YNo> lido = leitor.leNo();
+    leitor.mostra();
+    *raiz = lido.release();
+}
+
+void YSoapParser_setLimiteDeNiveis(YSoapParser *parser, uint64_t niveis) {
+    parser->limites[NIVEIS] = niveis;
+}
+
+void YSoapParser_setLimiteDeNos(YSoapParser *parser, uint64_t nos) {
+    parser->limites[NOS] = nos;
+}
+
+void YSoapParser_setLimiteDeBytes(YSoapParser *parser, uint64_t bytes) {
+    parser->limites[BYTES] = bytes;
+}

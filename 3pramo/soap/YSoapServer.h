@@ -1,0 +1,145 @@
+/* The SOAP server: publishes port types over HTTP and keeps their service objects.
+ *
+ *     YSoapServer *servidor;
+ *     YalocaObjeto(&servidor, YSoapServer_rtti);
+ *     YSoapServer_setPorta(servidor, 8080);
+ *     YSoapServer_registraPortType(servidor, &definicaoDoCalc);
+ *     YObThread_start((YObThread *)servidor);
+ *     ...
+ *     YliberaObjeto(servidor);
+ *
+ * Calls go to the port type named by the last segment of the URI; the method is the text after # in the
+ * SOAPAction header. A call with an "eu" goes to the live service object of that identity, other calls to a
+ * temporary object. Without a handler of their own, three methods are built in: "constroi" makes a service
+ * object and answers its identity in "return", "destroi" ends the one named by "eu", "invoca" calls the
+ * method named by "metodo" with the text of "param" as its request. Failures are answered as SOAP faults,
+ * with HTTP status 200. A GET for /wsdl/NAME is answered with the WSDL of that port type; everything else
+ * with the files under the base directory.
+ *
+ * Life: start and stop it with YObThread_start and YObThread_stop, one thread at a time; it may be started
+ * again after a stop, and then keeps its port types, service objects and settings. Freeing it (not from one
+ * of its handlers: that raises) stops it, lets calls in flight finish and frees all service objects and port
+ * types. Unless said otherwise, its functions may be called from any thread, also while it serves.
+ *
+ * A request whose XML declaration names UTF-8 is converted; other requests are taken as ISO-8859-1. Answers
+ * are plain ASCII. Elements that point elsewhere (href="#...") are refused with a fault: their values would
+ * be lost. */
+#ifndef Y3PRAMO_SOAP_YSOAPSERVER_H
+#define Y3PRAMO_SOAP_YSOAPSERVER_H
+
+#include <3pramo/foundation/YObMutex.h>
+#include <3pramo/foundation/YSet.h>
+#include <3pramo/http/YWebServer.h>
+#include <3pramo/node/YExcSoap.h>
+#include <3pramo/soap/YPortType.h>
+
+Y_INICIO_C
+
+/* One method of a port type. */
+typedef struct YDefinicaoMetodo {
+    const char *metodo; /* null ends the table */
+    YTratadorSoap tratador;
+} YDefinicaoMetodo;
+
+/* What YSoapServer_registraPortType is given. */
+typedef struct YDefinicaoPortType {
+    const char *nome;                   /* last segment of its calls' URI, and of its /wsdl/ URI */
+    const YDefinicaoMetodo *tratadores; /* ended by an entry without metodo */
+    YFuncaoRtti rttiDoServico;          /* class of its service objects, derived from YWebService */
+    const char *wsdl;                   /* WSDL document with macros, or null; not copied */
+    void *grupoDeRecursos;              /* given to every service object it makes */
+} YDefinicaoPortType;
+
+Y_CLASSE(YSoapServer, YObThread) {
+    Y_PAI(YObThread)
+    int32_t porta;                  /* 80 */
+    YWebServer *webServer;          /* of the last start; owned */
+    YTratadorHttp tratadorAnterior; /* what serves requests that are neither SOAP calls nor WSDL */
+    void *contexto;                 /* the application's; not owned */
+    YMapa *portTypes;               /* name to YPortType; owned */
+    YDIC *macros;                   /* WSDL macro name to text; owned */
+    void *grupoDeRecursos;          /* not owned */
+    YSet *servicos;                 /* the live service objects; owned */
+    YObMutex *mutex;                /* guards servicos; owned */
+    char *diretorioBase;            /* owned */
+    void *privado;
+};
+
+typedef struct YSoapServer YSoapServer;
+
+Y_EXPORTA const YRtti *YSoapServer_rtti(void);
+
+/* ---- Settings ---- */
+
+/* The port for the next start, also registered as the WSDL macro "PORTA". With 0 the system chooses a free
+ * port, and starting waits until it is known and registers that as "PORTA". */
+Y_EXPORTA void YSoapServer_setPorta(YSoapServer *servidor, int32_t porta);
+
+/* The port in use while it listens, otherwise the one that was set. */
+Y_EXPORTA int32_t YSoapServer_getPorta(YSoapServer *servidor);
+
+/* The directory of static files, copied; null, as at first, serves none. Reaches a running server at once. */
+Y_EXPORTA void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio);
+
+/* Stores copies of a WSDL macro's name and text: $(NAME) in a WSDL becomes the text, $(*NAME) the header
+ * field NAME of the request. Names count up to 31 characters in a WSDL. A macro without its ")" or of no such
+ * name ends the /wsdl/ request with a YExcSoap ("Faltou fechar a macro em WSDL.", "Macro desconhecida em
+ * WSDL.") and no answer. */
+Y_EXPORTA void YSoapServer_registraMacro(YSoapServer *servidor, const char *nome, const char *texto);
+
+/* The application's own pointer, which handlers reach through YWebService_getSoapServer. */
+Y_EXPORTA void YSoapServer_setContexto(YSoapServer *servidor, void *contexto);
+Y_EXPORTA void *YSoapServer_getContexto(const YSoapServer *servidor);
+
+/* The resource group of service objects that have none of their own. */
+Y_EXPORTA void YSoapServer_setGrupoDeRecursos(YSoapServer *servidor, void *grupo);
+Y_EXPORTA void *YSoapServer_getGrupoDeRecursos(const YSoapServer *servidor);
+
+/* ---- Bounds ---- */
+
+/* Most live service objects; 100,000 by default. Beyond it "constroi" is answered with the fault "Limite de
+ * serviços ativos atingido.". Objects that the application attaches itself count, but are not refused. */
+Y_EXPORTA void YSoapServer_setLimiteDeServicos(YSoapServer *servidor, uint64_t servicos);
+
+/* Bounds of one request's tree, as YSoapParser has them: levels, nodes, bytes of text. 0 means the default.
+ */
+Y_EXPORTA void YSoapServer_setLimitesDaMensagem(YSoapServer *servidor, uint64_t niveis, uint64_t nos,
+                                                uint64_t bytes);
+
+/* Those of the web server, and its promise to close promptly (YWebServer.h); kept over starts. */
+Y_EXPORTA void YSoapServer_setLimiteDoCabecalho(YSoapServer *servidor, uint64_t bytes);
+Y_EXPORTA void YSoapServer_setLimiteDoCorpo(YSoapServer *servidor, uint64_t bytes);
+Y_EXPORTA void YSoapServer_setLimiteDeConexoes(YSoapServer *servidor, uint32_t conexoes);
+Y_EXPORTA void YSoapServer_setFechaLogo(YSoapServer *servidor, int fechaLogo);
+
+/* ---- Port types ---- */
+
+/* Registers a port type, in place of one of the same name, and returns it; the server owns it. Texts of the
+ * definition other than the WSDL are copied. */
+Y_EXPORTA YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoPortType *definicao);
+
+/* The port type of the name, or null; valid until another one is registered under its name. */
+Y_EXPORTA YPortType *YSoapServer_recuperaPortType(YSoapServer *servidor, const char *nome);
+
+/* ---- Live service objects ---- */
+
+/* Puts the object into the live set, which then owns it, with a new deadline; the object's server becomes
+ * this one when it has none. YWebService_setSoapServer calls this. Nothing happens to an object that is being
+ * ended. */
+Y_EXPORTA void YSoapServer_registraServico(YSoapServer *servidor, YWebService *servico);
+
+/* Takes the object out of the live set without freeing it: nonzero when it was there. */
+Y_EXPORTA int32_t YSoapServer_removeServico(YSoapServer *servidor, YWebService *servico);
+
+/* How many service objects are live. */
+Y_EXPORTA uint64_t YSoapServer_getServicos(YSoapServer *servidor);
+
+/* ---- Life ---- */
+
+/* Waits until the started server listens, or the deadline (absolute seconds, as time() gives them): 1 when it
+ * listens, 0 when the deadline passed or the port cannot be used. */
+Y_EXPORTA int YSoapServer_esperaPronto(YSoapServer *servidor, int64_t prazo);
+
+Y_FIM_C
+
+#endif

@@ -1,0 +1,217 @@
+#include <3pramo/soap/YSoapServer_despacho.hpp>
+
+#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/soap/YSoapParser.h>
+#include <3pramo/soap/textoDaRequisicao.hpp>
+
+#include <cstring>
+#include <ctime>
+#include <vector>
+
+using namespace pramo;
+using namespace pramo::soap;
+
+namespace {
+
+constexpr unsigned MAXIMO_DE_INVOCACOES = 8;
+
+// ---- The request ----
+
+void limita(YSoapParser *parser, const YSoapServer *servidor) {
+    Privado &p = privado(servidor);
+    const Tranca tranca(p.trinco);
+    if (p.limites.niveis != 0) {
+        YSoapParser_setLimiteDeNiveis(parser, p.limites.niveis);
+    }
+    if (p.limites.nos != 0) {
+        YSoapParser_setLimiteDeNos(parser, p.limites.nos);
+    }
+    if (p.limites.bytes != 0) {
+        YSoapParser_setLimiteDeBytes(parser, p.limites.bytes);
+    }
+}
+
+Dono<YNo> leArvore(const Chamada &chamada, YStream *entrada) {
+    if (entrada == nullptr || YStream_tam(entrada) == 0) {
+        return nullptr;
+    }
+    preparaTexto(*entrada);
+    const Dono<YSoapParser> parser = cria<YSoapParser>(YSoapParser_rtti, FONTE);
+    limita(parser.get(), chamada.servidor);
+    YNo *raiz = nullptr;
+    YSoapParser_leNo(parser.get(), &raiz, entrada);
+    return Dono<YNo>(raiz);
+}
+
+/// An element that only points at another one (href="#id") would read as having no value: it is refused.
+void recusaReferencias(const YNo *no) {
+    std::vector<const YNo *> pilha{no};
+    while (!pilha.empty()) {
+        const YNo *visitado = pilha.back();
+        pilha.pop_back();
+        const char *href = YNo_getAtributo(visitado, "href");
+        if (href != nullptr && href[0] == '#') {
+            YContextoTry_printf("href: %s. ", href);
+            lanca(YExcSoap_rtti, "Referência entre elementos não suportada."_l1, FONTE);
+        }
+        if (const YVetor *filhos = YNo_getFilhos(visitado)) {
+            for (YVetorIt it = YVetor_inicio(filhos); it != YVetor_fim(filhos); it++) {
+                pilha.push_back(static_cast<const YNo *>(*it));
+            }
+        }
+    }
+}
+
+/// The method's element, its maps corrected; the Body, or the root, when there is none of that name.
+YNo *elementoDoMetodo(YNo *raiz, const char *metodo) {
+    if (raiz == nullptr) {
+        return nullptr;
+    }
+    YNo *corpo = YNo_getFilho(raiz, "Body", 0);
+    corpo = corpo != nullptr ? corpo : raiz;
+    YNo *elemento = YNo_getFilho(corpo, metodo, 0);
+    elemento = elemento != nullptr ? elemento : corpo;
+    YNo_corrigeMaps(elemento);
+    recusaReferencias(elemento);
+    return elemento;
+}
+
+// ---- Service object and handler ----
+
+Pino localizaServico(const Chamada &chamada, const YNo *requisicao) {
+    const YNo *eu = requisicao != nullptr ? YNo_getFilho(requisicao, "eu", 0) : nullptr;
+    if (eu == nullptr || YNo_getValor(eu) == nullptr) {
+        return {};
+    }
+    Pino pino = pinaVivo(chamada.servidor, YNo_getPtr(requisicao, "eu"));
+    if (pino.servico() == nullptr) {
+        lanca(YExcSoap_rtti, "Serviço não consta da lista de serviços ativos."_l1, FONTE);
+    }
+    return pino;
+}
+
+YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) {
+    std::optional<PortTypeLido> portType;
+    if (servico != nullptr) {
+        portType = procuraPortType(chamada.servidor, servico->rtti->name, chamada.metodo);
+    }
+    if (!portType) {
+        portType = procuraPortType(chamada.servidor, chamada.portType, chamada.metodo);
+    }
+    if (!portType) {
+        YContextoTry_printf("nome: %s. ", chamada.portType);
+        lanca(YExcSoap_rtti, "PortType desconhecido."_l1, FONTE);
+    }
+    if (servico != nullptr && portType->rttiDoServico != nullptr &&
+        YRtti_deriva(servico->rtti, portType->rttiDoServico) == 0) {
+        lanca(YExcSoap_rtti, "Serviço não consta da lista de serviços ativos."_l1, FONTE);
+    }
+    return portType->tratador;
+}
+
+Pino constroiServico(const Chamada &chamada, Entrada entrada) {
+    Dono<YWebService> novo = fabricaServico(chamada.servidor, chamada.portType);
+    if (novo == nullptr) {
+        lanca(YExcSoap_rtti, "Tentou construir serviço para um PortType inexistente."_l1, FONTE);
+    }
+    Pino pino = entraNoConjunto(chamada.servidor, novo.get(), entrada);
+    (void)novo.release(); // the live set owns it
+    return pino;
+}
+
+void chamaEmTemporario(const Chamada &chamada, YTratadorSoap tratador, YNo *requisicao, YNo *resposta) {
+    Pino temporario = constroiServico(chamada, Entrada::TEMPORARIA);
+    try {
+        tratador(temporario.servico(), requisicao, resposta);
+    } catch (...) {
+        if (temporario.vivo()) {
+            YWebService_setMomentoLimite(temporario.servico(), std::time(nullptr));
+        }
+        throw;
+    }
+    derruba(chamada.servidor, temporario);
+    temporario.solta();
+}
+
+// ---- Built-in methods ----
+
+void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
+    if (chamada.invocacoes >= MAXIMO_DE_INVOCACOES) {
+        lanca(YExcSoap_rtti, "Invocações aninhadas demais."_l1, FONTE);
+    }
+    const char *metodo = YNo_getString(requisicao, "metodo");
+    if (metodo == nullptr) {
+        YContextoTry_printf("Tag procurada: %s. ", "metodo");
+        lanca(YExcSoap_rtti, "Faltou tag."_l1, FONTE);
+    }
+    Dono<YStream> entrada;
+    if (const YNo *param = YNo_getFilho(requisicao, "param", 0)) {
+        entrada = cria<YStream>(YStream_rtti, FONTE);
+        YStream_puts(entrada.get(), "<param>");
+        YStream_puts(entrada.get(), YNo_getValor(param));
+        YStream_puts(entrada.get(), "</param>");
+    }
+    const Dono<YStream> saida = cria<YStream>(YStream_rtti, FONTE);
+    Chamada interna = {chamada.servidor, chamada.portType, metodo, false, chamada.invocacoes + 1};
+    processaChamada(interna, entrada.get(), saida.get(), servico.vivo() ? &servico : nullptr);
+    YNo_setString(resposta, "return", YStream_str(saida.get()));
+}
+
+void metodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
+    const std::string_view metodo = chamada.metodo;
+    if (metodo == "constroi") {
+        const Pino novo = constroiServico(chamada, Entrada::DO_CLIENTE);
+        YNo_setPtr(resposta, "return", novo.servico());
+    } else if (metodo == "destroi") {
+        derruba(chamada.servidor, servico);
+    } else if (metodo == "invoca") {
+        invoca(chamada, requisicao, resposta, servico);
+    } else {
+        YContextoTry_printf("nome: %s. ", chamada.metodo);
+        lanca(YExcSoap_rtti, "Método desconhecido."_l1, FONTE);
+    }
+}
+
+// ---- The response ----
+
+void emiteResposta(const Chamada &chamada, YNo *resposta, YStream *saida) {
+    const char *prefixo = chamada.comPrefixo ? "ns1:" : "";
+    for (const char *pedaco : {"<", prefixo, chamada.metodo, "Response"}) {
+        YStream_puts(saida, pedaco);
+    }
+    if (chamada.comPrefixo) {
+        YStream_puts(saida, " xmlns:ns1=\"urn:");
+        YStream_putHtmlString(saida, chamada.portType);
+        YStream_puts(saida, "\"");
+        YNo_setPrefixo(resposta, "ns1");
+    }
+    YStream_puts(saida, ">");
+    YNo_gravaEm(resposta, saida);
+    for (const char *pedaco : {"</", prefixo, chamada.metodo, "Response>"}) {
+        YStream_puts(saida, pedaco);
+    }
+}
+
+} // namespace
+
+void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *saida, Pino *dado) {
+    const Dono<YNo> resposta = cria<YNo>(YNo_rtti, FONTE);
+    const Dono<YNo> raiz = leArvore(chamada, entrada);
+    YNo *requisicao = elementoDoMetodo(raiz.get(), chamada.metodo);
+    Pino proprio;
+    if (dado == nullptr) {
+        proprio = localizaServico(chamada, requisicao);
+        dado = &proprio;
+    }
+    const YTratadorSoap tratador = obtemTratador(chamada, dado->servico());
+    if (tratador == nullptr) {
+        metodoEmbutido(chamada, requisicao, resposta.get(), *dado);
+    } else if (dado->vivo()) {
+        YWebService_protelaDerrubada(dado->servico());
+        tratador(dado->servico(), requisicao, resposta.get());
+    } else {
+        chamaEmTemporario(chamada, tratador, requisicao, resposta.get());
+    }
+    proprio.solta(); // what "destroi" ended goes now, and its failure is this call's
+    emiteResposta(chamada, resposta.get(), saida);
+}

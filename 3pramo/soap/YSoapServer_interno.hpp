@@ -1,0 +1,97 @@
+// What the sources of the SOAP server share.
+#ifndef Y3PRAMO_SOAP_YSOAPSERVER_INTERNO_HPP
+#define Y3PRAMO_SOAP_YSOAPSERVER_INTERNO_HPP
+
+#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/Trinco.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/soap/YSoapServer.h>
+#include <3pramo/soap/YWebService_interno.hpp>
+
+#include <atomic>
+#include <optional>
+
+namespace pramo::soap {
+
+inline constexpr const char *FONTE = "YSoapServer";
+
+/// Bounds of the tree of one request; 0 for the parser's own default.
+struct LimitesDaMensagem {
+    std::uint64_t niveis = 0;
+    std::uint64_t nos = 0;
+    std::uint64_t bytes = 0;
+};
+
+/// What stands behind YSoapServer.privado. `trinco` also guards the fields porta, webServer, portTypes,
+/// macros and diretorioBase of the server itself; no application code runs under it.
+struct Privado {
+    Trinco trinco;
+    LimitesDaMensagem limites Y_GUARDADO_POR(trinco);
+    std::optional<std::uint64_t> limiteDoCabecalho Y_GUARDADO_POR(trinco);
+    std::optional<std::uint64_t> limiteDoCorpo Y_GUARDADO_POR(trinco);
+    std::optional<std::uint32_t> limiteDeConexoes Y_GUARDADO_POR(trinco);
+    std::optional<int> fechaLogo Y_GUARDADO_POR(trinco);
+    std::atomic<std::uint64_t> limiteDeServicos{100'000};
+};
+
+inline Privado &privado(const YSoapServer *servidor) {
+    return *static_cast<Privado *>(servidor->privado);
+}
+
+/// Holds the registry lock for its scope.
+class TrancaDoRegistro {
+public:
+    explicit TrancaDoRegistro(const YSoapServer *servidor) : mutex_(servidor->mutex) {
+        YObMutex_requisita0(mutex_, FONTE, __LINE__);
+    }
+    ~TrancaDoRegistro() { YObMutex_libera(mutex_); }
+    TrancaDoRegistro(const TrancaDoRegistro &) = delete;
+    TrancaDoRegistro &operator=(const TrancaDoRegistro &) = delete;
+
+private:
+    YObMutex *mutex_;
+};
+
+// ---- Registry ----
+
+/// How an object enters the live set: one made by "constroi" is refused beyond the bound, a temporary one
+/// gets its identity only if somebody asks for it.
+enum class Entrada { DO_CLIENTE, DA_APLICACAO, TEMPORARIA };
+
+/// Puts the object into the live set and pins it. Raises YExcSoap "Limite de serviços ativos atingido.".
+Pino entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada entrada);
+
+/// The pin of a live object of this server; empty when the pointer is not in the live set.
+Pino pinaVivo(YSoapServer *servidor, void *ponteiro);
+
+/// Takes the pinned object out of the live set and condemns it, unless it is gone or in this server's set no
+/// more.
+void derruba(YSoapServer *servidor, Pino &pino);
+
+/// Frees the live objects whose deadline has passed.
+void varre(YSoapServer *servidor);
+
+/// Empties the live set for good and frees what was in it.
+void esvazia(YSoapServer *servidor);
+
+/// What one call needs of a port type, read under the lock: a port type may be replaced at any moment.
+struct PortTypeLido {
+    YTratadorSoap tratador;
+    YFuncaoRtti rttiDoServico;
+};
+std::optional<PortTypeLido> procuraPortType(YSoapServer *servidor, const char *nome, const char *metodo);
+
+/// Makes an object of the port type's class, outside any lock; empty when there is no such port type.
+Dono<YWebService> fabricaServico(YSoapServer *servidor, const char *portType);
+
+// ---- Road of a request ----
+
+/// The request handler installed in the web server; `contexto` is the SOAP server.
+void trataRequisicao(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta);
+
+/// 1 when the port type exists and its WSDL was written, 0 when it does not exist or has none.
+int emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida);
+
+} // namespace pramo::soap
+
+#endif

@@ -1,0 +1,60 @@
+// The publication of a port type's WSDL, with its macros expanded.
+#include <3pramo/soap/YSoapServer_interno.hpp>
+
+#include <3pramo/foundation/YStream_interno.hpp>
+
+#include <string>
+
+using namespace pramo;
+using namespace pramo::soap;
+
+namespace {
+
+constexpr std::size_t MAIOR_NOME_DE_MACRO = 31;
+
+const char *valorDaMacro(const YDIC *macros, const YDIC *header, std::string_view nome) {
+    const bool doHeader = nome.starts_with('*');
+    nome.remove_prefix(doHeader ? 1 : 0);
+    const std::string chave(nome.substr(0, MAIOR_NOME_DE_MACRO));
+    const char *valor = YDIC_recupera(doHeader ? header : macros, chave.c_str());
+    if (valor == nullptr) {
+        lanca(YExcSoap_rtti, "Macro desconhecida em WSDL."_l1, FONTE);
+    }
+    return valor;
+}
+
+void expandeMacros(const YDIC *macros, YStream *saida, const YDIC *header, std::string_view texto) {
+    for (;;) {
+        const std::size_t inicio = texto.find("$(");
+        acrescenta(*saida, texto.substr(0, inicio));
+        if (inicio == std::string_view::npos) {
+            return;
+        }
+        texto.remove_prefix(inicio + 2);
+        const std::size_t fim = texto.find(')');
+        if (fim == std::string_view::npos) {
+            lanca(YExcSoap_rtti, "Faltou fechar a macro em WSDL."_l1, FONTE);
+        }
+        YStream_puts(saida, valorDaMacro(macros, header, texto.substr(0, fim)));
+        texto.remove_prefix(fim + 1);
+    }
+}
+
+} // namespace
+
+void YSoapServer_registraMacro(YSoapServer *servidor, const char *nome, const char *texto) {
+    const Tranca tranca(privado(servidor).trinco);
+    YDIC_guarda(servidor->macros, nome, texto);
+}
+
+int soap::emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida) {
+    const Tranca tranca(privado(servidor).trinco);
+    const auto *portType = static_cast<const YPortType *>(YMapa_recupera(servidor->portTypes, nome));
+    if (portType == nullptr || portType->wsdl == nullptr) {
+        return 0;
+    }
+    const Dono<YStream> texto = cria<YStream>(YStream_rtti, FONTE);
+    YStream_putExpandindo(texto.get(), portType->wsdl);
+    expandeMacros(servidor->macros, saida, header, conteudo(*texto));
+    return 1;
+}

@@ -1,0 +1,59 @@
+/* The base class of service objects, which carry the state of a conversation with a client between calls.
+ *
+ * An application derives its service classes from it: the descriptor names YWebService_rtti as the parent,
+ * the struct begins with YWebService. A service object is in the live set of its server: clients can name it
+ * in "eu", and the server frees it when its deadline has passed or when the server is freed. Two connections
+ * may call the same object at once; handlers protect what they share. An object in use by a call is not freed
+ * by "destroi", the sweep or the server before its last call has returned. An application that frees a
+ * published object itself first takes it out with YWebService_setSoapServer(servico, NULL), or does so in a
+ * handler called on it.
+ *
+ * The deadline and the server may be read and set from any thread while the object lives. */
+#ifndef Y3PRAMO_SOAP_YWEBSERVICE_H
+#define Y3PRAMO_SOAP_YWEBSERVICE_H
+
+#include <3pramo/foundation/YRetentor.h>
+
+Y_INICIO_C
+
+struct YSoapServer;
+
+Y_CLASSE(YWebService, YOb) {
+    Y_PAI(YOb)
+    int64_t momentoLimite;          /* seconds since the epoch; 0: no deadline */
+    struct YSoapServer *soapServer; /* not owned; null when in no live set */
+    void *grupoDeRecursos;          /* not owned; null: the server's */
+    void *privado;
+};
+
+typedef struct YWebService YWebService;
+
+Y_EXPORTA extern const YRtti YWebService_definicaoRtti;
+Y_EXPORTA const YRtti *YWebService_rtti(void);
+
+/* Sets the deadline to 1,800 seconds from now. Every call on the object does so. */
+Y_EXPORTA void YWebService_protelaDerrubada(YWebService *servico);
+
+/* The deadline, in seconds since the epoch; 0 for none. The object is freed by the first sweep after that
+ * second. */
+Y_EXPORTA void YWebService_setMomentoLimite(YWebService *servico, int64_t momento);
+Y_EXPORTA int64_t YWebService_getMomentoLimite(const YWebService *servico);
+
+/* Takes the object out of its server's live set, if it has one, and puts it into the other's, if that is not
+ * null, with a new deadline. After null the object belongs to the caller again. */
+Y_EXPORTA void YWebService_setSoapServer(YWebService *servico, struct YSoapServer *servidor);
+Y_EXPORTA struct YSoapServer *YWebService_getSoapServer(const YWebService *servico);
+
+/* The resource group: the object's own; when that is null its server's; null when it has neither. Handed on,
+ * never looked into. */
+Y_EXPORTA void YWebService_setGrupoDeRecursos(YWebService *servico, void *grupo);
+Y_EXPORTA void *YWebService_getGrupoDeRecursos(const YWebService *servico);
+
+/* Asks the retainer for a resource in the object's group: what YRetentor_requisita0(retentor, group, a,
+ * ponteiro, b) gives. */
+Y_EXPORTA int32_t YWebService_retemRecurso(YWebService *servico, uint32_t a, YRetentor *retentor,
+                                           void *ponteiro, uint32_t b);
+
+Y_FIM_C
+
+#endif

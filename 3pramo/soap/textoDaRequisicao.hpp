@@ -1,0 +1,16 @@
+// The text of a request made ready for the parser.
+#ifndef Y3PRAMO_SOAP_TEXTODAREQUISICAO_HPP
+#define Y3PRAMO_SOAP_TEXTODAREQUISICAO_HPP
+
+#include <3pramo/foundation/YStream.h>
+
+namespace pramo::soap {
+
+/// Skips a UTF-8 byte order mark and the XML declaration at the start of the stream. When the declaration
+/// names UTF-8, what follows is converted to ISO-8859-1; bytes that are no valid UTF-8 stay as they are.
+/// Raises YExcSoap "Caractere fora de ISO-8859-1." for a character that ISO-8859-1 does not have.
+void preparaTexto(YStream &texto);
+
+} // namespace pramo::soap
+
+#endif

@@ -1,0 +1,131 @@
+// Every allocation of an operation fails once: the operation raises or succeeds, and nothing is lost or half
+// done.
+#include <3pramo/3pramo.hpp>
+#include <3pramo/soap/YSoapServer_despacho.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+namespace {
+
+constexpr int NUNCA = -1;
+thread_local int ateFalhar = NUNCA; // allocations that still succeed on this thread
+
+bool deveFalhar() {
+    return ateFalhar != NUNCA && ateFalhar-- == 0;
+}
+
+} // namespace
+
+// The linker sends the library's and the tests' allocations here (-Wl,--wrap).
+extern "C" {
+void *__real_malloc(std::size_t tamanho);                 // NOLINT(bugprone-reserved-identifier)
+void *__real_calloc(std::size_t quantos, std::size_t de); // NOLINT(bugprone-reserved-identifier)
+void *__real_realloc(void *bloco, std::size_t tamanho);   // NOLINT(bugprone-reserved-identifier)
+void *__wrap_malloc(std::size_t tamanho) {
+    return deveFalhar() ? nullptr : __real_malloc(tamanho);
+} // NOLINT
+void *__wrap_calloc(std::size_t quantos, std::size_t de) { // NOLINT
+    return deveFalhar() ? nullptr : __real_calloc(quantos, de);
+}
+void *__wrap_realloc(void *bloco, std::size_t tamanho) { // NOLINT
+    return deveFalhar() ? nullptr : __real_realloc(bloco, tamanho);
+}
+}
+
+void *operator new(std::size_t tamanho) {
+    void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
+    return bloco != nullptr ? bloco : throw std::bad_alloc();
+}
+void operator delete(void *bloco) noexcept {
+    std::free(bloco);
+}
+void operator delete(void *bloco, std::size_t) noexcept {
+    std::free(bloco);
+}
+
+namespace {
+
+/// Runs the operation with its n-th allocation failing, for every n, until it succeeds.
+void falhaEmCada(const char *nome, const std::function<void()> &operacao) {
+    operacao(); // what is made once for the whole process exists now
+    for (int n = 0; n < 2000; n++) {
+        const uint64_t antes = YMemoria_vivos();
+        bool conseguiu = false;
+        ateFalhar = n;
+        try {
+            operacao();
+            conseguiu = ateFalhar >= 0; // an operation may survive a failure, too
+        } catch (const YExcecao &) {
+        }
+        ateFalhar = NUNCA;
+        ASSERT_EQ(YMemoria_vivos(), antes) << nome << ", allocation " << n;
+        if (conseguiu) {
+            return;
+        }
+    }
+    FAIL() << nome << " never succeeded";
+}
+
+constexpr const char *DOCUMENTO =
+    "<e:Envelope xmlns:e='x'><e:Body><c:soma xmlns:c=\"urn:Calc\"><a tipo=\"x:int\">2</a><b>3 &amp; "
+    "&#231;</b>"
+    "<lista><item/><item a=\"1\" b=\"2\">x</item></lista>"
+    "<dados x:type=\"n:Map\"><item><key>um</key><value>1</value></item>"
+    "<item><key>dois</key><value><i>2</i></value></item></dados></c:soma></e:Body></e:Envelope>";
+
+void soma(YWebService *, YNo *requisicao, YNo *resposta) {
+    YNo_setInt(resposta, "a/b/return", YNo_getInt(requisicao, "a"));
+    YNo_setString(resposta, "texto", YNo_getString(requisicao, "dados/dois/i"));
+}
+
+TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
+    YMemoria_habilitaRelatorio(1);
+    YObLOG_habilita(0);
+    falhaEmCada("parser, mapas e escrita", [] {
+        auto entrada = pramo::Dono<YStream>(pramo::cria<YStream>(YStream_rtti, "teste"));
+        YStream_puts(entrada.get(), DOCUMENTO);
+        auto no = pramo::Dono<YNo>(pramo::cria<YNo>(YNo_rtti, "teste"));
+        YNo_leDe(no.get(), entrada.get());
+        YNo_corrigeMaps(no.get());
+        YNo_setNome(no.get(), YNo_getNome(no.get()));
+        auto saida = pramo::Dono<YStream>(pramo::cria<YStream>(YStream_rtti, "teste"));
+        YNo_gravaEm(no.get(), saida.get());
+    });
+    falhaEmCada("containers", [] {
+        const pramo::Dono<YDIC> dic(YDIC_constroi());
+        const pramo::Dono<YSet> set = pramo::cria<YSet>(YSetQueDestroi_rtti, "teste");
+        const pramo::Dono<YMapa> mapa = pramo::cria<YMapa>(YMapaQueDestroi_rtti, "teste");
+        for (int i = 0; i < 40; i++) {
+            YDIC_guarda(dic.get(), std::string(static_cast<std::size_t>(i), 'k').c_str(), "valor");
+            YDIC_guarda(dic.get(), "k", std::string(static_cast<std::size_t>(i), 'v').c_str());
+            pramo::Dono<YOb> elemento = pramo::cria<YOb>(YOb_rtti, "teste");
+            YSet_poe(set.get(), elemento.get());
+            (void)elemento.release();
+            pramo::Dono<YOb> valor = pramo::cria<YOb>(YOb_rtti, "teste");
+            YMapa_guarda(mapa.get(), std::to_string(i % 20).c_str(), valor.get());
+            (void)valor.release();
+        }
+    });
+    falhaEmCada("servidor e chamada", [] {
+        const YDefinicaoMetodo metodos[] = {{"soma", soma}, {nullptr, nullptr}};
+        const YDefinicaoPortType calc = {"Calc", metodos, YWebService_rtti, nullptr, nullptr};
+        const pramo::Dono<YSoapServer> servidor = pramo::cria<YSoapServer>(YSoapServer_rtti, "teste");
+        YSoapServer_setPorta(servidor.get(), 0);
+        YSoapServer_registraPortType(servidor.get(), &calc);
+        for (const char *metodo : {"soma", "constroi"}) {
+            const pramo::Dono<YStream> entrada = pramo::cria<YStream>(YStream_rtti, "teste");
+            const pramo::Dono<YStream> saida = pramo::cria<YStream>(YStream_rtti, "teste");
+            YStream_puts(entrada.get(), DOCUMENTO);
+            pramo::soap::processaChamada({servidor.get(), "Calc", metodo, true, 0}, entrada.get(),
+                                         saida.get(), nullptr);
+        }
+    });
+    YObLOG_habilita(Y_LOG_ERRO);
+    YMemoria_habilitaRelatorio(0);
+}
+
+} // namespace

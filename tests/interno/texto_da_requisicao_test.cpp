@@ -1,0 +1,79 @@
+// What happens to a request's bytes before they are parsed, and before they are logged.
+#include <3pramo/3pramo.hpp>
+#include <3pramo/soap/mascara.hpp>
+#include <3pramo/soap/textoDaRequisicao.hpp>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string preparado(const std::string &texto) {
+    auto stream = pramo::Ponteiro<YStream>(pramo::cria<YStream>(YStream_rtti));
+    YStream_putBloco(stream.get(), texto.data(), static_cast<int64_t>(texto.size()));
+    pramo::soap::preparaTexto(*stream);
+    std::string resto;
+    while (YStream_disponiveis(stream.get()) > 0) {
+        resto += static_cast<char>(YStream_get(stream.get()));
+    }
+    return resto;
+}
+
+TEST(TextoDaRequisicao, soADeclaracaoDecideEDadosInvalidosFicam) {
+    const std::string utf8 = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    struct Caso {
+        std::string texto;
+        std::string resto;
+    };
+    for (const Caso &caso : {
+             Caso{"<a/>", "<a/>"},
+             {"", ""},
+             {"\xEF\xBB\xBF<a/>", "<a/>"},
+             {"<?xml sem fim", ""},
+             {"<?xmla?>", "<?xmla?>"},
+             {utf8 + "\xC3\xA7", "\xE7"},
+             {"\xEF\xBB\xBF" + utf8 + "a\xC2\x80z", "a\x80z"},
+             {"<?xml encoding = 'utf-8' ?>\xC3\xBF", "\xFF"},
+             {"<?xml encoding='utf-8\"?>\xC3\xBF", "\xC3\xBF"},
+             {"<?xml encoding=\"UTF-16\"?>\xC3\xBF", "\xC3\xBF"},
+             {"<?xml encoding=\"UTF-8x\"?>\xC3\xBF", "\xC3\xBF"},
+             {"<?xml encoding?>\xC3\xBF", "\xC3\xBF"},
+             {"<?xml version=\"1.0\"?>\xC3\xA7", "\xC3\xA7"},
+             {"\xC3\xA7", "\xC3\xA7"},
+             {utf8 + "\xE7\xE3", "\xE7\xE3"},         // ISO-8859-1 under a wrong declaration
+             {utf8 + "\xC3", "\xC3"},                 // cut
+             {utf8 + "\xC0\x80", "\xC0\x80"},         // overlong
+             {utf8 + "\xED\xA0\x80", "\xED\xA0\x80"}, // surrogate
+             {utf8 + "\xF4\x90\x80\x80", "\xF4\x90\x80\x80"},
+         }) {
+        EXPECT_EQ(preparado(caso.texto), caso.resto) << caso.texto;
+    }
+    for (const char *fora : {"\xE2\x82\xAC", "\xC4\x80", "\xF0\x9F\x98\x80"}) {
+        EXPECT_THROW(preparado(utf8 + "<a>" + fora), YExcecao) << fora;
+    }
+}
+
+TEST(Mascara, escondeCartoesTrilhasPinsEIdentidades) {
+    struct Caso {
+        const char *texto;
+        const char *mascarado;
+    };
+    for (const Caso &caso : {
+             Caso{"<n>4111111111111111</n>", "<n>411111******1111</n>"},
+             {"4111111111111", "411111***1111"},
+             {"4111 1111 1111 1111", "[19*]"},
+             {"4111-1111-1111-1111", "[19*]"},
+             {";4111111111111111=25121010000012300000?", ";[37*]?"},
+             {"B4111111111111111^NOME", "[17*]^NOME"},
+             {"0A1B2C3D4E5F6071", "[16*]"},
+             {"<eu>db2c892777b42b3c5f79acd9156f1890</eu>", "<eu>[32*]</eu>"},
+             {"12345678901", "12345678901"},
+             {"123456789012", "[12*]"},
+             {"2024-03-05T14:07:09", "2024-03-05T14:07:09"},
+             {"fadedfacadefadedfa", "fadedfacadefadedfa"},
+             {"", ""},
+         }) {
+        EXPECT_EQ(pramo::soap::mascaraDadosDeCartao(caso.texto), caso.mascarado);
+    }
+}
+
+} // namespace
