@@ -5,6 +5,7 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 
 #include <algorithm>
+#include <memory>
 #include <pthread.h>
 #include <vector>
 
@@ -21,26 +22,27 @@ struct Trabalho {
     void *argumento = nullptr;
 };
 
-/// One idle thread, on its own stack.
+/// One thread's place to wait for work; shared, so that whoever wakes it may do so after letting go of the
+/// lock.
 struct Ociosa {
     Condicao chegou;
     Trabalho trabalho;
 };
 
+using Vaga = std::shared_ptr<Ociosa>;
+
 struct Piscina {
+    Piscina() { ociosas.reserve(MAXIMO_DE_OCIOSAS); }
+
     Trinco trinco;
-    std::vector<Ociosa *>
-        ociosas Y_GUARDADO_POR(trinco); // the last one in is the first one out: its stack is warm
+    // The last one in is the first one out: its stack is warm.
+    std::vector<Vaga> ociosas Y_GUARDADO_POR(trinco);
     std::uint64_t pilha Y_GUARDADO_POR(trinco) = std::uint64_t{1024} * 1024;
 };
 
 // Never destroyed: idle threads outlive main.
 Piscina &piscina() {
-    static auto *const unica = [] {
-        auto *p = new Piscina;
-        p->ociosas.reserve(MAXIMO_DE_OCIOSAS);
-        return p;
-    }();
+    static auto *const unica = new Piscina;
     return *unica;
 }
 
@@ -53,52 +55,51 @@ void executa(const Trabalho &trabalho) {
 }
 
 /// Waits for another function; false when none came.
-bool esperaTrabalho(Trabalho &trabalho) {
+bool esperaTrabalho(const Vaga &eu) {
     Piscina &p = piscina();
     const auto fim = std::chrono::steady_clock::now() + ESPERA_DA_OCIOSA;
-    Ociosa eu;
     const Tranca tranca(p.trinco);
     if (p.ociosas.size() >= MAXIMO_DE_OCIOSAS) {
         return false;
     }
-    p.ociosas.push_back(&eu);
-    while (eu.trabalho.funcao == nullptr) {
-        if (!eu.chegou.esperaAte(p.trinco, fim) && eu.trabalho.funcao == nullptr) {
-            std::erase(p.ociosas, &eu);
+    eu->trabalho.funcao = nullptr;
+    p.ociosas.push_back(eu);
+    while (eu->trabalho.funcao == nullptr) {
+        if (!eu->chegou.esperaAte(p.trinco, fim) && eu->trabalho.funcao == nullptr) {
+            std::erase(p.ociosas, eu);
             return false;
         }
     }
-    trabalho = eu.trabalho;
     return true;
 }
 
 void *vidaDaThread(void *primeiro) {
-    Trabalho trabalho = *static_cast<Trabalho *>(primeiro);
-    delete static_cast<Trabalho *>(primeiro);
+    const std::unique_ptr<Vaga> vaga(static_cast<Vaga *>(primeiro));
+    const Vaga eu = *vaga;
     do {
-        executa(trabalho);
-    } while (esperaTrabalho(trabalho));
+        executa(eu->trabalho);
+    } while (esperaTrabalho(eu));
     return nullptr;
 }
 
-bool entregaAOciosa(Piscina &p, const Trabalho &trabalho) Y_EXIGE(p.trinco) {
+/// Gives the work to an idle thread, which the caller then wakes; null when there is none.
+Vaga entregaAOciosa(Piscina &p, const Trabalho &trabalho) Y_EXIGE(p.trinco) {
     if (p.ociosas.empty()) {
-        return false;
+        return nullptr;
     }
-    Ociosa *ociosa = p.ociosas.back();
+    Vaga ociosa = std::move(p.ociosas.back());
     p.ociosas.pop_back();
     ociosa->trabalho = trabalho;
-    ociosa->chegou.avisaUm();
-    return true;
+    return ociosa;
 }
 
-bool criaThread(std::uint64_t pilha, Trabalho *trabalho) {
+bool criaThread(std::uint64_t pilha, Vaga *dela) {
     pthread_attr_t atributos;
     pthread_attr_init(&atributos);
     pthread_attr_setdetachstate(&atributos, PTHREAD_CREATE_DETACHED);
     pthread_attr_setstacksize(&atributos, pilha);
     pthread_t thread{};
-    const bool criada = pthread_create(&thread, &atributos, vidaDaThread, trabalho) == 0;
+    const bool criada = pthread_create(&thread, &atributos, vidaDaThread, dela) == 0;
     pthread_attr_destroy(&atributos);
     return criada;
 }
@@ -107,21 +108,21 @@ bool criaThread(std::uint64_t pilha, Trabalho *trabalho) {
 
 void YexecutaThread(void (*funcao)(void *argumento), void *argumento) {
     Piscina &p = piscina();
-    std::uint64_t pilha = 0;
-    {
-        const Tranca tranca(p.trinco);
-        if (entregaAOciosa(p, {funcao, argumento})) {
-            return;
-        }
-        pilha = p.pilha;
+    Tranca tranca(p.trinco);
+    const Vaga ociosa = entregaAOciosa(p, {funcao, argumento});
+    const std::uint64_t pilha = p.pilha;
+    tranca.solta(); // a thread woken under the lock would wait for it at once
+    if (ociosa != nullptr) {
+        ociosa->chegou.avisaUm();
+        return;
     }
-    auto trabalho = semFaltaDeMemoria("YObThread", [&] {
-        return std::make_unique<Trabalho>(Trabalho{funcao, argumento});
-    });
-    if (!criaThread(pilha, trabalho.get())) {
+    auto dela =
+        semFaltaDeMemoria("YObThread", [] { return std::make_unique<Vaga>(std::make_shared<Ociosa>()); });
+    (*dela)->trabalho = {funcao, argumento};
+    if (!criaThread(pilha, dela.get())) {
         lanca(YExc_rtti, "Não foi possível criar a thread."_l1, "YObThread");
     }
-    (void)trabalho.release(); // the new thread frees it
+    (void)dela.release(); // the new thread frees it
 }
 
 void YexecutaThread_setTamanhoDaPilha(uint64_t bytes) {

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <ctime>
 #include <map>
+#include <sched.h>
 #include <utility>
 
 using namespace pramo;
@@ -22,6 +23,7 @@ constexpr const char *FONTE = "YWebServer";
 constexpr std::chrono::milliseconds ESPERA{100}; // between two looks at whether the server is still alive
 constexpr std::chrono::seconds TOLERANCIA{5};    // for answers under way when the server is freed
 constexpr std::chrono::seconds SILENCIO{60};
+constexpr int CESSOES = 16;
 constexpr std::uint32_t PRIMEIRA_PAUSA_MS = 1;
 constexpr std::uint32_t PAUSA_MS = 100;
 
@@ -145,6 +147,9 @@ void entregaConexao(YWebServer &eu, Dono<YSocket> conexao) {
         throw;
     }
     (void)conexao.release(); // the thread frees it
+    for (int vez = 0; vez < CESSOES && socketAceito(eu).load() != nullptr; vez++) {
+        sched_yield(); // it usually runs by now, and taking the socket is the first thing it does
+    }
     const Tranca tranca(i.trinco);
     while (socketAceito(eu).load() != nullptr) {
         i.entregue.espera(i.trinco);
