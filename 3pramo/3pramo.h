@@ -2,6 +2,12 @@
 #ifndef Y3PRAMO_3PRAMO_H
 #define Y3PRAMO_3PRAMO_H
 
+#include <3pramo/forms/Pramo_Botao.h>
+#include <3pramo/forms/Pramo_Entidade.h>
+#include <3pramo/forms/Pramo_Operacao.h>
+#include <3pramo/forms/Pramo_Periferico.h>
+#include <3pramo/forms/Pramo_Tipo.h>
+#include <3pramo/forms/Pramo_Variavel.h>
 #include <3pramo/foundation/DATAC.h>
 #include <3pramo/foundation/YContextoTry.h>
 #include <3pramo/foundation/YConversoes.h>
@@ -21,6 +27,7 @@
 #include <3pramo/foundation/YVetor.h>
 #include <3pramo/http/YMensagemHttp.h>
 #include <3pramo/http/YWebServer.h>
+#include <3pramo/iso/YMensagemIso.h>
 #include <3pramo/node/YExcSoap.h>
 #include <3pramo/node/YNo.h>
 #include <3pramo/node/yuliano.h>

@@ -12,6 +12,8 @@ string(REPLACE "-DNDEBUG" "" CMAKE_C_FLAGS_RELEASE "${CMAKE_C_FLAGS_RELEASE}")
 string(REPLACE "-DNDEBUG" "" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+# g++ 12 warns of overlaps inside std::string that are not there.
+add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 # C code through which exceptions pass needs its unwind tables.
 add_compile_options($<$<COMPILE_LANGUAGE:C>:-fexceptions>)
 if(3PRAMO_AVISOS_SAO_ERROS)

@@ -1,34 +1,22 @@
 // Lists, sets and maps of pointers, and the retainer.
-#include <3pramo/foundation/YExcecao.hpp>
-#include <3pramo/foundation/YMapa.h>
-#include <3pramo/foundation/YMemoria.h>
-#include <3pramo/foundation/YObLOG.h>
-#include <3pramo/foundation/YRetentor.h>
-#include <3pramo/foundation/YSet.h>
-#include <3pramo/foundation/YVetor.h>
+#include "apoio/servidor.hpp"
+
+#include <3pramo/3pramo.hpp>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
-#include <memory>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
 
+using namespace pramo::literais;
+using pramo::cria;
+using pramo::Ponteiro;
+
 namespace {
-
-struct Libera {
-    void operator()(void *objeto) const { YliberaObjeto(objeto); }
-};
-
-template <typename T>
-std::unique_ptr<T, Libera> cria(YFuncaoRtti classe) {
-    T *objeto = nullptr;
-    YalocaObjeto(&objeto, classe);
-    return std::unique_ptr<T, Libera>(objeto);
-}
 
 /// An object that tells of its end.
 struct Elemento : YOb {
@@ -71,12 +59,6 @@ const Especie ESPECIES[] = {
 
 class QueDestroi : public testing::TestWithParam<Especie> {
 protected:
-    QueDestroi() : recipiente(cria<YOb>(GetParam().classe)) { YMemoria_habilitaRelatorio(1); }
-    ~QueDestroi() override {
-        EXPECT_EQ(YMemoria_vivos(), 0U);
-        YMemoria_habilitaRelatorio(0);
-    }
-
     void poe(int quantos) {
         for (int i = 0; i < quantos; i++) {
             Elemento *novo = cria<Elemento>(Elemento_rtti).release();
@@ -90,13 +72,13 @@ protected:
     std::vector<int> mortos;
     std::vector<Elemento *> elementos;
     std::function<void(Elemento *)> aoMorrer = [this](Elemento *e) { mortos.push_back(e->numero); };
-    std::unique_ptr<YOb, Libera> recipiente;
+    Ponteiro<YOb> recipiente = cria<YOb>(GetParam().classe);
 };
 
-TEST_P(QueDestroi, LiberaCadaElementoUmaVez) {
+TEST_P(QueDestroi, liberaCadaElementoUmaVez) {
     poe(100);
     GetParam().tira(recipiente.get(), elementos[3]);
-    const std::unique_ptr<Elemento, Libera> meu(elementos[3]);
+    const Ponteiro<Elemento> meu(elementos[3]);
     recipiente.reset();
     EXPECT_EQ(mortos.size(), 99U);
     if (GetParam().classe == YVetorQueDestroi_rtti) {
@@ -107,7 +89,7 @@ TEST_P(QueDestroi, LiberaCadaElementoUmaVez) {
     EXPECT_EQ(std::count(mortos.begin(), mortos.end(), 3), 0);
 }
 
-TEST_P(QueDestroi, DestrutorPodeMexerNoRecipiente) {
+TEST_P(QueDestroi, destrutorPodeMexerNoRecipiente) {
     poe(20);
     Elemento *dependente = elementos[7];
     aoMorrer = [&](Elemento *e) {
@@ -127,7 +109,7 @@ TEST_P(QueDestroi, DestrutorPodeMexerNoRecipiente) {
     EXPECT_EQ(std::unique(mortos.begin(), mortos.end()), mortos.end());
 }
 
-TEST_P(QueDestroi, ExcecaoDeUmDestrutorNaoDeixaOsOutros) {
+TEST_P(QueDestroi, excecaoDeUmDestrutorNaoDeixaOsOutros) {
     poe(20);
     std::string primeira;
     aoMorrer = [&](Elemento *e) {
@@ -156,7 +138,7 @@ void *ponteiro(std::uintptr_t numero) {
     return reinterpret_cast<void *>(numero * 8);
 }
 
-TEST(Vetor, RemoveAPrimeiraOcorrenciaEConservaAOrdem) {
+TEST(Vetor, removeAPrimeiraOcorrenciaEConservaAOrdem) {
     const auto vetor = cria<YVetor>(YVetor_rtti);
     YVetor *v = vetor.get();
     const auto conteudo = [v] { return std::vector<void *>(YVetor_inicio(v), YVetor_fim(v)); };
@@ -184,11 +166,11 @@ TEST(Vetor, RemoveAPrimeiraOcorrenciaEConservaAOrdem) {
 
 class Set : public testing::Test {
 protected:
-    std::unique_ptr<YSet, Libera> dono = cria<YSet>(YSet_rtti);
+    Ponteiro<YSet> dono = cria<YSet>(YSet_rtti);
     YSet *s = dono.get();
 };
 
-TEST_F(Set, PasseioQueRemoveVeCadaElementoUmaVez) {
+TEST_F(Set, passeioQueRemoveVeCadaElementoUmaVez) {
     for (std::uintptr_t passo = 1; passo <= 5; passo++) { // removes every element, every second one, ...
         YSet_clear(s);
         for (std::uintptr_t i = 0; i < 30; i++) {
@@ -209,7 +191,7 @@ TEST_F(Set, PasseioQueRemoveVeCadaElementoUmaVez) {
     }
 }
 
-TEST_F(Set, ConcordaComOModelo) {
+TEST_F(Set, concordaComOModelo) {
     std::mt19937 acaso(42);
     std::set<void *> modelo;
     for (int passo = 0; passo < 50000; passo++) {
@@ -232,7 +214,7 @@ TEST_F(Set, ConcordaComOModelo) {
     }
 }
 
-TEST_F(Set, UmMilhaoDeElementosEUniao) {
+TEST_F(Set, umMilhaoDeElementosEUniao) {
     constexpr std::uintptr_t MILHAO = 1'000'000;
     for (std::uintptr_t i = 0; i < MILHAO; i++) {
         YSet_poe(s, ponteiro(i));
@@ -250,7 +232,7 @@ TEST_F(Set, UmMilhaoDeElementosEUniao) {
     EXPECT_EQ(YSet_inicio(s), YSet_fim(s));
 }
 
-TEST(Mapa, ChavesSaoComparadasPeloConteudoECopiadas) {
+TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
     const auto mapa = cria<YMapa>(YMapa_rtti);
     YMapa *m = mapa.get();
     EXPECT_EQ(YMapa_recupera(m, "a"), nullptr);
@@ -274,7 +256,7 @@ TEST(Mapa, ChavesSaoComparadasPeloConteudoECopiadas) {
     EXPECT_EQ(YMapa_guarda(m, "a", ponteiro(5)), 1);
 }
 
-TEST(Mapa, ValorSubstituidoEDestruidoSoNaEspecieQueDestroi) {
+TEST(Mapa, valorSubstituidoEDestruidoSoNaEspecieQueDestroi) {
     std::vector<int> mortos;
     const std::function<void(Elemento *)> aoMorrer = [&](Elemento *e) { mortos.push_back(e->numero); };
     const auto novo = [&](int numero) {
@@ -307,16 +289,14 @@ int32_t requisita(YRetentor *retentor, void *grupo, uint32_t a, void *p, uint32_
 
 const YRetentor_Rtti RETENTOR = {{YRetentor_rtti, "Retentor", sizeof(Retentor), nullptr, nullptr}, requisita};
 
-TEST(Retentor, PassaORequisitoAClasseDoObjeto) {
+TEST(Retentor, passaORequisitoAClasseDoObjeto) {
     const auto retentor = cria<Retentor>([] { return &RETENTOR.rtti; });
     EXPECT_EQ(YRetentor_requisita0(retentor.get(), nullptr, 4, retentor.get(), 5), -7);
     EXPECT_EQ(retentor->soma, 9);
     const auto semOperacao = cria<YRetentor>(YRetentor_rtti);
-    int registros = 0;
-    YObLOG_setSaida([](void *contexto, int, const char *) { ++*static_cast<int *>(contexto); }, &registros);
+    const apoio::Diario diario;
     EXPECT_EQ(YRetentor_requisita0(semOperacao.get(), nullptr, 4, nullptr, 5), 0);
-    YObLOG_setSaida(nullptr, nullptr);
-    EXPECT_EQ(registros, 1);
+    EXPECT_EQ(diario.quantos("Chamada de operação sem implementação."_l1), 1);
 }
 
 } // namespace

@@ -147,15 +147,11 @@ void indexa(YDIC &dic, YDIC_Entrada *nova) {
     }
 }
 
+/// The entry is one that `acha` gave: the first of its key.
 void desindexa(YDIC &dic, YDIC_Entrada *entrada) {
-    if (dic.indice == nullptr) {
-        return;
+    if (dic.indice != nullptr) {
+        dic.indice->erase(dic.indice->lower_bound(entrada));
     }
-    auto posicao = dic.indice->lower_bound(entrada);
-    while (*posicao != entrada) { // keys made equal by a change of options
-        ++posicao;
-    }
-    dic.indice->erase(posicao);
 }
 
 void encadeia(YDIC &dic, YDIC_Entrada *nova) {

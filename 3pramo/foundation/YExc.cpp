@@ -34,7 +34,9 @@ YExcecao::YExcecao(YFuncaoRtti qual, const char *detalhe, const char *mensagem, 
                    int linha)
     : classe_(qual), linha_(linha) {
     // Made beforehand, for when there is no memory even for the texts.
-    static const auto semMemoria = std::make_shared<const Textos>(Textos{"Memória insuficiente."_l1, "YExc"});
+    // By itself: clang 14 crashes on the literal within the next line.
+    static const char *const FALTA = "Memória insuficiente."_l1;
+    static const auto semMemoria = std::make_shared<const Textos>(Textos{FALTA, "YExc"});
     try {
         textos_ = std::make_shared<const Textos>(Textos{std::string(detalhe) + mensagem, arquivo});
     } catch (const std::bad_alloc &) {
@@ -91,10 +93,10 @@ namespace {
 /// The exception that YExc_descreve_no_log speaks of: the one a protected region of C code handles now, else
 /// the one whose catch block is running, else the last that a region handled.
 std::exception_ptr excecaoApanhada() {
-    if (const std::exception_ptr emTratamento = excecaoDaRegiao(true)) {
+    if (std::exception_ptr emTratamento = excecaoDaRegiao(true)) {
         return emTratamento;
     }
-    if (const std::exception_ptr corrente = std::current_exception()) {
+    if (std::exception_ptr corrente = std::current_exception()) {
         return corrente;
     }
     return excecaoDaRegiao(false);

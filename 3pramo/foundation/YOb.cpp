@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <cxxabi.h>
 
 using namespace pramo;
 
@@ -32,6 +33,8 @@ std::exception_ptr destroi(void *objeto, const YRtti *classe) {
             if (c.destructor != nullptr) {
                 c.destructor(objeto);
             }
+        } catch (const abi::__forced_unwind &) {
+            throw; // a cancelled thread: glibc ends the process when it is stopped
         } catch (...) {
             if (primeira == nullptr) {
                 primeira = std::current_exception();
@@ -140,5 +143,5 @@ int YRtti_deriva(const YRtti *classe, YFuncaoRtti ancestral) {
 }
 
 void YchamouFuncaoVirtualPura(void) {
-    YObLOG_masc_print(Y_LOG_ERRO, "Chamada de operação sem implementação."_l1);
+    YObLOG_masc_print(Y_LOG_ERRO, "%s", "Chamada de operação sem implementação."_l1);
 }

@@ -12,7 +12,7 @@ Y_INICIO_C
 #define Y_LOG_WEB 64 /* traces of the web server */
 #define Y_LOG_CORPO                                                                                          \
     128 /* body of every SOAP request and response, before parsing; runs of digits that may be               \
-           card data, and identities, are masked */
+           card data, and identities, are masked; of a body with a form only the tags remain */
 
 /* Writes the formatted text as one record when any bit of the mask is enabled. Control characters and
  * backslashes in the text are escaped (\n, \r, \t, \xHH), so that a record is one line whatever it holds. */

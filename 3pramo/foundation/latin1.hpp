@@ -35,7 +35,7 @@ inline namespace literais {
 
 /// The literal as zero-terminated ISO-8859-1 text that lives as long as the program.
 template <TextoLatin1 TEXTO>
-consteval const char *operator""_l1() {
+constexpr const char *operator""_l1() {
     return TEXTO.bytes;
 }
 

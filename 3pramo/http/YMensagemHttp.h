@@ -27,12 +27,13 @@ Y_EXPORTA const YRtti *YMensagemHttp_rtti(void);
 /* Binds the message to a connection, which must outlive the message's use of it; null unbinds it. */
 Y_EXPORTA void YMensagemHttp_setSocket(YMensagemHttp *mensagem, YSocket *socket);
 
-/* Reads one message: 1 when one was read, 0 when no socket is bound or no first line arrived whole before the
- * deadline (absolute seconds, as time() gives them) or the peer closed; the message is then as it was. A
- * message that is read again is emptied once its first line is there. A header block or body cut short by the
- * deadline is not reported: the message holds what arrived. An "Expect: 100-continue" (any letter case) is
- * answered before the body is read. The body is as long as "Content-Length" says: a negative number, or none,
- * means no body; a number too large for 64 bits is the largest one.
+/* Reads one message: 1 when one was read, 0 when no socket is bound or no first line arrived whole before
+ * the deadline (absolute seconds, as time() gives them) or the peer closed; the message is then as it was. A
+ * message that is read again is emptied once its first line is there. A header block or body cut short by
+ * the deadline is not reported: the message holds what arrived, whole header lines only. An
+ * "Expect: 100-continue" (any letter case) is answered before the body is read. The body is as long as
+ * "Content-Length" says: a negative number, or none, means no body; a number too large for 64 bits is the
+ * largest one.
  *
  * Raises YExc "Mensagem HTTP mal formada." for a zero byte in the head or two differing "Content-Length";
  * YExc "Mensagem HTTP grande demais." when the first line and header block take more than 64 KiB or the body
@@ -40,8 +41,8 @@ Y_EXPORTA void YMensagemHttp_setSocket(YMensagemHttp *mensagem, YSocket *socket)
 Y_EXPORTA int YMensagemHttp_obtemDoSocket(YMensagemHttp *mensagem, int64_t prazo);
 
 /* Writes the message: first line, header fields, empty line, body. "Content-Length" is first set to the
- * body's real length, in the message's own header too. Line breaks inside the first line, a name or a value
- * are left out. Nothing happens when no socket is bound. Raises what the socket raises. */
+ * body's real length, in the message's own header too. Line breaks and zero bytes inside the first line, a
+ * name or a value are left out. Nothing happens when no socket is bound. Raises what the socket raises. */
 Y_EXPORTA void YMensagemHttp_enviaPeloSocket(YMensagemHttp *mensagem);
 
 /* 1 when the field "Connection" is exactly "keep-alive", else 0. */
@@ -59,7 +60,8 @@ Y_EXPORTA YStream *YMensagemHttp_getPrimeiraLinha(const YMensagemHttp *mensagem)
 Y_EXPORTA YStream *YMensagemHttp_getBody(const YMensagemHttp *mensagem);
 
 /* Appends the message to a file: first line, header fields, empty line, the body up to its first zero byte,
- * an empty line. Nothing happens when the file cannot be opened. */
+ * an empty line. Line breaks and zero bytes are left out as when it is sent. Nothing happens when the file
+ * cannot be opened. */
 Y_EXPORTA void YMensagemHttp_salvaEmArquivo(const YMensagemHttp *mensagem, const char *caminho);
 
 Y_FIM_C

@@ -6,12 +6,19 @@
  *
  * Connections: a connection stays open as long as requests keep coming. A batch of requests lasts two
  * seconds; a batch that answered nothing ends the connection. Every answer says "Connection: close" unless
- * the handler says otherwise, and yet the connection goes on (see YWebServer_setFechaLogo).
+ * the handler says otherwise, and yet the connection goes on (see YWebServer_setFechaLogo). After a request
+ * whose body was cut by the end of its batch, or whose header block ended at a line that is neither a field
+ * nor empty, it ends with the answer.
+ *
+ * Not every request reaches the handler. PUT is answered "501 Not Implemented"; for another method than GET,
+ * HEAD and POST the client gets the line "HTTP/1.1 501 Not Implemented.", for a Transfer-Encoding "HTTP/1.1
+ * 411 Length Required.", and the connection ends. It ends without an answer when the request is malformed,
+ * of another version than HTTP/1.0 and 1.1, or cut before its header block was whole.
  *
  * Ending: freeing the server (from a thread that is not one of its own) stops it, lets the handlers that run
- * finish, ends idle connections at once, and returns when the last connection thread has left it. Sockets are
- * shut down for reading at once and for writing after five seconds; a handler that never returns holds it for
- * ever. */
+ * finish, ends idle connections at once, and returns when the last connection thread has left it. Sockets
+ * are shut down for reading at once and for writing after five seconds; a handler that never returns holds
+ * it for ever. All this happens before the destructor of any derived class runs. */
 #ifndef Y3PRAMO_HTTP_YWEBSERVER_H
 #define Y3PRAMO_HTTP_YWEBSERVER_H
 
@@ -62,7 +69,11 @@ Y_EXPORTA uint32_t YWebServer_getPorta(const YWebServer *servidor);
 Y_EXPORTA YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *contexto,
                                                YFuncaoTratadorHttp tratador);
 
-/* The directory under which static files are served; copied. Null serves nothing (404). */
+/* The directory under which static files are served; copied. Null serves nothing (404). The URI without its
+ * leading slashes and backslashes names the file, as it stands: nothing is decoded, a query is part of the
+ * name. A path with ".." anywhere gets 403; one that cannot be opened, or is longer than 511 characters,
+ * 404; a directory, or whatever else is no regular file, ends the connection without an answer
+ * (YExcIOError). "Date" is the time at which the file was modified. */
 Y_EXPORTA void YWebServer_setDiretorioBase(YWebServer *servidor, const char *diretorio);
 
 /* Waits until the server listens, or the deadline (absolute seconds): 1 when it listens, 0 when the deadline

@@ -85,6 +85,7 @@ void emitePagina(YMensagemHttp &resposta, const char *pagina, std::string_view r
 
 } // namespace
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the type of a handler
 void pramo::emiteArquivoOuDiretorio(void *contexto, char *uri, YMensagemHttp * /*requisicao*/,
                                     YMensagemHttp *resposta) {
     std::string_view resto = uri;

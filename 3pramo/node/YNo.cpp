@@ -17,8 +17,9 @@ namespace {
 
 constexpr const char *FONTE = "YNo";
 
-// `interno` of a node of class YNo itself: the end of the texts that stand behind it in its own block, or null. Of a node of
-// a derived class: null, but while its parent's destruction frees it, the place of the waiting list (below).
+// `interno` of a node of class YNo itself: the end of the texts that stand behind it in its own block, or
+// null. Of a node of a derived class: null, but while its parent's destruction frees it, the place of the
+// waiting list (below).
 bool ehDaPropriaClasse(const YNo &no) {
     return no.rtti == &YNo_definicaoRtti;
 }

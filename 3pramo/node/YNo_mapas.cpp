@@ -1,4 +1,5 @@
-// The correction of encoded maps: lists of entries, each a key and a value, become elements named after the keys.
+// The correction of encoded maps: lists of entries, each a key and a value, become elements named after the
+// keys.
 #include <3pramo/node/YNo_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -55,7 +56,7 @@ void corrigeMapa(YNo &mapa) {
     for (void *entrada : elementos(*mapa.filhos)) {
         Dono<YNo> novo = converte(*static_cast<const YNo *>(entrada));
         YVetor_poe(novos.get(), novo.get());
-        novo.release();
+        (void)novo.release();
     }
     const Dono<YVetor> entradas(mapa.filhos);
     for (void *entrada : elementos(*entradas)) {

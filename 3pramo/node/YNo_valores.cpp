@@ -97,11 +97,11 @@ enum class Forma { DATA, DATA_E_HORA };
 Texto formataData(const struct tm &quando, Forma forma) {
     const long long ano = 1900LL + quando.tm_year;
     Texto texto;
-    const int data = std::snprintf(texto.bytes, sizeof texto.bytes, "%04lld-%02d-%02d", ano, quando.tm_mon + 1,
-                                   quando.tm_mday);
+    const int data = std::snprintf(texto.bytes, sizeof texto.bytes, "%04lld-%02d-%02d", ano,
+                                   quando.tm_mon + 1, quando.tm_mday);
     if (forma == Forma::DATA_E_HORA) {
-        std::snprintf(texto.bytes + data, sizeof texto.bytes - static_cast<std::size_t>(data), "T%02d:%02d:%02d",
-                      quando.tm_hour, quando.tm_min, quando.tm_sec);
+        std::snprintf(texto.bytes + data, sizeof texto.bytes - static_cast<std::size_t>(data),
+                      "T%02d:%02d:%02d", quando.tm_hour, quando.tm_min, quando.tm_sec);
     }
     return texto;
 }
@@ -206,18 +206,23 @@ YNo *poe(YNo *no, const char *texto) {
 
 } // namespace
 
-// The regular operations of a type word, in terms of the functions that read a content and give a value's text.
+// The regular operations of a type word, in terms of the functions that read a content and give a value's
+// text.
 #define GETTER(palavra, tipo, le)                                                                            \
     tipo YNo_get##palavra(const YNo *no, const char *caminho) {                                              \
         return le(YNo_getFilhoUnico(no, caminho)->valor);                                                    \
     }
 #define GETTER_VAL(palavra, tipo, le)                                                                        \
-    tipo YNo_get##palavra##Val(const YNo *no) { return le(YNo_getValor(no)); }
+    tipo YNo_get##palavra##Val(const YNo *no) {                                                              \
+        return le(YNo_getValor(no));                                                                         \
+    }
 #define SETTERS(palavra, tipo, texto)                                                                        \
     YNo *YNo_set##palavra(YNo *no, const char *caminho, tipo valor) {                                        \
         return criaDescendente(*no, caminho, bytes(texto(valor)));                                           \
     }                                                                                                        \
-    YNo *YNo_set##palavra##Val(YNo *no, tipo valor) { return poe(no, bytes(texto(valor))); }
+    YNo *YNo_set##palavra##Val(YNo *no, tipo valor) {                                                        \
+        return poe(no, bytes(texto(valor)));                                                                 \
+    }
 #define FAMILIA(palavra, tipo, texto, le)                                                                    \
     GETTER(palavra, tipo, le)                                                                                \
     GETTER_VAL(palavra, tipo, le)                                                                            \

@@ -82,7 +82,8 @@ private:
         }
     }
 
-    void poeTag(std::string_view inicio, std::string_view prefixo, std::string_view nome, std::string_view fim) {
+    void poeTag(std::string_view inicio, std::string_view prefixo, std::string_view nome,
+                std::string_view fim) {
         char *destino = reserva(stream_, inicio.size() + prefixo.size() + 1 + nome.size() + fim.size());
         const char *antes = destino;
         const auto poe = [&](std::string_view texto) {

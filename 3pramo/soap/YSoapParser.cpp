@@ -82,8 +82,8 @@ bool ehNulo(const YNo &no) {
     return nulo != nullptr && std::strcmp(nulo, "true") == 0;
 }
 
-// The elements whose closing tag has not come yet: each knows its parent, but is not among its children before it is
-// complete and known not to be left out.
+// The elements whose closing tag has not come yet: each knows its parent, but is not among its children
+// before it is complete and known not to be left out.
 class Abertos {
 public:
     Abertos() = default;
@@ -119,13 +119,14 @@ private:
 
 // ---- One read ----
 //
-// The input ends in a zero byte behind its content; a zero byte within it may stand nowhere. So every search that
-// stops at one stays inside, and what is found there is unexpected in both cases.
+// The input ends in a zero byte behind its content; a zero byte within it may stand nowhere. So every search
+// that stops at one stays inside, and what is found there is unexpected in both cases.
 
 class Leitor {
 public:
     Leitor(YSoapParser &parser, YStream &entrada)
-        : parser_(parser), entrada_(entrada), p_(YStream_str(&entrada) + entrada.lido), fim_(p_ + naoLido(entrada).size()) {
+        : parser_(parser), entrada_(entrada), p_(YStream_str(&entrada) + entrada.lido),
+          fim_(p_ + naoLido(entrada).size()) {
         std::copy_n(parser.limites, LIMITES, resta_);
     }
     Leitor(const Leitor &) = delete;
@@ -169,8 +170,9 @@ public:
     }
 
 private:
-    // A tag, and what follows it up to the next tag or, when that is text, up to the closing tag. TAG_ABERTURA: the element
-    // is now the last of the open ones. TAG_VAZIA: it is complete. Else it was none.
+    // A tag, and what follows it up to the next tag or, when that is text, up to the closing tag.
+    // TAG_ABERTURA: the element is now the last of the open ones. TAG_VAZIA: it is complete. Else it was
+    // none.
     Tag leElemento(Dono<YNo> &completo) {
         esperaToken('<');
         pulaBrancos();
@@ -262,7 +264,7 @@ private:
         const char c = *p_;
         if (ehDelimitador(c)) {
             p_++;
-            parser_.token = c;
+            parser_.token = static_cast<unsigned char>(c);
         } else if (c == '"') {
             p_++;
             leTexto('"');
@@ -297,8 +299,8 @@ private:
         }
     }
 
-    // The text up to the character, which stays unread. Without references it is part of the input, else it stands in the
-    // parser's stream.
+    // The text up to the character, which stays unread. Without references it is part of the input, else it
+    // stands in the parser's stream.
     void leTexto(char fim) {
         const char *inicio = p_;
         andaAte(fim);

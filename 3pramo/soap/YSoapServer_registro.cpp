@@ -67,13 +67,20 @@ void soap::varre(YSoapServer *servidor) {
 }
 
 void soap::esvazia(YSoapServer *servidor) {
-    std::vector<Pino> restantes;
-    const TrancaDoRegistro tranca(servidor);
-    YSet *servicos = std::exchange(servidor->servicos, nullptr);
-    restantes.reserve(YSet_tam(servicos));
+    YSet *servicos = nullptr;
+    {
+        const TrancaDoRegistro tranca(servidor);
+        servicos = std::exchange(servidor->servicos, nullptr);
+    }
+    // All are pinned before the first goes, as its destructor may free another one; the pins stand in the
+    // set's own slots, so that ending a server takes no memory.
     for (YSetIt it = YSet_inicio(servicos); it != YSet_fim(servicos); it++) {
-        restantes.emplace_back(*static_cast<YWebService *>(*it));
-        restantes.back().condena();
+        Pino pino(*static_cast<YWebService *>(*it));
+        pino.condena();
+        *it = pino.cede();
+    }
+    for (YSetIt it = YSet_inicio(servicos); it != YSet_fim(servicos); it++) {
+        const Pino pino = Pino::adota(*it);
     }
     YSet_clear(servicos);
     YliberaObjeto(servicos);

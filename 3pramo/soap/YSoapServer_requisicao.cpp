@@ -75,8 +75,7 @@ void registraCorpo(const char *sentido, const char *portType, const char *metodo
         return;
     }
     const std::string nome = std::string(portType) + "#" + metodo;
-    registraTexto(Y_LOG_CORPO,
-                  std::string(sentido) + " " + nome + ": " + mascaraDadosDeCartao(conteudo(*corpo)));
+    registraTexto(Y_LOG_CORPO, std::string(sentido) + " " + nome + ": " + mascaraCorpo(conteudo(*corpo)));
 }
 
 void trataChamadaSoap(YSoapServer *servidor, const char *acao, const char *uri, YMensagemHttp *requisicao,

@@ -50,6 +50,14 @@ public:
     /// Lets go now; raises what the object's destructor raises.
     void solta();
 
+    /// Gives the pin away, as a plain pointer from which `adota` makes it a pin again.
+    void *cede() { return std::exchange(registro_, nullptr); }
+    static Pino adota(void *cedido) {
+        Pino pino;
+        pino.registro_ = static_cast<Registro *>(cedido);
+        return pino;
+    }
+
 private:
     Registro *registro_ = nullptr;
 };

@@ -9,6 +9,7 @@ namespace {
 constexpr std::size_t MENOR_SEGREDO = 12;
 constexpr std::size_t MENOR_CARTAO = 13;
 constexpr std::size_t MAIOR_CARTAO = 19;
+constexpr std::string_view BRANCOS = " \t\n\v\f\r";
 
 bool ehDecimal(char c) {
     return c >= '0' && c <= '9';
@@ -42,7 +43,38 @@ std::string mascarada(std::string_view sequencia) {
     return std::to_string(sequencia.size()).insert(0, 1, '[').append("*]");
 }
 
+/// True when a `campo` stands where a tag's name does: behind "<", "/", a prefix, or an escaped one of these.
+bool temFormulario(std::string_view corpo) {
+    constexpr std::string_view CAMPO = "campo";
+    for (std::size_t i = corpo.find(CAMPO); i != std::string_view::npos; i = corpo.find(CAMPO, i + 1)) {
+        const std::size_t antes = corpo.substr(0, i).find_last_not_of(BRANCOS);
+        if (antes != std::string_view::npos &&
+            std::string_view("<:;/").find(corpo[antes]) != std::string_view::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string soTags(std::string_view corpo) {
+    std::string saida;
+    while (!corpo.empty()) {
+        // A tag is closed before another one begins; everything else is content.
+        const std::size_t fim = corpo.find_first_of("<>", 1);
+        const bool tag = corpo.front() == '<' && fim != std::string_view::npos && corpo[fim] == '>';
+        const std::string_view pedaco = corpo.substr(0, tag ? fim + 1 : corpo.find('<', 1));
+        const bool mostra = tag || pedaco.find_first_not_of(BRANCOS) == std::string_view::npos;
+        saida += mostra ? pedaco : "[*]";
+        corpo.remove_prefix(pedaco.size());
+    }
+    return saida;
+}
+
 } // namespace
+
+std::string mascaraCorpo(std::string_view corpo) {
+    return temFormulario(corpo) ? mascaraDadosDeCartao(soTags(corpo)) : mascaraDadosDeCartao(corpo);
+}
 
 std::string mascaraDadosDeCartao(std::string_view texto) {
     std::string saida;

@@ -13,6 +13,11 @@ namespace pramo::soap {
 /// and last four; of all others nothing remains but their length.
 std::string mascaraDadosDeCartao(std::string_view texto);
 
+/// A SOAP body as it may be logged. Nothing says before it is parsed which field of a form is a password or
+/// came from a card, so of a body that names an element `campo`, escaped inside another one's text too, only
+/// the tags remain. What remains is masked as above.
+std::string mascaraCorpo(std::string_view corpo);
+
 } // namespace pramo::soap
 
 #endif
