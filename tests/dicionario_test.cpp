@@ -1,11 +1,9 @@
 // The dictionary of texts: order, letter case, replacement, lines, and many keys.
-#include <3pramo/foundation/YDIC.h>
-#include <3pramo/foundation/YMemoria.h>
+#include <3pramo/3pramo.hpp>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -13,10 +11,6 @@
 namespace {
 
 using Pares = std::vector<std::pair<std::string, std::string>>;
-
-struct Destroi {
-    void operator()(YDIC *dic) const { YDIC_destroi(dic); }
-};
 
 class Dicionario : public testing::Test {
 protected:
@@ -28,7 +22,7 @@ protected:
         return todos;
     }
 
-    std::unique_ptr<YDIC, Destroi> dono{YDIC_constroi()};
+    pramo::Ponteiro<YDIC> dono{YDIC_constroi()};
     YDIC *d = dono.get();
 };
 
@@ -38,7 +32,7 @@ std::string minusculas(std::string texto) {
     return texto;
 }
 
-TEST_F(Dicionario, GuardaNaOrdemDaPrimeiraVez) {
+TEST_F(Dicionario, guardaNaOrdemDaPrimeiraVez) {
     EXPECT_EQ(YDIC_guarda(d, "b", "1"), 1);
     EXPECT_EQ(YDIC_guarda(d, "", "vazia"), 1);
     EXPECT_EQ(YDIC_guarda(d, "a", "2"), 1);
@@ -53,7 +47,7 @@ TEST_F(Dicionario, GuardaNaOrdemDaPrimeiraVez) {
     EXPECT_EQ(YDIC_inicio(d), YDIC_fim(d));
 }
 
-TEST_F(Dicionario, NuloNaoGuardaNadaNemAcha) {
+TEST_F(Dicionario, nuloNaoGuardaNadaNemAcha) {
     EXPECT_EQ(YDIC_guarda(d, nullptr, "v"), 0);
     EXPECT_EQ(YDIC_guarda(d, "k", nullptr), 0);
     EXPECT_EQ(YDIC_recupera(d, nullptr), nullptr);
@@ -62,7 +56,7 @@ TEST_F(Dicionario, NuloNaoGuardaNadaNemAcha) {
     YDIC_destroi(nullptr);
 }
 
-TEST_F(Dicionario, SemCaixaIgualaSoLetrasAscii) {
+TEST_F(Dicionario, semCaixaIgualaSoLetrasAscii) {
     YDIC_muda_opcoes(d, YDIC_SEM_CAIXA);
     YDIC_guarda(d, "Content-Type", "a");
     EXPECT_EQ(YDIC_guarda(d, "CONTENT-tYPE", "b"), 0);
@@ -75,7 +69,7 @@ TEST_F(Dicionario, SemCaixaIgualaSoLetrasAscii) {
     EXPECT_EQ(YDIC_recupera(d, "content-type"), nullptr);
 }
 
-TEST_F(Dicionario, ValorPodeSerTextoDoProprioDicionario) {
+TEST_F(Dicionario, valorPodeSerTextoDoProprioDicionario) {
     YDIC_guarda(d, "a", "abcdef");
     YDIC_guarda(d, "a", YDIC_recupera(d, "a") + 2);
     EXPECT_STREQ(YDIC_recupera(d, "a"), "cdef");
@@ -90,7 +84,7 @@ TEST_F(Dicionario, ValorPodeSerTextoDoProprioDicionario) {
     EXPECT_STREQ(YDIC_recupera(d, "linha"), "valor bem mais longo");
 }
 
-TEST_F(Dicionario, TrataLinha) {
+TEST_F(Dicionario, trataLinha) {
     struct Caso {
         const char *linha;
         char separador;
@@ -116,24 +110,20 @@ TEST_F(Dicionario, TrataLinha) {
     }
 }
 
-TEST_F(Dicionario, PoucasAlocacoes) {
-    YMemoria_habilitaRelatorio(1);
-    std::unique_ptr<YDIC, Destroi> dic{YDIC_constroi()};
-    YDIC_guarda(dic.get(), "xmlns:a", "urn:a");
-    YDIC_guarda(dic.get(), "id", "valor");
-    YDIC_guarda(dic.get(), "id", "menor");
-    EXPECT_EQ(YMemoria_vivos(), 3U);
-    YDIC_guarda(dic.get(), "id", "este valor ficou maior");
-    YDIC_guarda(dic.get(), "id", "e este muito maior do que o de antes");
-    EXPECT_EQ(YMemoria_vivos(), 4U);
-    YDIC_remove(dic.get(), "id");
-    EXPECT_EQ(YMemoria_vivos(), 2U);
-    dic.reset();
-    EXPECT_EQ(YMemoria_vivos(), 0U);
-    YMemoria_habilitaRelatorio(0);
+TEST_F(Dicionario, poucasAlocacoes) {
+    const auto blocos = [soODicionario = YMemoria_vivos()] { return YMemoria_vivos() - soODicionario; };
+    YDIC_guarda(d, "xmlns:a", "urn:a");
+    YDIC_guarda(d, "id", "valor");
+    YDIC_guarda(d, "id", "menor");
+    EXPECT_EQ(blocos(), 2U);
+    YDIC_guarda(d, "id", "este valor ficou maior");
+    YDIC_guarda(d, "id", "e este muito maior do que o de antes");
+    EXPECT_EQ(blocos(), 3U);
+    YDIC_remove(d, "id");
+    EXPECT_EQ(blocos(), 1U);
 }
 
-TEST_F(Dicionario, VinteMilChavesParecidas) {
+TEST_F(Dicionario, vinteMilChavesParecidas) {
     const std::string prefixo(100, 'k');
     const auto chave = [&](int i) { return prefixo + std::to_string(i); };
     for (int i = 0; i < 20000; i++) {
@@ -153,7 +143,7 @@ TEST_F(Dicionario, VinteMilChavesParecidas) {
     EXPECT_EQ(restantes.back().second, "19999");
 }
 
-TEST_F(Dicionario, ChavesQueUmaOpcaoNovaIgualaFicamSeparadas) {
+TEST_F(Dicionario, chavesQueUmaOpcaoNovaIgualaFicamSeparadas) {
     for (int i = 0; i < 20; i++) {
         YDIC_guarda(d, std::to_string(i).c_str(), "");
     }
@@ -173,7 +163,7 @@ TEST_F(Dicionario, ChavesQueUmaOpcaoNovaIgualaFicamSeparadas) {
 /// Random operations against a plain list of pairs that is searched through.
 class DicionarioAoAcaso : public Dicionario, public testing::WithParamInterface<int> {};
 
-TEST_P(DicionarioAoAcaso, ConcordaComOModelo) {
+TEST_P(DicionarioAoAcaso, concordaComOModelo) {
     const bool semCaixa = GetParam() == YDIC_SEM_CAIXA;
     YDIC_muda_opcoes(d, GetParam());
     std::mt19937 acaso(20240607);

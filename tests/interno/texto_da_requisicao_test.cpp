@@ -76,4 +76,28 @@ TEST(Mascara, escondeCartoesTrilhasPinsEIdentidades) {
     }
 }
 
+TEST(Mascara, deUmCorpoComFormularioSoFicamAsTags) {
+    struct Caso {
+        const char *corpo;
+        const char *mascarado;
+    };
+    for (const Caso &caso : {
+             Caso{"<a>1</a> <b><campo nome=\"s\" periferico=\"PIN\">12 34</campo></b>",
+                  "<a>[*]</a> <b><campo nome=\"s\" periferico=\"PIN\">[*]</campo></b>"},
+             {"<ns1:campo tipo=\"senha\">\n<valor>1234 </valor><periferico>PIN</periferico></ns1:campo>",
+              "<ns1:campo tipo=\"senha\">\n<valor>[*]</valor><periferico>[*]</periferico></ns1:campo>"},
+             {"<param>&lt;campo nome=\"s\"&gt;1234&lt;/campo&gt;</param>", "<param>[*]</param>"},
+             {"<param>&amp;#60; campo&gt;1234</param>", "<param>[*]</param>"},
+             {"< campo nome=\"a>b\">1234</campo>", "< campo nome=\"a>[*]</campo>"}, // cut in its quotes
+             {"<campo nome=\"a<b\">1234</campo>", "[*]<b\">[*]</campo>"},
+             {"<campo nome=\"s\" 1234</campo>", "[*]</campo>"}, // never closed
+             {"<campo>1234", "<campo>[*]"},
+             {"<campo n=\"4111111111111111\"/>", "<campo n=\"411111******1111\"/>"},
+             {"<a>o campo 1234</a>", "<a>o campo 1234</a>"},
+             {"campo", "campo"},
+         }) {
+        EXPECT_EQ(pramo::soap::mascaraCorpo(caso.corpo), caso.mascarado);
+    }
+}
+
 } // namespace

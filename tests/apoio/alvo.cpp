@@ -1,0 +1,114 @@
+#include "alvo.hpp"
+
+#include "servidor.hpp"
+
+#include <memory>
+#include <stdexcept>
+
+using namespace pramo::literais;
+
+namespace apoio {
+
+namespace {
+
+Alvo &alvo(YWebService *servico) {
+    auto &este = *static_cast<Alvo *>(servico);
+    Alvo::quebrados += este.marca != Alvo::INTEIRA ? 1 : 0;
+    return este;
+}
+
+void constroi(void *objeto) {
+    auto *este = static_cast<Alvo *>(objeto);
+    std::construct_at(&este->total, 0);
+    este->marca = Alvo::INTEIRA;
+    Alvo::vivos++;
+}
+
+void destroi(void *objeto) {
+    Alvo::quebrados += static_cast<Alvo *>(objeto)->marca != Alvo::INTEIRA ? 1 : 0;
+    static_cast<Alvo *>(objeto)->marca = 0;
+    Alvo::vivos--;
+}
+
+const YRtti definicao = {YWebService_rtti, "Alvo", sizeof(Alvo), constroi, destroi};
+
+void soma(YWebService *servico, YNo *requisicao, YNo *resposta) {
+    alvo(servico);
+    YNo_setInt(resposta, "return", YNo_getInt(requisicao, "a") + YNo_getInt(requisicao, "b"));
+}
+
+void acumula(YWebService *servico, YNo *requisicao, YNo *resposta) {
+    YNo_setInt64(resposta, "return", alvo(servico).total += YNo_getInt64(requisicao, "valor"));
+}
+
+void total(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
+    YNo_setInt64(resposta, "return", alvo(servico).total);
+}
+
+void eco(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
+    YNo_setString(resposta, "return", YNo_getString(requisicao, "texto"));
+}
+
+void cidade(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
+    YNo_setString(resposta, "return", YNo_getString(requisicao, "dados/endereco/cidade"));
+}
+
+void identidade(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
+    YNo_setPtr(resposta, "return", servico);
+}
+
+void espera(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
+    Alvo::dentro++;
+    acontece([] { return Alvo::aberto.load(); });
+    YNo_setInt64(resposta, "return", alvo(servico).total);
+    Alvo::dentro--;
+}
+
+// ---- Ways to fail: with something written already ----
+
+void falha(YWebService * /*servico*/, YNo * /*requisicao*/, YNo *resposta) {
+    YNo_setInt(resposta, "return", 1);
+    YContextoTry_throw(YExcSoap_rtti, "Ação <não> permitida & só isso: \x01§."_l1, "alvo", __LINE__);
+}
+
+void padrao(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*/) {
+    throw std::out_of_range("fora da faixa");
+}
+
+void estranha(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*/) {
+    throw 42; // NOLINT(hicpp-exception-baseclass): what is no std::exception
+}
+
+// ---- Ways to end ----
+
+void vence(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
+    YWebService_setMomentoLimite(servico, std::time(nullptr) - 1);
+}
+
+void permanece(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
+    YWebService_setMomentoLimite(servico, 0);
+}
+
+void suicida(YWebService *servico, YNo *requisicao, YNo * /*resposta*/) {
+    YWebService_setSoapServer(servico, nullptr);
+    YliberaObjeto(servico);
+    YNo_getString(requisicao, "falta"); // a failure after it, unless it is there
+}
+
+constexpr YDefinicaoMetodo METODOS[] = {
+    {"soma", soma},     {"acumula", acumula}, {"total", total},       {"eco", eco},
+    {"cidade", cidade}, {"espera", espera},   {"falha", falha},       {"identidade", identidade},
+    {"padrao", padrao}, {"vence", vence},     {"permanece", permanece}, {"estranha", estranha},
+    {"suicida", suicida}, {nullptr, nullptr}};
+
+} // namespace
+
+const YRtti *Alvo_rtti() {
+    return &definicao;
+}
+
+YDefinicaoPortType definicaoDoAlvo(const char *wsdl) {
+    return {"Alvo", METODOS, Alvo_rtti, wsdl, nullptr};
+}
+
+} // namespace apoio

@@ -1,0 +1,45 @@
+// Trees from text and back, and exceptions as text, for tests.
+#pragma once
+
+#include <3pramo/3pramo.hpp>
+
+#include <string>
+#include <string_view>
+
+namespace apoio {
+
+inline pramo::Ponteiro<YStream> streamDe(std::string_view texto) {
+    auto stream = pramo::cria<YStream>(YStream_rtti);
+    YStream_putBloco(stream.get(), texto.data(), static_cast<int64_t>(texto.size()));
+    return stream;
+}
+
+inline pramo::Ponteiro<YNo> le(YStream *entrada) {
+    const auto parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+    YNo *raiz = nullptr;
+    YSoapParser_leNo(parser.get(), &raiz, entrada);
+    return pramo::Ponteiro<YNo>(raiz);
+}
+
+inline pramo::Ponteiro<YNo> le(std::string_view texto) {
+    return le(streamDe(texto).get());
+}
+
+inline std::string grava(const YNo *no) {
+    const auto saida = pramo::cria<YStream>(YStream_rtti);
+    YNo_gravaEm(no, saida.get());
+    return {YStream_str(saida.get()), static_cast<std::size_t>(YStream_tam(saida.get()))};
+}
+
+// "CLASS: message" of what the function raises; "" when it raises nothing.
+template <typename FUNCAO>
+std::string excecao(FUNCAO funcao) {
+    try {
+        funcao();
+    } catch (const YExcecao &e) {
+        return std::string(e.classe()->name) + ": " + e.what();
+    }
+    return "";
+}
+
+} // namespace apoio

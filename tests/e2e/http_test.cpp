@@ -1,0 +1,431 @@
+// The web server over TCP: framing, what reaches a handler, what is answered without one, bounds.
+#include "apoio/cliente.hpp"
+#include "apoio/servidor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+using apoio::acontece;
+using apoio::Cliente;
+using apoio::conversa;
+using apoio::Diario;
+using apoio::requisicao;
+using apoio::Resposta;
+using apoio::Servidor;
+
+namespace {
+
+const std::string LINHA_501 = "HTTP/1.1 501 Not Implemented.\n";
+const std::string LINHA_411 = "HTTP/1.1 411 Length Required.\n";
+const std::string LINHA_413 = "HTTP/1.1 413 Content Too Large.\n";
+const std::string LINHA_431 = "HTTP/1.1 431 Request Header Fields Too Large.\n";
+
+std::string texto(YStream *stream) {
+    return {YStream_str(stream), static_cast<std::size_t>(YStream_tam(stream))};
+}
+
+/// Answers with what it was given: request line, URI, body. Counts its calls in the context.
+void ecoa(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta) {
+    ++*static_cast<std::atomic<int> *>(contexto);
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
+    YMensagemHttp_printf(resposta, "%s|%s|", YStream_str(YMensagemHttp_getPrimeiraLinha(requisicao)), uri);
+    const std::string corpo = texto(YMensagemHttp_getBody(requisicao));
+    YMensagemHttp_putBloco(resposta, corpo.data(), static_cast<int64_t>(corpo.size()));
+}
+
+class Http : public testing::Test {
+protected:
+    std::atomic<int> chamadas{0};
+    Servidor servidor{ecoa, &chamadas};
+
+    /// A well-formed request on a connection of its own.
+    void aindaServe(const std::string &depoisDe) {
+        const std::string resposta = conversa(servidor.porta(), requisicao("GET /bem"));
+        EXPECT_TRUE(resposta.ends_with("\n\nGET /bem HTTP/1.1|/bem|")) << resposta << "\nafter " << depoisDe;
+    }
+};
+
+std::string seguidas(int quantas, const std::string &texto) {
+    std::string todas;
+    for (int i = 0; i < quantas; i++) {
+        todas += texto;
+    }
+    return todas;
+}
+
+TEST_F(Http, oQueTodaRespostaTraz) {
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /a"));
+    Resposta r = cliente.recebe();
+    const std::string data = r.campos["date"];
+    EXPECT_EQ(r.bytes,
+              "HTTP/1.1 200 OK\nContent-Type: text/html; charset=ISO-8859-1\nConnection: close\nDate: " +
+                  data + "\nContent-Length: 19\n\nGET /a HTTP/1.1|/a|");
+    std::tm tm{};
+    const char *fim = strptime(data.c_str(), "%d %b %Y %H:%M:%S GMT", &tm);
+    ASSERT_NE(fim, nullptr) << data;
+    EXPECT_EQ(*fim, 0);
+    EXPECT_NEAR(static_cast<double>(timegm(&tm)), static_cast<double>(std::time(nullptr)), 3);
+
+    cliente.envia(requisicao("HEAD /a"));
+    r = cliente.recebe();
+    EXPECT_EQ(r.linha, "HTTP/1.1 200 OK");
+    EXPECT_EQ(r.campos["content-length"], "0");
+    cliente.envia(requisicao("PUT /a", "", "corpo"));
+    r = cliente.recebe();
+    EXPECT_EQ(r.linha, "HTTP/1.1 501 Not Implemented");
+    EXPECT_EQ(r.campos["content-length"], "0");
+    EXPECT_EQ(r.campos["content-type"], "text/html; charset=ISO-8859-1");
+    EXPECT_EQ(chamadas, 2) << "PUT does not reach the handler";
+    cliente.envia(requisicao("POST /b", "", "12345"));
+    EXPECT_EQ(cliente.recebe().corpo, "POST /b HTTP/1.1|/b|12345") << "the connection is still usable";
+}
+
+// What a connection gets for a text, after which it ends.
+struct Caso {
+    std::string pedido;
+    std::vector<std::string> corpos; // of the answers of the handler
+    std::string resto = "";          // what comes behind them
+};
+
+// Rows in which nothing may follow the text have another request in it, which must not be answered.
+TEST_F(Http, requisicoesEstranhas) {
+    const std::string outra = requisicao("GET /outra");
+    const std::string zero(1, '\0');
+    const std::vector<Caso> casos = {
+        // Line ends, blanks, words.
+        {"GET /x HTTP/1.1\n\n", {"GET /x HTTP/1.1|/x|"}},
+        {"GET /x HTTP/1.0\r\n\r\n", {"GET /x HTTP/1.0|/x|"}},
+        {" \tGET \t /x   HTTP/1.1 de mais\n\n", {" \tGET \t /x   HTTP/1.1 de mais|/x|"}},
+        {"GET /%n%s%n HTTP/1.1\n\n", {"GET /%n%s%n HTTP/1.1|/%n%s%n|"}},
+        {"GET \xE7\xFF HTTP/1.1\n\n", {"GET \xE7\xFF HTTP/1.1|\xE7\xFF|"}},
+        {"GET /x HTTPS1.1\n\n", {"GET /x HTTPS1.1|/x|"}},
+        {"GET /" + std::string(60000, 'u') + " HTTP/1.1\n\n",
+         {"GET /" + std::string(60000, 'u') + " HTTP/1.1|/" + std::string(60000, 'u') + "|"}},
+        // Malformed request lines: no answer, and nothing after them is a request.
+        {"\r\n" + outra, {}},
+        {"GET /x\n\n" + outra, {}},
+        {"GET\n\n" + outra, {}},
+        {"     \n\n" + outra, {}},
+        {"GET /x FTP/1.0\n\n" + outra, {}},
+        {"GET /x http/1.1\n\n" + outra, {}},
+        {"GET /x HTTP/2.0\n\n" + outra, {}},
+        {"GET /x HTTP/0.9\n\n" + outra, {}},
+        {"GET /x HTTP/1.2\n\n" + outra, {}},
+        {"GET /x HTTP/11.1\n\n" + outra, {}},
+        {"GET /x HTTP/-1.1\n\n" + outra, {}},
+        {"GET /x HTTP/1.\n\n" + outra, {}},
+        {"GET /x HTTP\n\n" + outra, {}},
+        {"DELETE /x HTTP/2.0\n\n" + outra, {}},
+        {"GET /" + zero + " HTTP/1.1\n\n" + outra, {}},
+        {"GET /x HTTP/1.1\nA: b" + zero + "c\n\n" + outra, {}},
+        // Methods.
+        {"DELETE /x HTTP/1.1\n\n" + outra, {}, LINHA_501},
+        {"get /x HTTP/1.1\n\n" + outra, {}, LINHA_501},
+        {"GETT /x HTTP/1.1\n\n" + outra, {}, LINHA_501},
+        {outra + "OPTIONS * HTTP/1.1\n\n" + outra, {"GET /outra HTTP/1.1|/outra|"}, LINHA_501},
+        // Header blocks.
+        {"GET /x HTTP/1.1\nsem dois pontos\n" + outra, {"GET /x HTTP/1.1|/x|"}},
+        {"GET /x HTTP/1.1\nA: b\n dobrada\n" + outra, {"GET /x HTTP/1.1|/x|"}},
+        {"GET /x HTTP/1.1\n:\n: \nA:\n\n", {"GET /x HTTP/1.1|/x|"}},
+        {"GET /x HTTP/1.1\n" + seguidas(9000, "a: b\n") + "\n", {"GET /x HTTP/1.1|/x|"}},
+        {"GET /x HTTP/1.1\nA: " + std::string(66000, 'a') + "\n\n" + outra, {}, LINHA_431},
+        {"GET /x HTTP/1.1\n" + seguidas(70000, "a: b\n") + "\n" + outra, {}, LINHA_431},
+        {std::string(70000, 'G'), {}, LINHA_431},
+        // Bodies.
+        {"POST /x HTTP/1.1\ncontent-LENGTH:  3  \n\nabc", {"POST /x HTTP/1.1|/x|abc"}},
+        {"POST /x HTTP/1.1\nContent-Length: +3\n\nabc", {"POST /x HTTP/1.1|/x|abc"}},
+        {"POST /x HTTP/1.1\nContent-Length: 3abc\n\nabc" + outra,
+         {"POST /x HTTP/1.1|/x|abc", "GET /outra HTTP/1.1|/outra|"}},
+        {"POST /x HTTP/1.1\nContent-Length: -1\n\n" + outra,
+         {"POST /x HTTP/1.1|/x|", "GET /outra HTTP/1.1|/outra|"}},
+        {"POST /x HTTP/1.1\nContent-Length: -99999999999999999999\n\n", {"POST /x HTTP/1.1|/x|"}},
+        {"POST /x HTTP/1.1\nContent-Length: x\n\n", {"POST /x HTTP/1.1|/x|"}},
+        {"POST /x HTTP/1.1\nContent-Length:\n\n", {"POST /x HTTP/1.1|/x|"}},
+        {"POST /x HTTP/1.1\nContent-Length: 4294967297\n\n" + outra, {}, LINHA_413},
+        {"POST /x HTTP/1.1\nContent-Length: 99999999999999999999999\n\n" + outra, {}, LINHA_413},
+        {"POST /x HTTP/1.1\nExpect: 100-continue\nContent-Length: 67108865\n\n" + outra, {}, LINHA_413},
+        {"POST /x HTTP/1.1\nContent-Length: 3\nContent-Length: 3\n\nabc", {"POST /x HTTP/1.1|/x|abc"}},
+        {"POST /x HTTP/1.1\nContent-Length: 3\ncontent-length : 4\n\nabcd" + outra, {}},
+        {"POST /x HTTP/1.1\nContent-Length: 0\nA: b\nContent-Length: 30\n\n" + outra, {}},
+        {"POST /x HTTP/1.1\nTransfer-Encoding: chunked\n\n3\nabc\n0\n\n" + outra, {}, LINHA_411},
+        {"POST /x HTTP/1.1\nContent-Length: 3\ntransfer-encoding: identity\n\nabc" + outra, {}, LINHA_411},
+        {"POST /x HTTP/1.1\nContent-Length: 9\n\nabc", {"POST /x HTTP/1.1|/x|abc"}},
+        {"POST /x HTTP/1.1\nContent-Length: 3\n\n" + zero + "\n" + zero,
+         {"POST /x HTTP/1.1|/x|" + zero + "\n" + zero}},
+        // Cut before the head was whole: half a request must not run anything.
+        {"", {}},
+        {"GET /x HTTP/1.1", {}},
+        {"GET /x HTTP/1.1\n", {}},
+        {"POST /x HTTP/1.1\nContent-Length: 3\nA: abc", {}},
+    };
+    const Diario diario;
+    for (const Caso &caso : casos) {
+        Cliente cliente(servidor.porta());
+        cliente.envia(caso.pedido);
+        cliente.terminaEnvio();
+        for (const std::string &corpo : caso.corpos) {
+            EXPECT_EQ(cliente.recebe().corpo, corpo) << caso.pedido.substr(0, 200);
+        }
+        EXPECT_EQ(cliente.recebeAteFechar(), caso.resto) << caso.pedido.substr(0, 200);
+        aindaServe(caso.pedido.substr(0, 200));
+    }
+}
+
+TEST_F(Http, cortadaDepoisDeCadaByteEUmByteDeCadaVez) {
+    const std::string cabeca = "POST /x HTTP/1.1\r\nContent-Length: 5\r\nA: b\r\n\r\n";
+    const std::string inteira = cabeca + "12345";
+    for (std::size_t n = 0; n < inteira.size(); n++) {
+        const std::string resposta = conversa(servidor.porta(), inteira.substr(0, n));
+        const std::string esperado =
+            n < cabeca.size() ? "" : "|/x|" + inteira.substr(cabeca.size(), n - cabeca.size());
+        EXPECT_TRUE(esperado.empty() ? resposta.empty() : resposta.ends_with(esperado))
+            << n << ": " << resposta;
+    }
+    EXPECT_EQ(chamadas, 5);
+    Cliente cliente(servidor.porta());
+    for (const char c : inteira) {
+        cliente.envia({&c, 1});
+    }
+    EXPECT_EQ(cliente.recebe().corpo, "POST /x HTTP/1.1|/x|12345");
+}
+
+TEST_F(Http, emSeguidaNaMesmaConexao) {
+    const auto uri = [](std::size_t i) { return std::string("POST /").append(std::to_string(i)); };
+    const auto corpo = [](std::size_t i) { return std::string(i % 3 == 0 ? 0 : i, 'c'); };
+    Cliente cliente(servidor.porta());
+    std::string todas;
+    for (std::size_t i = 0; i < 100; i++) {
+        todas += requisicao(uri(i), "", corpo(i));
+    }
+    cliente.envia(todas);
+    for (std::size_t i = 0; i < 100; i++) {
+        const std::string eco = cliente.recebe().corpo;
+        EXPECT_TRUE(eco.starts_with(uri(i))) << eco;
+        EXPECT_EQ(eco.substr(eco.rfind('|') + 1), corpo(i)) << "nothing of the request before";
+    }
+}
+
+TEST_F(Http, continueAntesDoCorpo) {
+    for (const char *valor : {"100-continue", "100-Continue", "100-CONTINUE"}) {
+        Cliente cliente(servidor.porta());
+        cliente.envia("POST /x HTTP/1.1\r\nExpect: " + std::string(valor) + "\r\nContent-Length: 5\r\n\r\n");
+        EXPECT_EQ(cliente.recebeBytes(23), "HTTP/1.1 100 Continue\n\n") << valor;
+        cliente.envia("12345");
+        EXPECT_EQ(cliente.recebe().corpo, "POST /x HTTP/1.1|/x|12345");
+    }
+}
+
+TEST_F(Http, limitesExatos) {
+    YWebServer_setLimiteDoCabecalho(servidor.get(), 100);
+    YWebServer_setLimiteDoCorpo(servidor.get(), 10);
+    const std::string inicio = "POST /x HTTP/1.1\r\nContent-Length: 10\r\nA: ";
+    const std::string exata = inicio + std::string(100 - inicio.size() - 4, 'a') + "\r\n\r\n";
+    EXPECT_TRUE(conversa(servidor.porta(), exata + "0123456789").ends_with("|/x|0123456789"));
+    const std::string umMais = inicio + std::string(101 - inicio.size() - 4, 'a') + "\r\n\r\n";
+    EXPECT_EQ(conversa(servidor.porta(), umMais + "0123456789"), LINHA_431);
+    EXPECT_EQ(conversa(servidor.porta(), requisicao("POST /x", "Expect: 100-continue\r\n", "0123456789a")),
+              LINHA_413);
+}
+
+// The client goes on sending long after the refusal: the line must not be lost to a reset.
+TEST_F(Http, aRecusaChegaAQuemAindaEnvia) {
+    YWebServer_setLimiteDoCorpo(servidor.get(), 1000);
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("POST /x", "", std::string(4 << 20, 'c')));
+    EXPECT_EQ(cliente.recebeAteFechar(), LINHA_413);
+}
+
+TEST_F(Http, fechaLogo) {
+    struct {
+        const char *versao;
+        const char *campos;
+        bool fecha;
+    } const casos[] = {
+        {"1.1", "", false},
+        {"1.1", "Connection: close\n", true},
+        {"1.1", "Connection: TE,  Close \n", true},
+        {"1.1", "Connection: closer\n", false},
+        {"1.1", "Connection: keep-alive\n", false},
+        {"1.0", "", true},
+        {"1.0", "Connection: Keep-Alive\n", false},
+    };
+    for (const bool ligado : {true, false}) {
+        YWebServer_setFechaLogo(servidor.get(), ligado ? 1 : 0);
+        for (const auto &caso : casos) {
+            Cliente cliente(servidor.porta());
+            cliente.envia(std::string("GET /a HTTP/") + caso.versao + "\n" + caso.campos + "\n");
+            EXPECT_EQ(cliente.recebe().linha, "HTTP/1.1 200 OK");
+            cliente.envia(requisicao("GET /b"));
+            EXPECT_EQ(cliente.recebe().linha.empty(), ligado && caso.fecha)
+                << ligado << caso.versao << caso.campos;
+        }
+    }
+}
+
+// ---- Time ----
+
+void esperaSegundo(std::time_t segundo) {
+    EXPECT_TRUE(acontece([&] { return std::time(nullptr) >= segundo; }));
+}
+
+// A connection ends two seconds after its last batch began, with nothing more written to it.
+TEST_F(Http, lotesDeDoisSegundos) {
+    const Diario diario;
+    Cliente calado(servidor.porta());
+    Cliente meiaLinha(servidor.porta());
+    Cliente meiaCabeca(servidor.porta());
+    Cliente meioCorpo(servidor.porta());
+    Cliente fiel(servidor.porta());
+    meiaLinha.envia("GET /x HT");
+    meiaCabeca.envia("GET /x HTTP/1.1\r\nA: b\r\n");
+    meioCorpo.envia("POST /x HTTP/1.1\r\nContent-Length: 9\r\n\r\nabc");
+    fiel.envia(requisicao("GET /1"));
+    EXPECT_EQ(fiel.recebe().corpo, "GET /1 HTTP/1.1|/1|");
+    const std::time_t inicio = std::time(nullptr);
+    aindaServe("a slow client");
+
+    EXPECT_TRUE(calado.fechou());
+    EXPECT_GE(std::time(nullptr), inicio + 1);
+    EXPECT_LE(std::time(nullptr), inicio + 4);
+    EXPECT_TRUE(meiaLinha.fechou());
+    EXPECT_TRUE(meiaCabeca.fechou());
+    EXPECT_EQ(meioCorpo.recebe().corpo, "POST /x HTTP/1.1|/x|abc");
+    EXPECT_TRUE(meioCorpo.fechou()) << "what follows a cut body is no request";
+    fiel.envia(requisicao("GET /2"));
+    EXPECT_EQ(fiel.recebe().corpo, "GET /2 HTTP/1.1|/2|") << "its second batch has begun";
+    EXPECT_TRUE(fiel.fechou());
+    EXPECT_EQ(chamadas, 4);
+}
+
+void esperaOutroSegundo(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
+                        YMensagemHttp * /*resposta*/) {
+    esperaSegundo(std::time(nullptr) + 1);
+}
+
+TEST(HttpLote, umaDataParaOLoteInteiro) {
+    const Servidor servidor(esperaOutroSegundo);
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /1") + requisicao("GET /2"));
+    Resposta primeira = cliente.recebe();
+    EXPECT_EQ(primeira.linha, "HTTP/1.1 ") << "what the handler did not complete is sent as it is";
+    EXPECT_EQ(primeira.campos["date"], cliente.recebe().campos["date"]);
+}
+
+// ---- Handlers ----
+
+void lancaConformeUri(void * /*contexto*/, char *uri, YMensagemHttp * /*requisicao*/,
+                      YMensagemHttp *resposta) {
+    const std::string qual = uri;
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
+    if (qual == "/implementado") {
+        YContextoTry_throw(YExcNaoImplementado_rtti, "um dia", "Teste", 1);
+    } else if (qual == "/yexc") {
+        YContextoTry_throw(YExcIOError_rtti, "falha de teste", "Teste", 1);
+    } else if (qual == "/std") {
+        throw std::runtime_error("falha de teste");
+    } else if (qual == "/int") {
+        throw 7;
+    }
+}
+
+TEST(HttpTratador, excecoesAcabamSoAConexao) {
+    const Servidor servidor(lancaConformeUri);
+    const Diario diario;
+    const std::string boa = requisicao("GET /");
+    EXPECT_EQ(conversa(servidor.porta(), requisicao("GET /implementado") + boa), LINHA_501);
+    for (const char *uri : {"GET /yexc", "GET /std", "GET /int"}) {
+        EXPECT_EQ(conversa(servidor.porta(), requisicao(uri) + boa), "") << uri;
+        EXPECT_TRUE(conversa(servidor.porta(), boa).starts_with("HTTP/1.1 200 OK\n"));
+    }
+    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 0; }));
+    EXPECT_EQ(diario.quantos("falha de teste"), 2) << "each is logged once";
+    EXPECT_EQ(diario.quantos(""), 3);
+}
+
+void poeQuebras(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
+                YMensagemHttp *resposta) {
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200\r\n OK");
+    YDIC_guarda(YMensagemHttp_getHeader(resposta), "X\n-Nome", "um\r\nSet-Cookie: dois");
+    YDIC_guarda(YMensagemHttp_getHeader(resposta), "Content-Length", "999");
+}
+
+TEST(HttpTratador, naoForjaLinhas) {
+    const Servidor servidor(poeQuebras);
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /"));
+    Resposta r = cliente.recebe();
+    EXPECT_EQ(r.linha, "HTTP/1.1 200 OK");
+    EXPECT_EQ(r.campos["x-nome"], "umSet-Cookie: dois");
+    EXPECT_EQ(r.campos["content-length"], "0") << "the real length";
+    EXPECT_EQ(r.campos.size(), 5U);
+}
+
+void respondeMuito(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
+                   YMensagemHttp *resposta) {
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
+    const std::string muito(16 << 20, 'm');
+    YMensagemHttp_putBloco(resposta, muito.data(), static_cast<int64_t>(muito.size()));
+}
+
+TEST(HttpTratador, respostaMaiorQueOsBuffers) {
+    const Servidor servidor(respondeMuito);
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /1") + requisicao("GET /2"));
+    EXPECT_EQ(cliente.recebe().corpo, std::string(16 << 20, 'm'));
+    EXPECT_EQ(cliente.recebe().corpo.size(), std::size_t{16} << 20);
+}
+
+struct Par {
+    YFuncaoTratadorHttp funcao;
+    std::atomic<int> chamadas{0};
+    std::atomic<int> alheias{0};
+};
+
+void tratadorA(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta);
+void tratadorB(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta);
+
+void conta(void *contexto, YFuncaoTratadorHttp eu) {
+    auto *par = static_cast<Par *>(contexto);
+    par->chamadas++;
+    par->alheias += par->funcao == eu ? 0 : 1;
+}
+
+void tratadorA(void *contexto, char * /*uri*/, YMensagemHttp * /*requisicao*/, YMensagemHttp * /*resposta*/) {
+    conta(contexto, tratadorA);
+}
+
+void tratadorB(void *contexto, char * /*uri*/, YMensagemHttp * /*requisicao*/, YMensagemHttp * /*resposta*/) {
+    conta(contexto, tratadorB);
+}
+
+TEST(HttpTratador, trocadoComoUmaUnidade) {
+    Par a{tratadorA};
+    Par b{tratadorB};
+    const Servidor servidor;
+    const YTratadorHttp primeiro = YWebServer_setTratador(servidor.get(), &a, tratadorA);
+    EXPECT_EQ(primeiro.contexto, servidor.get());
+    EXPECT_EQ(YWebServer_setTratador(servidor.get(), &b, tratadorB).funcao, tratadorA);
+
+    std::vector<std::thread> clientes;
+    for (int i = 0; i < 4; i++) {
+        clientes.emplace_back([&] {
+            Cliente cliente(servidor.porta());
+            for (int j = 0; j < 300; j++) {
+                cliente.envia(requisicao("GET /"));
+                EXPECT_EQ(cliente.recebe().linha, "HTTP/1.1 ");
+            }
+        });
+    }
+    while (a.chamadas + b.chamadas < 1200) {
+        EXPECT_EQ(YWebServer_setTratador(servidor.get(), &a, tratadorA).contexto, &b);
+        EXPECT_EQ(YWebServer_setTratador(servidor.get(), &b, tratadorB).contexto, &a);
+    }
+    for (std::thread &cliente : clientes) {
+        cliente.join();
+    }
+    EXPECT_EQ(a.alheias + b.alheias, 0);
+}
+
+} // namespace

@@ -1,0 +1,313 @@
+// The web server's life: start, stop, start again, destruction under load, limits of connections.
+#include "apoio/cliente.hpp"
+#include "apoio/servidor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <sys/resource.h>
+
+using apoio::acontece;
+using apoio::Cliente;
+using apoio::conversa;
+using apoio::Diario;
+using apoio::requisicao;
+using apoio::Servidor;
+
+namespace {
+
+using Relogio = std::chrono::steady_clock;
+using std::chrono::seconds;
+
+void ola(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/, YMensagemHttp *resposta) {
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
+    YMensagemHttp_printf(resposta, "ola");
+}
+
+void serve(std::uint32_t porta) {
+    EXPECT_TRUE(conversa(porta, requisicao("GET /")).ends_with("\n\nola"));
+}
+
+TEST(Parada, ociosoParaLogoERecomeca) {
+    Servidor servidor(ola);
+    for (int volta = 0; volta < 3; volta++) {
+        const std::uint32_t porta = servidor.porta();
+        serve(porta);
+        const auto inicio = Relogio::now();
+        YObThread_stop(servidor.get());
+        EXPECT_LT(Relogio::now() - inicio, seconds(1));
+        EXPECT_EQ(YWebServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 0) << "not alive";
+        EXPECT_THROW(Cliente{porta}, std::system_error);
+        YWebServer_setPorta(servidor.get(), porta);
+        servidor.inicia();
+        EXPECT_EQ(servidor.porta(), porta) << "an address just used is used again";
+    }
+    serve(servidor.porta());
+}
+
+TEST(Parada, conexoesAceitasVivemAlemDaParada) {
+    const Servidor servidor(ola);
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /1"));
+    EXPECT_EQ(cliente.recebe().corpo, "ola");
+    YObThread_stop(servidor.get());
+    cliente.envia(requisicao("GET /2"));
+    EXPECT_EQ(cliente.recebe().corpo, "ola");
+}
+
+// A handler that waits until the test lets it go.
+struct Porteiro {
+    std::atomic<int> dentro{0};
+    std::atomic<bool> aberto{false};
+};
+
+void esperaNaPorta(void *contexto, char * /*uri*/, YMensagemHttp * /*requisicao*/, YMensagemHttp *resposta) {
+    auto *porteiro = static_cast<Porteiro *>(contexto);
+    porteiro->dentro++;
+    EXPECT_TRUE(acontece([&] { return porteiro->aberto.load(); }));
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
+    YMensagemHttp_printf(resposta, "enfim");
+}
+
+TEST(Parada, chamadasEmCursoTerminamEAsOutrasConexoesAcabamLogo) {
+    Porteiro porteiro;
+    Servidor servidor(esperaNaPorta, &porteiro);
+    Cliente ocupado(servidor.porta());
+    Cliente ocioso(servidor.porta());
+    Cliente meiaCabeca(servidor.porta());
+    Cliente meioCorpo(servidor.porta());
+    ocupado.envia(requisicao("GET /1") + requisicao("GET /2"));
+    meiaCabeca.envia("GET / HTTP/1.1\nA: b");
+    meioCorpo.envia("GET / HTTP/1.1\nContent-Length: 1000000\n\nabc");
+    EXPECT_TRUE(
+        acontece([&] { return YWebServer_getConexoes(servidor.get()) == 4 && porteiro.dentro == 1; }));
+    std::thread destruidor([&] { servidor.libera(); });
+    EXPECT_TRUE(ocioso.fechou());
+    EXPECT_TRUE(meiaCabeca.fechou());
+    porteiro.aberto = true;
+    EXPECT_EQ(ocupado.recebe().corpo, "enfim") << "its answer arrives";
+    EXPECT_TRUE(ocupado.fechou()) << "the request behind it is not begun";
+    destruidor.join();
+}
+
+TEST(Parada, sobCarga) {
+    for (int volta = 0; volta < 5; volta++) {
+        Servidor servidor(ola);
+        const std::uint32_t porta = servidor.porta();
+        std::atomic<bool> acabou{false};
+        std::atomic<int> respostas{0};
+        std::vector<std::thread> clientes;
+        for (int i = 0; i < 8; i++) {
+            clientes.emplace_back([&, i] {
+                while (!acabou) {
+                    try {
+                        Cliente cliente(porta); // some stay on it, some come anew for each request
+                        do {
+                            cliente.envia(requisicao("GET /"));
+                            if (cliente.recebe().linha.empty()) {
+                                break;
+                            }
+                            respostas++;
+                        } while (i % 2 == 0);
+                        if (i % 3 == 0) {
+                            cliente.aborta();
+                        }
+                    } catch (const std::system_error &) {
+                        continue; // nobody listens any more
+                    }
+                }
+            });
+        }
+        EXPECT_TRUE(acontece([&] { return respostas > 200; }));
+        const auto inicio = Relogio::now();
+        servidor.libera();
+        EXPECT_LT(Relogio::now() - inicio, seconds(3));
+        acabou = true;
+        for (std::thread &cliente : clientes) {
+            cliente.join();
+        }
+    }
+}
+
+TEST(Parada, quemNaoParaDeEnviarNaoSegura) {
+    Servidor servidor(ola);
+    Cliente cliente(servidor.porta());
+    std::thread enviador([&] {
+        const std::string muitas = requisicao("GET /", "", std::string(10000, 'x'));
+        while (cliente.envia(muitas)) {
+        }
+    });
+    EXPECT_TRUE(cliente.recebeBytes(100'000).starts_with("HTTP/1.1 200 OK"));
+    const Diario diario;
+    const auto inicio = Relogio::now();
+    servidor.libera();
+    EXPECT_LT(Relogio::now() - inicio, seconds(3));
+    enviador.join();
+}
+
+void respondeMuito(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
+                   YMensagemHttp *resposta) {
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
+    YStream_puts(YMensagemHttp_getBody(resposta), std::string(64 << 20, 'm').c_str());
+}
+
+TEST(Parada, quemNaoLeARespostaSeguraCincoSegundos) {
+    Servidor servidor(respondeMuito);
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /"));
+    EXPECT_EQ(cliente.recebeBytes(5), "HTTP/");
+    const Diario diario;
+    const auto inicio = Relogio::now();
+    servidor.libera();
+    EXPECT_GE(Relogio::now() - inicio, seconds(4));
+    EXPECT_LT(Relogio::now() - inicio, seconds(9));
+    EXPECT_EQ(diario.quantos("Falha no envio pelo socket."), 1);
+}
+
+void liberaOProprio(void *contexto, char * /*uri*/, YMensagemHttp * /*requisicao*/, YMensagemHttp *resposta) {
+    try {
+        YliberaObjeto(contexto);
+    } catch (const YExcecao &e) {
+        YMensagemHttp_printf(resposta, "%s", e.what());
+    }
+}
+
+TEST(Parada, tratadorNaoLiberaOProprioServidor) {
+    const Servidor servidor;
+    YWebServer_setTratador(servidor.get(), servidor.get(), liberaOProprio);
+    for (int i = 0; i < 2; i++) {
+        EXPECT_TRUE(conversa(servidor.porta(), requisicao("GET /"))
+                        .ends_with("Objeto em uso pela pr\xF3pria thread."));
+    }
+}
+
+// A class derived from the web server, whose handler uses the derived fields until its last call.
+struct Derivado : YWebServer {
+    Porteiro *porteiro;
+    char *mensagem;
+};
+
+void constroiDerivado(void *objeto);
+
+void destroiDerivado(void *objeto) {
+    YliberaMemoria(static_cast<Derivado *>(objeto)->mensagem);
+}
+
+const YRtti *Derivado_rtti() {
+    static const YObThread_Rtti descritor = [] {
+        YObThread_Rtti d = *reinterpret_cast<const YObThread_Rtti *>(YWebServer_rtti());
+        d.rtti = {YWebServer_rtti, "Derivado", sizeof(Derivado), constroiDerivado, destroiDerivado};
+        return d;
+    }();
+    return &descritor.rtti;
+}
+
+void respondeDerivado(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta) {
+    auto *eu = static_cast<Derivado *>(contexto);
+    esperaNaPorta(eu->porteiro, uri, requisicao, resposta);
+    YMensagemHttp_printf(resposta, "%s", eu->mensagem);
+}
+
+void constroiDerivado(void *objeto) {
+    auto *eu = static_cast<Derivado *>(objeto);
+    eu->mensagem = YduplicaString(", derivado");
+    YWebServer_setPorta(eu, 0);
+    YWebServer_setTratador(eu, eu, respondeDerivado);
+}
+
+TEST(Parada, classeDerivadaFicaInteiraAteAUltimaChamada) {
+    Porteiro porteiro;
+    auto servidor = pramo::cria<Derivado>(Derivado_rtti);
+    servidor->porteiro = &porteiro;
+    YObThread_start(servidor.get());
+    ASSERT_EQ(YWebServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 1);
+    Cliente cliente(YWebServer_getPorta(servidor.get()));
+    Cliente ocioso(YWebServer_getPorta(servidor.get()));
+    cliente.envia(requisicao("GET /"));
+    EXPECT_TRUE(
+        acontece([&] { return YWebServer_getConexoes(servidor.get()) == 2 && porteiro.dentro == 1; }));
+    std::thread destruidor([&] { servidor.reset(); });
+    EXPECT_TRUE(ocioso.fechou());
+    porteiro.aberto = true;
+    EXPECT_EQ(cliente.recebe().corpo, "enfim, derivado");
+    destruidor.join();
+}
+
+// ---- What there is not enough of ----
+
+TEST(Parada, limiteDeConexoes) {
+    Servidor servidor(ola);
+    YWebServer_setLimiteDeConexoes(servidor.get(), 2);
+    auto primeiro = std::make_unique<Cliente>(servidor.porta());
+    const Cliente segundo(servidor.porta());
+    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 2; }));
+    Cliente terceiro(servidor.porta());
+    terceiro.envia(requisicao("GET /"));
+    primeiro->envia(requisicao("GET /"));
+    EXPECT_EQ(primeiro->recebe().corpo, "ola");
+    EXPECT_EQ(YWebServer_getConexoes(servidor.get()), 2U) << "the third one waits in the queue";
+    primeiro.reset();
+    EXPECT_EQ(terceiro.recebe().corpo, "ola");
+
+    YWebServer_setLimiteDeConexoes(servidor.get(), 0);
+    const auto inicio = Relogio::now();
+    servidor.libera();
+    EXPECT_LT(Relogio::now() - inicio, seconds(1)) << "also while it waits for a place";
+}
+
+TEST(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
+    const Diario diario;
+    auto dono = std::make_unique<Servidor>(ola);
+    const auto outro = pramo::cria<YWebServer>(YWebServer_rtti);
+    const std::uint32_t porta = dono->porta();
+    YWebServer_setPorta(outro.get(), porta);
+    YWebServer_setTratador(outro.get(), nullptr, ola);
+    EXPECT_EQ(YWebServer_esperaPronto(outro.get(), std::time(nullptr) + 10), 0) << "not started";
+    YObThread_start(outro.get());
+    const auto inicio = Relogio::now();
+    EXPECT_EQ(YWebServer_esperaPronto(outro.get(), std::time(nullptr) + 10), 0);
+    EXPECT_LT(Relogio::now() - inicio, seconds(5)) << "it does not wait for the deadline";
+    serve(porta); // the one that listens
+    dono.reset();
+    EXPECT_TRUE(acontece([&] { return YWebServer_esperaPronto(outro.get(), std::time(nullptr) + 10) == 1; }));
+    serve(porta); // the other one
+    EXPECT_EQ(diario.quantos("Porta n"), 1);
+}
+
+TEST(Parada, semDescritoresContinua) {
+    const Servidor servidor(ola);
+    const Diario diario;
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /1"));
+    EXPECT_EQ(cliente.recebe().corpo, "ola");
+    rlimit antes{};
+    getrlimit(RLIMIT_NOFILE, &antes);
+    const rlimit nenhum{0, antes.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &nenhum);
+    EXPECT_TRUE(acontece([&] { return diario.quantos("Falha aceitando") > 0; }));
+    cliente.envia(requisicao("GET /2"));
+    EXPECT_EQ(cliente.recebe().corpo, "ola") << "connections go on";
+    setrlimit(RLIMIT_NOFILE, &antes);
+    serve(servidor.porta());
+    EXPECT_EQ(diario.quantos(""), 1);
+}
+
+TEST(Parada, semThreadsContinua) {
+    constexpr std::size_t MAIS_QUE_AS_GUARDADAS = 66;
+    const Servidor servidor(ola);
+    const Diario diario;
+    YexecutaThread_setTamanhoDaPilha(std::uint64_t{1} << 62);
+    std::vector<std::unique_ptr<Cliente>> clientes;
+    while (diario.quantos("criar a thread") == 0 && clientes.size() < MAIS_QUE_AS_GUARDADAS) {
+        clientes.push_back(std::make_unique<Cliente>(servidor.porta()));
+        EXPECT_TRUE(acontece([&] {
+            return YWebServer_getConexoes(servidor.get()) == clientes.size() || diario.quantos("") > 0;
+        }));
+    }
+    YexecutaThread_setTamanhoDaPilha(std::uint64_t{1} << 20);
+    EXPECT_EQ(diario.quantos("criar a thread"), 1);
+    EXPECT_TRUE(clientes.back()->fechou());
+    serve(servidor.porta());
+}
+
+} // namespace

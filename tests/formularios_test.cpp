@@ -1,0 +1,350 @@
+// Operations with their variables and buttons: the form that goes out, the answers that come in, and who
+// waits.
+#include "apoio/arvore.hpp"
+#include "apoio/servidor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <fstream>
+#include <thread>
+#include <unistd.h>
+
+using apoio::acontece;
+using apoio::excecao;
+
+using namespace pramo::literais;
+
+namespace {
+
+Pramo_Tipo *const ID = Pramo_Tipo_getTipoId();
+
+struct Operacao {
+    pramo::Ponteiro<Pramo_Operacao> dona = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+
+    operator Pramo_Operacao *() const { return dona.get(); } // NOLINT: as C sees it
+
+    Pramo_Variavel *cria(const char *nome, void *endereco, std::uint64_t tamanho,
+                         Pramo_Tipo *tipo = ID) const {
+        Pramo_Variavel *variavel = Pramo_Operacao_criaVariavel(*this, nome, tipo, endereco, tamanho);
+        Pramo_Variavel_marcaUsada(variavel);
+        return variavel;
+    }
+    [[nodiscard]] std::string escrita() const {
+        const auto resposta = pramo::cria<YNo>(YNo_rtti);
+        Pramo_Operacao_descarregaNaResposta(*this, resposta.get());
+        return apoio::grava(resposta.get());
+    }
+    [[nodiscard]] std::string carrega(const std::string &campos) const {
+        const auto requisicao = apoio::le("<r>" + campos + "</r>");
+        return excecao([&] { Pramo_Operacao_carregaDaRequisicao(*this, requisicao.get()); });
+    }
+};
+
+// ---- Making and clearing ----
+
+TEST(Operacao, nomeRepetidoDaAPrimeiraEAAreaTemFim) {
+    constexpr const char *NAO_COUBE = "YExcSoap: Nova variável da operação não coube na área pré-alocada."_l1;
+    const Operacao op;
+    EXPECT_EQ(excecao([&] { op.cria("grande", nullptr, 1025); }), NAO_COUBE);
+    EXPECT_EQ(op.dona->areaOcupada, 0U);
+    std::array<std::uint8_t, 8> memoria{};
+    op.cria("fora", memoria.data(), 1 << 20);
+    Pramo_Variavel *a = op.cria("a", nullptr, 1001);
+    auto *bytes = static_cast<std::uint8_t *>(Pramo_Variavel_getEndereco(a));
+    EXPECT_EQ(op.cria("a", memoria.data(), 5, nullptr), a);
+    EXPECT_EQ(a->endereco, bytes);
+    EXPECT_EQ(a->tipo, ID);
+    EXPECT_EQ(Pramo_Variavel_getEndereco(op.cria("b", nullptr, 23)), bytes + 1001);
+    EXPECT_EQ(excecao([&] { op.cria("c", nullptr, 1); }), NAO_COUBE);
+    EXPECT_EQ(Pramo_Operacao_recuperaVariavel(op, "c"), nullptr);
+    EXPECT_EQ(excecao([&] { Pramo_Operacao_getVariavel(op, "c"); }), "YExc: Variável desconhecida."_l1);
+
+    // The last bytes are enough for a date of no size of its own.
+    op.cria("data", nullptr, 0, Pramo_Tipo_getTipoDATAC());
+    EXPECT_EQ(op.carrega("<campo nome=\"data\">2024-03-05</campo>"), "");
+
+    bytes[0] = 7;
+    Pramo_Operacao_clear(op);
+    EXPECT_EQ(YVetor_tam(op.dona->variaveis), 0U);
+    EXPECT_EQ(*static_cast<std::uint8_t *>(Pramo_Variavel_getEndereco(op.cria("d", nullptr, 1))), 7);
+}
+
+TEST(Operacao, depoisDeLimparNadaDoQueHaviaVolta) {
+    const Operacao op;
+    Pramo_Operacao_setTitulo(op, "Venda");
+    Pramo_Operacao_setTitulo(op, Pramo_Operacao_getTitulo(op) + 1);
+    Pramo_Operacao_setRespostaDoPopup(op, "k", "sim");
+    Pramo_Operacao_habilitaPeriferico(op, Pramo_Periferico_getPIN());
+    for (int volta = 0; volta < 20; volta++) {
+        EXPECT_EQ(Pramo_Operacao_temMensagem(op, "m"), 0);
+        Pramo_Operacao_guardaMensagem(op, "m");
+        Pramo_Operacao_guardaMensagem(op, "m");
+        EXPECT_EQ(Pramo_Operacao_temMensagem(op, "m"), 1);
+        Pramo_Variavel *nova = op.cria("a", nullptr, 1);
+        EXPECT_EQ(op.escrita().find("focado"), std::string::npos) << "made where the focused one was";
+        EXPECT_NE(op.escrita().find("<periferico>PIN</periferico>"), std::string::npos);
+        Pramo_Operacao_focaEm(op, nova);
+        Pramo_Operacao_criaBotao(op, "b", "B");
+        Pramo_Operacao_clear(op);
+        EXPECT_EQ(op.dona->foco, nullptr);
+        EXPECT_EQ(op.escrita(), "<estilo>DialogoPadrao</estilo>");
+    }
+    EXPECT_STREQ(Pramo_Operacao_getTitulo(op), "enda");
+    EXPECT_STREQ(Pramo_Operacao_getRespostaDoPopup(op, "k"), "sim");
+    EXPECT_EQ(Pramo_Operacao_getRespostaDoPopup(op, "outra"), nullptr);
+}
+
+// ---- Writing ----
+
+TEST(Operacao, gravaOsCamposMarcadosOsBotoesEOFoco) {
+    const Operacao op;
+    Pramo_Operacao_habilitaPeriferico(op, Pramo_Periferico_getTECLADO());
+    Pramo_Operacao_habilitaPeriferico(op, Pramo_Periferico_getTECLADO());
+    Pramo_Variavel *a = op.cria("a", nullptr, 2);
+    Pramo_Operacao_habilitaPeriferico(op, nullptr);
+    Pramo_Variavel_setDescricao(a, "d<");
+    Pramo_Variavel_setTitulo(a, "");
+    Pramo_Variavel_setSomenteLeitura(a, 2);
+    Pramo_Variavel_acrescentaOpcao(a, "1", "um");
+    Pramo_Variavel_acrescentaOpcao(a, "1", "outro");
+    Pramo_Variavel *b = op.cria("b", nullptr, 1);
+    Pramo_Variavel_desmarcaUsada(b);
+    Pramo_Variavel_setRequerValidacao(op.cria("c", nullptr, 1, Pramo_Tipo_getTipoQTDE3()), 1);
+    Pramo_Operacao_criaBotao(op, "k", "K");
+    Pramo_Operacao_criaBotao(op, "k", "L");
+    const std::string campoA =
+        "<campo nome=\"a\" estilo=\"CampoSenha\" tipo=\"id\" somenteLeitura=\"true\" "
+        "requerValidacao=\"false\" "
+        "titulo=\"\"><descricao>d&lt;</descricao><valor>0000 </valor><periferico>TECLADO</periferico>"
+        "<opcao><chave>1</chave><texto>um</texto></opcao><opcao><chave>1</chave><texto>outro</texto></"
+        "opcao></campo>";
+    const std::string resto =
+        "<campo nome=\"c\" estilo=\"CampoSenha\" tipo=\"qtde3\" somenteLeitura=\"false\" "
+        "requerValidacao=\"true\">"
+        "<valor>0.000</valor></campo>"
+        "<botao nomeDaOperacao=\"k\" titulo=\"K\" estilo=\"BotaoAbertura\"/>"
+        "<botao nomeDaOperacao=\"k\" titulo=\"L\" estilo=\"BotaoAbertura\"/><estilo>DialogoPadrao</estilo>";
+    Pramo_Operacao_focaEm(op, b); // it is not marked
+    EXPECT_EQ(op.escrita(), campoA + resto);
+    Pramo_Operacao_focaEm(op, a);
+    EXPECT_EQ(op.escrita(), campoA + "<focado>a</focado>" + resto) << "marks stay";
+}
+
+// ---- Loading ----
+
+struct TresCampos : Operacao {
+    std::array<std::uint8_t, 3> memoria{1, 2, 3};
+    std::array<Pramo_Variavel *, 3> campos{};
+
+    TresCampos() {
+        const char *nomes[] = {"a", "b", "c"};
+        for (std::size_t i = 0; i < 3; i++) {
+            campos[i] = cria(nomes[i], &memoria[i], 1);
+        }
+    }
+    /// Values and marks.
+    [[nodiscard]] std::string estado() const {
+        std::string texto;
+        for (std::size_t i = 0; i < 3; i++) {
+            texto += std::to_string(memoria[i]) + (Pramo_Variavel_foiUsada(campos[i]) != 0 ? "* " : " ");
+        }
+        return texto;
+    }
+};
+
+TEST(Operacao, carregaEmOrdemAteAFalha) {
+    struct {
+        const char *campos;
+        const char *excecao;
+        const char *estado;
+    } const casos[] = {
+        {"", "", "1* 2* 3* "},
+        {"<eu>x</eu><outro nome=\"a\">9</outro><campos nome=\"a\">9</campos>", "", "1* 2* 3* "},
+        {"<campo nome=\"c\">9</campo><eu/><x:campo nome=\"a\">8</x:campo><campo nome=\"c\">7</campo>", "",
+         "8 2* 7 "},
+        {"<campo nome=\"a\">9</campo><campo nome=\"z%n\">8</campo><campo nome=\"c\">7</campo>",
+         "YExcSoap: Não existe o campo \"z%n\"."_l1, "9 2* 3* "},
+        {"<campo nome=\"a\"/><campo>9</campo>", "YExcSoap: Faltou atributo nome na tag campo.", "0 2* 3* "},
+        {"<campo nome=\"a\">9</campo><campo nome=\"b\">x7</campo><campo nome=\"c\">9</campo>",
+         "YExcSoap: Caractere inválido em número."_l1, "9 2* 3* "},
+    };
+    for (const auto &caso : casos) {
+        const TresCampos op;
+        EXPECT_EQ(op.carrega(caso.campos), caso.excecao) << caso.campos;
+        EXPECT_EQ(op.estado(), caso.estado) << caso.campos;
+    }
+    const TresCampos op;
+    Pramo_Operacao_carregaDaRequisicao(op, nullptr);
+    EXPECT_EQ(op.estado(), "1* 2* 3* ");
+}
+
+TEST(Operacao, perifericoEOpcaoFicamTambemDeUmValorRecusado) {
+    const TresCampos op;
+    const Pramo_Variavel *a = op.campos[0];
+    EXPECT_NE(op.carrega("<campo nome=\"a\" periferico=\"PIN\" opcao=\"o\">x</campo>"), "");
+    EXPECT_EQ(Pramo_Variavel_getPerifericoUtilizado(a), Pramo_Periferico_getPIN());
+    EXPECT_STREQ(Pramo_Variavel_getOpcaoEscolhida(a), "o");
+    EXPECT_EQ(op.carrega("<campo nome=\"a\" periferico=\"pin\">1</campo>"), "");
+    EXPECT_EQ(Pramo_Variavel_getPerifericoUtilizado(a), nullptr);
+    EXPECT_EQ(Pramo_Variavel_getOpcaoEscolhida(a), nullptr);
+}
+
+TEST(Operacao, cargaEstritaRecusaAntesDeGuardar) {
+    struct {
+        const char *campo;
+        const char *excecao;
+    } const casos[] = {
+        {"<campo nome=\"b\">8</campo>", "YExcSoap: O campo \"b\" não foi oferecido."_l1},
+        {"<campo nome=\"c\">8</campo>", "YExcSoap: O campo \"c\" é somente para leitura."_l1},
+        {"<campo nome=\"a\" opcao=\"3\">8</campo>",
+         "YExcSoap: A opção escolhida não existe no campo \"a\"."_l1},
+        {"<campo nome=\"z\">8</campo>", "YExcSoap: Não existe o campo \"z\"."_l1},
+        {"<campo/>", "YExcSoap: Faltou atributo nome na tag campo."},
+        {"<campo nome=\"a\" opcao=\"2\">8</campo>", ""},
+    };
+    for (const auto &caso : casos) {
+        const TresCampos op;
+        Pramo_Variavel_acrescentaOpcao(op.campos[0], "1", "um");
+        Pramo_Variavel_acrescentaOpcao(op.campos[0], "2", "dois");
+        Pramo_Variavel_desmarcaUsada(op.campos[1]);
+        Pramo_Variavel_setSomenteLeitura(op.campos[2], 1);
+        Pramo_Operacao_setCargaEstrita(op, 1);
+        EXPECT_EQ(op.carrega("<campo nome=\"a\">9</campo>" + std::string(caso.campo)), caso.excecao);
+        EXPECT_EQ(op.estado(), *caso.excecao != 0 ? "1* 2 3* " : "8 2 3* ") << caso.campo;
+    }
+}
+
+// ---- Classes of the application ----
+
+const Pramo_Tipo_Rtti tipoProprio = {
+    {Pramo_Tipo_rtti, "TipoProprio", 0, nullptr, nullptr},
+    [](Pramo_Tipo *, Pramo_Variavel *variavel, const YNo *) {
+        *static_cast<char *>(variavel->endereco) = 'p';
+    },
+    [](Pramo_Tipo *, const Pramo_Variavel *, YNo *elemento) { YNo_setString(elemento, "valor", "meu"); }};
+
+const Pramo_Operacao_Rtti operacaoPropria = {
+    {Pramo_Operacao_rtti, "OperacaoPropria", 0, nullptr, nullptr},
+    [](Pramo_Operacao *operacao) { Pramo_Operacao_guardaMensagem(operacao, "tratada"); }};
+
+TEST(Operacao, classesDaAplicacaoPreenchemAsOperacoesQueFaltam) {
+    const apoio::Diario diario;
+    const auto tipo = pramo::cria<Pramo_Tipo>([] { return &tipoProprio.rtti; });
+    const Operacao op = {pramo::cria<Pramo_Operacao>([] { return &operacaoPropria.rtti; })};
+    char memoria = 0;
+    op.cria("a", &memoria, 1, tipo.get());
+    EXPECT_EQ(op.carrega("<campo nome=\"a\">9</campo>"), "");
+    EXPECT_EQ(memoria, 'p');
+    op.cria("b", &memoria, 1, tipo.get());
+    EXPECT_NE(op.escrita().find("<valor>meu</valor>"), std::string::npos);
+    Pramo_Operacao_trataCampos(op);
+    EXPECT_EQ(Pramo_Operacao_temMensagem(op, "tratada"), 1);
+
+    constexpr const char *SEM_IMPLEMENTACAO = "Chamada de operação sem implementação."_l1;
+    EXPECT_EQ(diario.quantos(SEM_IMPLEMENTACAO), 0);
+    const auto puro = pramo::cria<Pramo_Tipo>(Pramo_Tipo_rtti);
+    const Operacao pura;
+    pura.cria("a", &memoria, 1, puro.get());
+    EXPECT_EQ(pura.carrega("<campo nome=\"a\">9</campo>"), "");
+    EXPECT_EQ(pura.escrita().find("<valor"), std::string::npos);
+    Pramo_Operacao_trataCampos(pura);
+    EXPECT_EQ(diario.quantos(SEM_IMPLEMENTACAO), 2);
+}
+
+TEST(Periferico, seisComNomeECodigo) {
+    struct {
+        Pramo_Periferico *periferico;
+        const char *nome;
+    } const todos[] = {{Pramo_Periferico_getTECLADO(), "TECLADO"},
+                       {Pramo_Periferico_getCMC7(), "CMC7"},
+                       {Pramo_Periferico_getMAGNETICO(), "MAGNETICO"},
+                       {Pramo_Periferico_getOPTICO(), "OPTICO"},
+                       {Pramo_Periferico_getPIN(), "PIN"},
+                       {Pramo_Periferico_getTOUCH(), "TOUCH"}};
+    int codigo = 1;
+    for (const auto &caso : todos) {
+        Pramo_Entidade_setNome(caso.periferico, "outro");
+        EXPECT_STREQ(Pramo_Entidade_getNome(caso.periferico), caso.nome);
+        EXPECT_EQ(Pramo_Periferico_getPeriferico(caso.nome), caso.periferico);
+        EXPECT_EQ(Pramo_Periferico_getCodigo(caso.periferico), codigo);
+        EXPECT_EQ(Pramo_Periferico_getFinalizadora(caso.periferico), 0);
+        codigo *= 2;
+    }
+    for (const char *nome : {"", "PI", "PINO", "pin", static_cast<const char *>(nullptr)}) {
+        EXPECT_EQ(Pramo_Periferico_getPeriferico(nome), nullptr);
+    }
+}
+
+// ---- Waiting ----
+
+bool dorme(pid_t thread) {
+    std::ifstream arquivo("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string linha{std::istreambuf_iterator<char>(arquivo), {}};
+    const std::size_t nome = linha.rfind(')');
+    return nome != std::string::npos && linha[nome + 2] == 'S';
+}
+
+TEST(Operacao, umSinalAcordaTodosOsQueEsperam) {
+    constexpr std::size_t QUANTAS = 8;
+    constexpr int VEZES = 20; // asleep so often in a row: not on the way to the wait any more
+    const Operacao op;
+    Pramo_Operacao_sinalizaCondicao(op);
+    EXPECT_EQ(op.dona->sincronizacao, nullptr) << "a signal that nobody waits for";
+    std::array<std::atomic<pid_t>, QUANTAS> esperando{};
+    std::atomic<std::size_t> acordadas{0};
+    std::vector<std::thread> threads;
+    for (auto &thread : esperando) {
+        threads.emplace_back([&] {
+            thread = gettid();
+            Pramo_Operacao_esperaCondicao(op);
+            acordadas++;
+        });
+    }
+    int seguidas = 0;
+    EXPECT_TRUE(acontece([&] {
+        const bool todas = std::ranges::all_of(esperando, [](const auto &t) { return t != 0 && dorme(t); });
+        seguidas = todas ? seguidas + 1 : 0;
+        return seguidas == VEZES;
+    }));
+    EXPECT_EQ(acordadas, 0U);
+    Pramo_Operacao_sinalizaCondicao(op);
+    EXPECT_TRUE(acontece([&] { return acordadas == QUANTAS; }));
+    while (acordadas < QUANTAS) { // so that a failure is told, and not waited for
+        Pramo_Operacao_sinalizaCondicao(op);
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+}
+
+TEST(Operacao, primeiraEsperaESinalSeEncontramSemDano) {
+    constexpr int QUANTAS = 3;
+    for (int volta = 0; volta < 200; volta++) {
+        const Operacao op;
+        std::atomic<int> prontas{0};
+        std::atomic<int> acordadas{0};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < QUANTAS; i++) {
+            threads.emplace_back([&] {
+                prontas++;
+                while (prontas < QUANTAS) { // all at once
+                    std::this_thread::yield();
+                }
+                Pramo_Operacao_esperaCondicao(op);
+                acordadas++;
+            });
+        }
+        ASSERT_TRUE(acontece([&] {
+            Pramo_Operacao_sinalizaCondicao(op);
+            return acordadas == QUANTAS;
+        }));
+        for (std::thread &thread : threads) {
+            thread.join();
+        }
+    }
+}
+
+} // namespace

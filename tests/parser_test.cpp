@@ -1,0 +1,256 @@
+// What the parser takes, what it refuses, and what it leaves behind.
+#include "apoio/arvore.hpp"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace apoio;
+using namespace pramo::literais;
+
+namespace {
+
+constexpr const char *TOKEN = "YExcSoap: Token inesperado.";
+constexpr const char *MAL_FORMADA = "YExcSoap: Mensagem SOAP mal formada.";
+
+class Parser : public testing::Test {
+protected:
+    Parser() {
+        YMemoria_habilitaRelatorio(1);
+        parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+    }
+    ~Parser() override {
+        parser.reset();
+        EXPECT_EQ(YMemoria_vivos(), 0U) << "a failed read frees what it built";
+        YMemoria_habilitaRelatorio(0);
+    }
+
+    pramo::Ponteiro<YSoapParser> parser;
+
+    // Reads one element: what of it is written, or "null", and "|" with what is left when that is not
+    // nothing; or what was raised.
+    std::string le(std::string_view texto) {
+        const auto entrada = streamDe(texto);
+        std::string lido;
+        const std::string excecao = apoio::excecao([&] {
+            YNo *raiz = nullptr;
+            YSoapParser_leNo(parser.get(), &raiz, entrada.get());
+            const pramo::Ponteiro<YNo> dono(raiz);
+            const auto resto =
+                texto.substr(texto.size() - static_cast<std::size_t>(YStream_disponiveis(entrada.get())));
+            lido = (raiz != nullptr ? grava(raiz) : "null") + (resto.empty() ? "" : "|" + std::string(resto));
+        });
+        return excecao.empty() ? lido : excecao;
+    }
+};
+
+TEST_F(Parser, aceita) {
+    struct {
+        const char *texto, *lido;
+    } const casos[] = {
+        {"<a/>", "<a/>"},
+        {" \t\r\n\v\f<a>   </a> xyz", "<a/>| xyz"},
+        {"<a></b>", "<a/>"},
+        {"<a>  x y  </a>", "<a>x y  </a>"},
+        {"<p:a q:b=\"1\" c=2>v</p:a>", "<a b=\"1\" c=\"2\">v</a>"},
+        {"<\ta\nb\r=\v1\f>x< / a >", "<a b=\"1\">x</a>"},
+        {"<a>&lt;&#231;\xe7&#xE7;&apos;&quot; R&D</a>", "<a>&lt;&#231;&#231;&#231;'&quot; R&amp;D</a>"},
+        {"<a b=\"<>=/ &lt;&#10;'x'\"c=\"\"/>", "<a b=\"&lt;&gt;=/ &lt;\n'x'\" c=\"\"/>"},
+        {"<a b=1 b=2 x:b=3/>", "<a b=\"3\"/>"},
+        {"<a b=&amp;\"x'!?:/>", "<a b=\"&amp;amp;&quot;x'!?:\"/>"},
+        {"<x:a:b c:d:e=f:g/>", "<a:b d:e=\"f:g\"/>"},
+        {"<a \xff=\"\xa0\">\xa0x</a>", "<a \xff=\"&#160;\">&#160;x</a>"},
+        {"<a><b/>\n<c>1</c>\n</a>", "<a><b/><c>1</c></a>"},
+        // Left out: children with nil, whatever they hold, but neither the root nor what is only like nil.
+        {"<a><b xsi:nil=\"true\"/><c/></a>", "<a><c/></a>"},
+        {"<a><b nil=true><c/><d>1</d></b></a>", "<a/>"},
+        {"<a nil=\"true\"><b nil=\"TRUE\"/><c x:nil=\"true\" nil=\"\"/></a>",
+         "<a nil=\"true\"><b nil=\"TRUE\"/><c nil=\"\"/></a>"},
+        // No element, and lists that end early.
+        {"</a>x", "null|x"},
+        {"<!x>", "null"},
+        {"< !DOCTYPE x=1 y=\"2\" / ><c/>", "null|<c/>"},
+        {"<r><a><!--c--><b/></a></r>", "<r><a/><b/></r>|</r>"},
+        {"<r><!><b/></r>", "<r/>|<b/></r>"},
+        {"<a><![CDATA[x]]></a>", "<a/>|</a>"},
+    };
+    for (const auto &[texto, lido] : casos) {
+        EXPECT_EQ(le(texto), lido) << texto;
+    }
+}
+
+TEST_F(Parser, recusa) {
+    using namespace std::literals;
+    for (const auto texto : {""sv,
+                             " \n "sv,
+                             "texto"sv,
+                             "\"<a/>\""sv,
+                             "<>"sv,
+                             "<=a>"sv,
+                             "<\"a\"/>"sv,
+                             "<a / b>"sv,
+                             "<a b>"sv,
+                             "<a b c=1>"sv,
+                             "<a \"b\"=1>"sv,
+                             "<a b=1 =2>"sv,
+                             "<a b=1<c/>"sv,
+                             "<a><b/>t</a>"sv,
+                             "<a></>"sv,
+                             "<a></\"a\">"sv,
+                             "<a></a b>"sv,
+                             "<a></a/>"sv,
+                             "<a>x</a b>"sv,
+                             "<a>t<b c></a>"sv,
+                             "<a><!-- c --></a>"sv,
+                             "<!DOCTYPE a>"sv,
+                             "<?xml version=\"1.0\"?><a/>"sv,
+                             "<a b=\"x/>"sv,
+                             "<a>&lt"sv,
+                             "<a\0/>"sv,
+                             "\0<a/>"sv,
+                             "<\0a/>"sv,
+                             "<a b=\"\0\"/>"sv,
+                             "<a b=\"&amp;\0\"/>"sv,
+                             "<a> \0</a>"sv,
+                             "<a>x\0y</a>"sv,
+                             "<a><b/>\0</a>"sv}) {
+        EXPECT_EQ(le(texto), TOKEN) << texto;
+    }
+    for (const char *texto : {"<a b=>", "<a b=/>", "<a b==1>", "<!a b=>"}) {
+        EXPECT_EQ(le(texto), MAL_FORMADA) << texto;
+    }
+    for (const char *texto : {"<a>t<b/></a>", "<a>t<!--c--></a>", "<a>t<b></b></a>"}) {
+        EXPECT_EQ(le(texto), std::string(MAL_FORMADA) + " Esperava tag fechando.") << texto;
+    }
+    for (const char *texto : {"<a>&lix;</a>", "<a><b c=\"&eacute;\"/></a>"}) {
+        EXPECT_EQ(le(texto), std::string("YExc: ") + "Referência a caractere desconhecida."_l1) << texto;
+    }
+    for (const char *texto : {"<a>&#256;</a>", "<a>&#0;</a>", "<a b=\"&#x0;\"/>"}) {
+        EXPECT_EQ(le(texto), std::string("YExc: ") + "Referência a caractere fora de ISO-8859-1."_l1)
+            << texto;
+    }
+}
+
+// Cut after every byte, and with every byte exchanged.
+TEST_F(Parser, documentoEstragado) {
+    const std::string documento =
+        "<e:Envelope xmlns:e='x'>\n <e:Body><c:soma xmlns:c=\"urn:Calc\" / >\n<lista><item a=\"1 &amp; 2\" "
+        "b=2 "
+        ">tr&#234;s\n</item><nada n:nil=\"true\"><a><b>x</b></a></nada><item/></lista></e:Body "
+        "></e:Envelope>";
+    const std::string lido =
+        "<Envelope e=\"'x'\"><Body><soma c=\"urn:Calc\"/><lista><item a=\"1 &amp; 2\" b=\"2\">"
+        "tr&#234;s\n</item><item/></lista></Body></Envelope>";
+    for (std::size_t onde = 0; onde < documento.size(); onde++) {
+        EXPECT_EQ(le(documento.substr(0, onde)).substr(0, 10), "YExcSoap: ") << onde;
+        for (const char byte : {'<', '>', '/', '=', '"', '!', '&', ' ', 'x', '\0', '\xff'}) {
+            std::string texto = documento;
+            texto[onde] = byte;
+            EXPECT_NE(le(texto), "") << texto;
+        }
+    }
+    EXPECT_EQ(le(documento), lido) << "the parser stays usable";
+}
+
+TEST_F(Parser, osCamposMostramOUltimoLido) {
+    le("<a b=\"x&amp;y\" c=\"\" d=\"z&lt;\"/>");
+    EXPECT_STREQ(YStream_str(parser->palavra), "d");
+    EXPECT_STREQ(YStream_str(parser->texto), "z<");
+    le("<a b=\"x&amp;y\" c=d>t1</p:e>");
+    EXPECT_EQ(parser->token, '>');
+    EXPECT_STREQ(YStream_str(parser->palavra), "p:e");
+    EXPECT_STREQ(YStream_str(parser->texto), "t1");
+    le(" ");
+    EXPECT_EQ(parser->token, TOKEN_FIM);
+}
+
+// ---- Bounds ----
+
+TEST_F(Parser, limitesSemAjuste) {
+    const auto aninhado = [](int niveis) {
+        std::string abre, fecha;
+        for (int i = 0; i < niveis; i++) {
+            abre += "<a>";
+            fecha += "</a>";
+        }
+        return abre + "x" + fecha;
+    };
+    EXPECT_EQ(le(aninhado(1000)), aninhado(1000));
+    EXPECT_EQ(le(aninhado(1001)), MAL_FORMADA);
+    EXPECT_EQ(le(aninhado(2'000'000)), MAL_FORMADA);
+    std::string atributos;
+    for (int i = 1; i < 1'000'000; i++) {
+        atributos += " b=1";
+    }
+    EXPECT_EQ(le("<a" + atributos + "/>"), "<a b=\"1\"/>");
+    EXPECT_EQ(le("<a" + atributos + " b=1/>"), MAL_FORMADA);
+}
+
+TEST_F(Parser, limitesAjustados) {
+    struct {
+        void (*limita)(YSoapParser *parser, uint64_t limite);
+        uint64_t cabe;
+        const char *texto;
+    } const casos[] = {
+        {YSoapParser_setLimiteDeNiveis, 3, "<a><b><c/></b><b><c>x</c></b></a>"},
+        {YSoapParser_setLimiteDeNiveis, 2, "<a><b nil=\"true\"></b></a>"},
+        {YSoapParser_setLimiteDeNos, 5, "<a b=\"1\" c=\"2\"><d/><e/></a>"},
+        {YSoapParser_setLimiteDeNos, 3, "<a><b nil=\"true\"/></a>"},
+        {YSoapParser_setLimiteDeBytes, 10, "<p:aa q:b=\"ccc\">&lt;xyz</p:aa>"},
+        {YSoapParser_setLimiteDeBytes, 7, "<a><bb>cc</bb><dd/></a>"},
+    };
+    for (const auto &[limita, cabe, texto] : casos) {
+        parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+        limita(parser.get(), cabe);
+        EXPECT_EQ(le(texto).front(), '<') << texto;
+        limita(parser.get(), cabe - 1);
+        EXPECT_EQ(le(texto), MAL_FORMADA) << texto;
+    }
+}
+
+// ---- What was written is read ----
+
+class Sorteio {
+public:
+    explicit Sorteio(unsigned semente) : fonte_(semente) {}
+
+    int ate(int maximo) { return std::uniform_int_distribution<>(0, maximo)(fonte_); }
+
+    std::string nome() { return {static_cast<char>('a' + ate(25)), static_cast<char>('a' + ate(25))}; }
+
+    // Any characters but a white space in front, which a reader drops.
+    std::string texto() {
+        std::string texto = "x";
+        for (int i = ate(12); i > 0; i--) {
+            texto += static_cast<char>(ate(4) != 0 ? 1 + ate(254) : "<>&\"'"[ate(4)]);
+        }
+        return texto;
+    }
+
+    void enche(YNo *no, int niveis) {
+        for (int i = ate(2); i > 0; i--) {
+            YNo_setAtributo(no, nome().c_str(), texto().c_str() + ate(1));
+        }
+        for (int i = niveis > 0 ? ate(5) : 0; i > 0; i--) {
+            enche(YNo_criaDescendente(no, nome().c_str()), niveis - 1);
+        }
+        if (YNo_temFilho(no) == 0 && ate(3) != 0) {
+            YNo_setValor(no, texto().c_str());
+        }
+    }
+
+private:
+    std::mt19937 fonte_;
+};
+
+TEST_F(Parser, oQueFoiEscritoELido) {
+    for (unsigned semente = 0; semente < 200; semente++) {
+        const auto raiz = pramo::cria<YNo>(YNo_rtti);
+        YNo_setNome(raiz.get(), "raiz");
+        Sorteio(semente).enche(raiz.get(), 5);
+        const std::string escrito = grava(raiz.get());
+        ASSERT_EQ(le(escrito + "resto"), escrito + "|resto") << "seed " << semente;
+    }
+}
+
+} // namespace

@@ -1,0 +1,211 @@
+// Typed values: the text of every value, and what every text is read as.
+#include "apoio/arvore.hpp"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+using namespace apoio;
+using namespace pramo::literais;
+
+namespace {
+
+// A time zone for one test, by its rule, so that no zone files are needed.
+struct Fuso {
+    explicit Fuso(const char *regra) {
+        setenv("TZ", regra, 1); // NOLINT(concurrency-mt-unsafe)
+        tzset();
+    }
+    ~Fuso() {
+        unsetenv("TZ"); // NOLINT(concurrency-mt-unsafe)
+        tzset();
+    }
+    Fuso(const Fuso &) = delete;
+    Fuso &operator=(const Fuso &) = delete;
+};
+
+constexpr const char *NOVA_YORK = "EST5EDT,M3.2.0,M11.1.0";
+
+class Valores : public testing::Test {
+protected:
+    pramo::Ponteiro<YNo> dono = pramo::cria<YNo>(YNo_rtti);
+    YNo *no = dono.get();
+
+    template <typename VALOR, typename DADO>
+    std::string escrito(YNo *(*setter)(YNo *, VALOR), DADO valor) {
+        return YNo_getValor(setter(no, static_cast<VALOR>(valor)));
+    }
+
+    template <typename GETTER>
+    auto lido(GETTER getter, const char *texto) {
+        YNo_setValor(no, texto);
+        return getter(no);
+    }
+};
+
+TEST_F(Valores, oQueSeEscreve) {
+    EXPECT_EQ(escrito(YNo_setBooleanVal, -2) + escrito(YNo_setBooleanVal, 0), "truefalse");
+    EXPECT_EQ(escrito(YNo_setUnsignedByteVal, 300), "44");
+    EXPECT_EQ(escrito(YNo_setShortVal, 65535), "-1");
+    EXPECT_EQ(escrito(YNo_setUnsignedShortVal, 65535), "65535");
+    EXPECT_EQ(escrito(YNo_setIntVal, INT32_MIN), "-2147483648");
+    EXPECT_EQ(escrito(YNo_setIntegerVal, INT32_MAX), "2147483647");
+    EXPECT_EQ(escrito(YNo_setLongVal, (int64_t{1} << 32) + 1), "1");
+    EXPECT_EQ(escrito(YNo_setLongVal, 0xFFFFFFFF), "-1");
+    EXPECT_EQ(escrito(YNo_setInt64Val, INT64_MIN), "-9223372036854775808");
+    EXPECT_EQ(escrito(YNo_setDoubleVal, 0.1) + escrito(YNo_setFloatVal, 0.1F), "0.1000000.100000");
+    EXPECT_EQ(escrito(YNo_setDoubleVal, 0.0000015) + escrito(YNo_setDoubleVal, -0.0), "0.000002-0.000000");
+    EXPECT_EQ(escrito(YNo_setDoubleVal, 16777217), "16777217.000000");
+    EXPECT_EQ(escrito(YNo_setFloatVal, 16777217), "16777216.000000");
+    EXPECT_EQ(escrito(YNo_setDoubleVal, 1e20), "100000000000000000000.000000");
+    EXPECT_EQ(escrito(YNo_setDoubleVal, -INFINITY) + escrito(YNo_setFloatVal, NAN), "-infnan");
+    EXPECT_EQ(escrito(YNo_setDoubleVal, -std::numeric_limits<double>::max()).size(), 317U);
+    EXPECT_EQ(escrito(YNo_setPtrVal, nullptr), "");
+    EXPECT_EQ(escrito(YNo_setDateYVal, 0) + escrito(YNo_setDateYVal, 1), "1980-01-001980-01-01");
+    EXPECT_EQ(escrito(YNo_setDateYVal, UINT32_MAX), "11760959-08-03");
+    EXPECT_STREQ(YNo_getValor(YNo_setAnyTypeVal(no, "xsd:int", "x")), "x");
+}
+
+TEST_F(Valores, inteirosLidos) {
+    const std::pair<const char *, int64_t> casos[] = {{nullptr, 0},
+                                                      {"abc", 0},
+                                                      {" 42abc", 42},
+                                                      {"\t\n\v\f\r +7 8", 7},
+                                                      {"\xa0+7", 0},
+                                                      {"65535", 65535},
+                                                      {"-7", -7},
+                                                      {"4294967297", 4294967297},
+                                                      {"9223372036854775808", INT64_MAX},
+                                                      {"-99999999999999999999", INT64_MIN}};
+    for (const auto &[texto, valor] : casos) {
+        SCOPED_TRACE(texto != nullptr ? texto : "(null)");
+        EXPECT_EQ(lido(YNo_getInt64Val, texto), valor);
+        EXPECT_EQ(lido(YNo_getIntVal, texto), static_cast<int32_t>(valor));
+        EXPECT_EQ(lido(YNo_getIntegerVal, texto), static_cast<int32_t>(valor));
+        EXPECT_EQ(lido(YNo_getLongVal, texto), static_cast<int32_t>(valor));
+        EXPECT_EQ(lido(YNo_getShortVal, texto), static_cast<int16_t>(valor));
+        EXPECT_EQ(lido(YNo_getUnsignedShortVal, texto), static_cast<uint16_t>(valor));
+        EXPECT_EQ(lido(YNo_getUnsignedByteVal, texto), static_cast<uint8_t>(valor));
+    }
+}
+
+TEST_F(Valores, flutuantesEBooleanosLidos) {
+    const std::pair<const char *, double> casos[] = {
+        {nullptr, 0},        {"x", 0},           {" \t1.5e2x", 150},    {"1,5", 1}, {"-inf", -INFINITY},
+        {"1e999", INFINITY}, {"5e-324", 5e-324}, {"16777217", 16777217}};
+    for (const auto &[texto, valor] : casos) {
+        EXPECT_EQ(lido(YNo_getDoubleVal, texto), valor) << (texto != nullptr ? texto : "(null)");
+        EXPECT_EQ(lido(YNo_getFloatVal, texto), static_cast<float>(valor));
+    }
+    EXPECT_TRUE(lido(YNo_getBooleanVal, "true") == 1 && lido(YNo_getBooleanVal, "TRuE") == 1);
+    EXPECT_TRUE(lido(YNo_getBooleanVal, "false") == 0 && lido(YNo_getBooleanVal, "False") == 0);
+    for (const char *texto : {"1", "0", "", " true", "true ", "tru", static_cast<const char *>(nullptr)}) {
+        EXPECT_EQ(excecao([&] { lido(YNo_getBooleanVal, texto); }),
+                  "YExcSoap: valor desconhecido para boolean.")
+            << (texto != nullptr ? texto : "(null)");
+    }
+}
+
+TEST_F(Valores, datasLidas) {
+    const Fuso fuso(NOVA_YORK);
+    struct {
+        const char *texto;
+        time_t momento; // standard time: five hours behind UTC all year
+        uint32_t dia;
+    } const casos[] = {
+        {"2024-03-05T14:07:09", 1709665629, 16136},
+        {"2024-07-01T12:00:00", 1719853200, 16254},
+        {"2024-03-05", 1709614800, 16136},
+        {"0124-03-05T", 1709614800, 16136}, // counted from 1900
+        {"2024-02-31", 1709355600, 16133},  // the day is only added
+        {"1979-12-31", 315464400, 0},
+    };
+    for (const auto &[texto, momento, dia] : casos) {
+        EXPECT_EQ(lido(YNo_getDateTimeVal, texto), momento) << texto;
+        EXPECT_EQ(lido(YNo_getDateYVal, texto), dia) << texto;
+    }
+    EXPECT_EQ(lido(YNo_getDateYVal, "1980-01-00"), 0U) << "as day 0 is written";
+    for (const char *texto :
+         {"1981-01-00", "2024-00-05", "2024-13-05", "2024-03-32", "2024-03-00", "2024-03", "2024", "",
+          static_cast<const char *>(nullptr), "2024/03/05", "2024-03-05 14:07:09", "2024-03-05T14:07:09Z",
+          "2024-03-05T14:07:09.5", "\xff\xff\xff\xff-\xff\xff-\xff\xffT\xff\xff:\xff\xff:\xff\xff"}) {
+        const std::string invalida = std::string("YExcSoap: ") + "DateTime inválido."_l1;
+        EXPECT_EQ(excecao([&] { lido(YNo_getDateTimeVal, texto); }), invalida);
+        EXPECT_EQ(excecao([&] { lido(YNo_getDateYVal, texto); }), invalida)
+            << (texto != nullptr ? texto : "(null)");
+    }
+}
+
+TEST_F(Valores, datasEscritasEmHoraLocal) {
+    struct {
+        const char *fuso;
+        time_t momento;
+        const char *escrito;
+    } const casos[] = {
+        {"BRT3", 0, "1969-12-31T21:00:00"},
+        {NOVA_YORK, 1719853200, "2024-07-01T13:00:00"}, // daylight-saving time
+        {"UTC0", 67768036191676799, "2147485547-12-31T23:59:59"},
+    };
+    for (const auto &caso : casos) {
+        const Fuso fuso(caso.fuso);
+        EXPECT_EQ(escrito(YNo_setDateTimeVal, caso.momento), caso.escrito);
+        EXPECT_EQ(escrito(YNo_setDateVal, caso.momento) + "T",
+                  std::string(caso.escrito, std::strchr(caso.escrito, 'T') + 1));
+    }
+    YNo_setValor(no, "antes");
+    EXPECT_NE(excecao([&] { YNo_setDate(no, "a", std::numeric_limits<time_t>::max()); }), "");
+    EXPECT_EQ(grava(no), "antes") << "a setter that raises changes nothing";
+}
+
+TEST_F(Valores, aLocaleDoProcessoNaoImporta) {
+    for (const char *locale : {"pt_BR.UTF-8", "de_DE.UTF-8", "pt_BR"}) {
+        if (std::setlocale(LC_ALL, locale) != nullptr) {
+            EXPECT_EQ(escrito(YNo_setDoubleVal, 1234567.5), "1234567.500000") << locale;
+            EXPECT_EQ(lido(YNo_getDoubleVal, "1.5") + lido(YNo_getDoubleVal, "1,5"), 2.5) << locale;
+            EXPECT_EQ(lido(YNo_getIntVal, "\xa0+1"), 0) << locale;
+        }
+    }
+    std::setlocale(LC_ALL, "C");
+}
+
+// Each type word by path: always a new element, read from the first.
+TEST_F(Valores, pelosCaminhos) {
+    const auto confere = [&](auto setter, auto getter, auto valor) {
+        const auto pai = pramo::cria<YNo>(YNo_rtti);
+        YNo *novo = setter(pai.get(), "a/b", valor);
+        EXPECT_EQ(YNo_getFilhoUnico(pai.get(), "a/b"), novo);
+        EXPECT_EQ(getter(pai.get(), "a/b"), valor);
+        EXPECT_NE(setter(pai.get(), "a/b", valor), novo);
+        EXPECT_EQ(YVetor_tam(YNo_getFilhos(pai.get())), 2U);
+        EXPECT_EQ(setter(novo, "", valor), novo);
+        EXPECT_EQ(excecao([&] { getter(nullptr, "x"); }), "YExcSoap: Tag procurada: x. Faltou tag.");
+    };
+    confere(YNo_setBoolean, YNo_getBoolean, 1);
+    confere(YNo_setUnsignedByte, YNo_getUnsignedByte, uint8_t{200});
+    confere(YNo_setShort, YNo_getShort, int16_t{-2});
+    confere(YNo_setUnsignedShort, YNo_getUnsignedShort, uint16_t{40000});
+    confere(YNo_setInt, YNo_getInt, int32_t{-3});
+    confere(YNo_setInteger, YNo_getInteger, int32_t{4});
+    confere(YNo_setLong, YNo_getLong, int64_t{-5});
+    confere(YNo_setInt64, YNo_getInt64, INT64_MAX);
+    confere(YNo_setFloat, YNo_getFloat, 0.5F);
+    confere(YNo_setDouble, YNo_getDouble, -0.25);
+    confere(YNo_setDateTime, YNo_getDateTime, time_t{1700000000});
+    confere(YNo_setDateY, YNo_getDateY, uint32_t{20000});
+    confere(YNo_setPtr, YNo_getPtr, static_cast<void *>(no));
+    YNo_setString(no, "a", "x&y");
+    YNo_setDecimal(no, "b", "1.50");
+    YNo_setAnyType(no, "xsd:string", "c", "z");
+    YNo_setString(no, "d", nullptr);
+    EXPECT_EQ(grava(no), "<a>x&amp;y</a><b>1.50</b><c>z</c><d/>");
+    EXPECT_STREQ(YNo_getString(no, "a"), "x&y");
+    EXPECT_STREQ(YNo_getAnyType(no, "c"), "z");
+    EXPECT_TRUE(YNo_getPtr(no, "d") == nullptr && YNo_getString(no, "d") == nullptr);
+}
+
+} // namespace
