@@ -1,0 +1,7 @@
+#pragma once
+
+#include <3pramo/3pramo.hpp>
+
+/// The port type Formulario: "constroi" begins a sale, "preenche" with its "eu" takes answers and gives the
+/// next form, "destroi" ends it.
+YDefinicaoPortType definicaoDoFormulario();

@@ -1,0 +1,23 @@
+#!/usr/bin/env python3
+"""Runs a client against an example server: executa.py SERVER [OPTION...] -- CLIENT [ARGUMENT...]. The client gets the
+server's address as its last argument; its status is this program's, and the server's end must be clean."""
+import os
+import pathlib
+import subprocess
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "roteiros"))
+from programa import Programa  # noqa: E402
+
+PRAZO = 60  # seconds
+
+
+def main():
+    meio = sys.argv.index("--")
+    ambiente = {nome: valor for nome, valor in os.environ.items() if not nome.lower().endswith("_proxy")}
+    with Programa(*sys.argv[1:meio]) as servidor:
+        return subprocess.run([*sys.argv[meio + 1:], servidor.endereco], env=ambiente, timeout=PRAZO).returncode
+
+
+if __name__ == "__main__":
+    sys.exit(main())
