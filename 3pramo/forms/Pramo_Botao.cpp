@@ -1,0 +1,28 @@
+#include <3pramo/forms/Pramo_Botao.h>
+
+#include <3pramo/foundation/Dono.hpp>
+
+using namespace pramo;
+
+namespace {
+
+void destroi(void *objeto) {
+    YliberaMemoria(static_cast<Pramo_Botao *>(objeto)->titulo);
+}
+
+} // namespace
+
+const YRtti Pramo_Botao_definicaoRtti = {Pramo_Entidade_rtti, "Pramo_Botao", sizeof(Pramo_Botao), nullptr,
+                                         destroi};
+
+const YRtti *Pramo_Botao_rtti(void) {
+    return &Pramo_Botao_definicaoRtti;
+}
+
+void Pramo_Botao_setTitulo(Pramo_Botao *botao, const char *titulo) {
+    trocaTexto(botao->titulo, titulo);
+}
+
+const char *Pramo_Botao_getTitulo(const Pramo_Botao *botao) {
+    return botao->titulo;
+}

@@ -1,0 +1,26 @@
+/* A button of a form; its name (Pramo_Entidade.h) is the name of the operation that it opens.
+ * Pramo_Operacao_criaBotao makes it, and its operation owns it. */
+#ifndef Y3PRAMO_FORMS_PRAMO_BOTAO_H
+#define Y3PRAMO_FORMS_PRAMO_BOTAO_H
+
+#include <3pramo/forms/Pramo_Entidade.h>
+
+Y_INICIO_C
+
+Y_CLASSE(Pramo_Botao, Pramo_Entidade) {
+    Y_PAI(Pramo_Entidade)
+    char *titulo; /* read it freely; change it through the function */
+};
+
+typedef struct Pramo_Botao Pramo_Botao;
+
+Y_EXPORTA extern const YRtti Pramo_Botao_definicaoRtti;
+Y_EXPORTA const YRtti *Pramo_Botao_rtti(void);
+
+/* The title, copied; null for none. The text returned is valid until the next set. */
+Y_EXPORTA void Pramo_Botao_setTitulo(Pramo_Botao *botao, const char *titulo);
+Y_EXPORTA const char *Pramo_Botao_getTitulo(const Pramo_Botao *botao);
+
+Y_FIM_C
+
+#endif

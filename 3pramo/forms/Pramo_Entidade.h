@@ -1,0 +1,41 @@
+/* What the named things of a form have in common: a name, and a module and a line number that the application
+ * may attach to them. Texts are copied in; a text that is returned belongs to the entity and is valid until
+ * that field is set again or the entity is freed. Belongs to one thread at a time. Setters raise YExc
+ * "Memória insuficiente." and then change nothing. */
+#ifndef Y3PRAMO_FORMS_PRAMO_ENTIDADE_H
+#define Y3PRAMO_FORMS_PRAMO_ENTIDADE_H
+
+#include <3pramo/foundation/YOb.h>
+
+Y_INICIO_C
+
+/* Read the fields freely; change them through the functions. */
+Y_CLASSE(Pramo_Entidade, YOb) {
+    Y_PAI(YOb)
+    char *nome;   /* a field's name, the operation that a button opens, a peripheral's name; null at first */
+    char *modulo; /* the application's; null at first */
+    int32_t numeroDaLinha; /* the application's; 0 at first */
+    int32_t nomeFixo;      /* private */
+};
+
+typedef struct Pramo_Entidade Pramo_Entidade;
+
+Y_EXPORTA extern const YRtti Pramo_Entidade_definicaoRtti;
+Y_EXPORTA const YRtti *Pramo_Entidade_rtti(void);
+
+/* The name; null for none. Setting it does nothing to one of the six peripherals, whose names are constant.
+ */
+Y_EXPORTA void Pramo_Entidade_setNome(Pramo_Entidade *entidade, const char *nome);
+Y_EXPORTA const char *Pramo_Entidade_getNome(const Pramo_Entidade *entidade);
+
+/* The module; null for none. The library makes no use of it. */
+Y_EXPORTA void Pramo_Entidade_setModulo(Pramo_Entidade *entidade, const char *modulo);
+Y_EXPORTA const char *Pramo_Entidade_getModulo(const Pramo_Entidade *entidade);
+
+/* The line number. The library makes no use of it. */
+Y_EXPORTA void Pramo_Entidade_setNumeroDaLinha(Pramo_Entidade *entidade, int32_t numero);
+Y_EXPORTA int32_t Pramo_Entidade_getNumeroDaLinha(const Pramo_Entidade *entidade);
+
+Y_FIM_C
+
+#endif

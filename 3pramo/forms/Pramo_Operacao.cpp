@@ -1,0 +1,229 @@
+// The operation's life, its variables and buttons, and the threads that wait on it.
+#include <3pramo/forms/Pramo_Operacao_interno.hpp>
+
+#include <3pramo/foundation/Trinco.hpp>
+#include <3pramo/foundation/YVetor_interno.hpp>
+
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+using namespace pramo;
+using namespace pramo::forms;
+
+namespace {
+
+// A date or time in the last bytes of the area may have a smaller size than it takes.
+constexpr std::uint64_t BYTES_DE_SOBRA = 2;
+
+struct Sincronizacao {
+    Trinco trinco;
+    Condicao mudou;
+    std::uint64_t sinais Y_GUARDADO_POR(trinco) = 0;
+};
+
+void destroi(void *objeto) {
+    auto *operacao = static_cast<Pramo_Operacao *>(objeto);
+    YliberaObjeto(operacao->mensagens);
+    YliberaObjeto(operacao->variaveis);
+    YliberaObjeto(operacao->botoes);
+    YliberaObjeto(operacao->perifericosHabilitados);
+    YliberaMemoria(operacao->titulo);
+    YliberaMemoria(operacao->areaPreAlocada);
+    YDIC_destroi(operacao->respostasDoPopup);
+    delete static_cast<Sincronizacao *>(operacao->sincronizacao);
+    delete static_cast<Privado *>(operacao->privado);
+}
+
+void constroi(void *objeto) {
+    auto *operacao = static_cast<Pramo_Operacao *>(objeto);
+    try {
+        operacao->variaveis = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO).release();
+        operacao->botoes = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO).release();
+        operacao->mensagens = cria<YMapa>(YMapa_rtti, FONTE_DA_OPERACAO).release();
+        operacao->perifericosHabilitados = cria<YSet>(YSet_rtti, FONTE_DA_OPERACAO).release();
+        operacao->respostasDoPopup = YDIC_constroi();
+        operacao->privado = semFaltaDeMemoria(FONTE_DA_OPERACAO, [] { return new Privado; });
+    } catch (...) {
+        destroi(operacao);
+        throw;
+    }
+}
+
+void trataSemImplementacao(Pramo_Operacao * /*operacao*/) {
+    YchamouFuncaoVirtualPura();
+}
+
+} // namespace
+
+const Pramo_Operacao_Rtti Pramo_Operacao_definicaoRtti = {
+    {YOb_rtti, "Pramo_Operacao", sizeof(Pramo_Operacao), constroi, destroi}, trataSemImplementacao};
+
+const YRtti *Pramo_Operacao_rtti(void) {
+    return &Pramo_Operacao_definicaoRtti.rtti;
+}
+
+void Pramo_Operacao_trataCampos(Pramo_Operacao *operacao) {
+    reinterpret_cast<const Pramo_Operacao_Rtti *>(operacao->rtti)->trataCampos(operacao);
+}
+
+void Pramo_Operacao_clear(Pramo_Operacao *operacao) {
+    auto variaveis = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO);
+    auto botoes = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO);
+    auto mensagens = cria<YMapa>(YMapa_rtti, FONTE_DA_OPERACAO);
+    operacao->foco = nullptr;
+    operacao->areaOcupada = 0;
+    YliberaObjeto(std::exchange(operacao->variaveis, variaveis.release()));
+    YliberaObjeto(std::exchange(operacao->botoes, botoes.release()));
+    YliberaObjeto(std::exchange(operacao->mensagens, mensagens.release()));
+}
+
+// ---- Variables and buttons ----
+
+namespace {
+
+/// The next bytes of the area; they are handed out when `areaOcupada` grows.
+void *lugarNaArea(Pramo_Operacao &operacao, std::uint64_t tamanho) {
+    if (tamanho > PRAMO_AREA_PRE_ALOCADA - operacao.areaOcupada) {
+        lanca(YExcSoap_rtti, "Nova variável da operação não coube na área pré-alocada."_l1,
+              FONTE_DA_OPERACAO);
+    }
+    if (operacao.areaPreAlocada == nullptr) {
+        constexpr std::uint64_t TOTAL = PRAMO_AREA_PRE_ALOCADA + BYTES_DE_SOBRA;
+        operacao.areaPreAlocada =
+            static_cast<std::uint8_t *>(YalocaMemoria_debug(TOTAL, FONTE_DA_OPERACAO, __LINE__));
+        std::memset(operacao.areaPreAlocada, 0, TOTAL);
+    }
+    return operacao.areaPreAlocada + operacao.areaOcupada;
+}
+
+template <typename T>
+T *poe(YVetor *vetor, Dono<T> novo) {
+    YVetor_poe(vetor, novo.get());
+    return novo.release();
+}
+
+} // namespace
+
+Pramo_Variavel *Pramo_Operacao_criaVariavel(Pramo_Operacao *operacao, const char *nome, Pramo_Tipo *tipo,
+                                            void *endereco, uint64_t tamanho) {
+    if (Pramo_Variavel *existente = Pramo_Operacao_recuperaVariavel(operacao, nome)) {
+        return existente;
+    }
+    const bool naArea = endereco == nullptr;
+    auto nova = cria<Pramo_Variavel>(Pramo_Variavel_rtti, FONTE_DA_OPERACAO);
+    nova->tipo = tipo;
+    nova->endereco = naArea ? lugarNaArea(*operacao, tamanho) : endereco;
+    nova->tamanho = tamanho;
+    Pramo_Entidade_setNome(nova.get(), nome);
+    Pramo_Variavel_incluiPerifericos(nova.get(), operacao->perifericosHabilitados);
+    Pramo_Variavel *variavel = poe(operacao->variaveis, std::move(nova));
+    operacao->areaOcupada += naArea ? tamanho : 0;
+    return variavel;
+}
+
+Pramo_Botao *Pramo_Operacao_criaBotao(Pramo_Operacao *operacao, const char *nome, const char *titulo) {
+    auto novo = cria<Pramo_Botao>(Pramo_Botao_rtti, FONTE_DA_OPERACAO);
+    Pramo_Entidade_setNome(novo.get(), nome);
+    Pramo_Botao_setTitulo(novo.get(), titulo);
+    return poe(operacao->botoes, std::move(novo));
+}
+
+Pramo_Variavel *Pramo_Operacao_recuperaVariavel(const Pramo_Operacao *operacao, const char *nome) {
+    for (void *elemento : elementos(*operacao->variaveis)) {
+        auto *variavel = static_cast<Pramo_Variavel *>(elemento);
+        if (nome != nullptr && variavel->nome != nullptr && std::strcmp(variavel->nome, nome) == 0) {
+            return variavel;
+        }
+    }
+    return nullptr;
+}
+
+Pramo_Variavel *Pramo_Operacao_getVariavel(const Pramo_Operacao *operacao, const char *nome) {
+    Pramo_Variavel *variavel = Pramo_Operacao_recuperaVariavel(operacao, nome);
+    if (variavel == nullptr) {
+        lanca(YExc_rtti, "Variável desconhecida."_l1, FONTE_DA_OPERACAO);
+    }
+    return variavel;
+}
+
+void Pramo_Operacao_focaEm(Pramo_Operacao *operacao, Pramo_Variavel *variavel) {
+    operacao->foco = variavel;
+}
+
+void Pramo_Operacao_setTitulo(Pramo_Operacao *operacao, const char *titulo) {
+    trocaTexto(operacao->titulo, titulo);
+}
+
+const char *Pramo_Operacao_getTitulo(const Pramo_Operacao *operacao) {
+    return operacao->titulo;
+}
+
+void Pramo_Operacao_habilitaPeriferico(Pramo_Operacao *operacao, Pramo_Periferico *periferico) {
+    if (periferico != nullptr) {
+        YSet_poe(operacao->perifericosHabilitados, periferico);
+    } else {
+        YSet_clear(operacao->perifericosHabilitados);
+    }
+}
+
+// ---- Messages and answers ----
+
+void Pramo_Operacao_guardaMensagem(Pramo_Operacao *operacao, const char *mensagem) {
+    YMapa_guarda(operacao->mensagens, mensagem, nullptr);
+}
+
+int32_t Pramo_Operacao_temMensagem(const Pramo_Operacao *operacao, const char *mensagem) {
+    return YMapa_busca(operacao->mensagens, mensagem) != nullptr ? 1 : 0;
+}
+
+void Pramo_Operacao_setRespostaDoPopup(Pramo_Operacao *operacao, const char *chave, const char *resposta) {
+    YDIC_guarda(operacao->respostasDoPopup, chave, resposta);
+}
+
+const char *Pramo_Operacao_getRespostaDoPopup(const Pramo_Operacao *operacao, const char *chave) {
+    return YDIC_recupera(operacao->respostasDoPopup, chave);
+}
+
+// ---- Waiting for each other ----
+
+namespace {
+
+std::atomic_ref<void *> lugarDaSincronizacao(Pramo_Operacao &operacao) {
+    return std::atomic_ref(operacao.sincronizacao);
+}
+
+/// Makes it when it is not there; of two threads that do so at once, one gives its own up.
+Sincronizacao &exigeSincronizacao(Pramo_Operacao &operacao) {
+    const auto lugar = lugarDaSincronizacao(operacao);
+    void *feita = lugar.load();
+    if (feita == nullptr) {
+        auto nova = semFaltaDeMemoria(FONTE_DA_OPERACAO, [] { return std::make_unique<Sincronizacao>(); });
+        if (lugar.compare_exchange_strong(feita, nova.get())) {
+            feita = nova.release();
+        }
+    }
+    return *static_cast<Sincronizacao *>(feita);
+}
+
+} // namespace
+
+void Pramo_Operacao_esperaCondicao(Pramo_Operacao *operacao) {
+    Sincronizacao &sincronizacao = exigeSincronizacao(*operacao);
+    const Tranca tranca(sincronizacao.trinco);
+    const std::uint64_t antes = sincronizacao.sinais;
+    while (sincronizacao.sinais == antes) {
+        sincronizacao.mudou.espera(sincronizacao.trinco);
+    }
+}
+
+void Pramo_Operacao_sinalizaCondicao(Pramo_Operacao *operacao) {
+    auto *sincronizacao = static_cast<Sincronizacao *>(lugarDaSincronizacao(*operacao).load());
+    if (sincronizacao == nullptr) {
+        return;
+    }
+    const Tranca tranca(sincronizacao->trinco);
+    sincronizacao->sinais++;
+    sincronizacao->mudou.avisa();
+}

@@ -1,0 +1,24 @@
+// What the sources of Pramo_Operacao share.
+#ifndef Y3PRAMO_FORMS_PRAMO_OPERACAO_INTERNO_HPP
+#define Y3PRAMO_FORMS_PRAMO_OPERACAO_INTERNO_HPP
+
+#include <3pramo/forms/Pramo_Operacao.h>
+#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+
+namespace pramo::forms {
+
+constexpr const char *FONTE_DA_OPERACAO = "Pramo_Operacao";
+
+/// What stands behind `privado`.
+struct Privado {
+    bool cargaEstrita = false;
+};
+
+inline Privado &privado(const Pramo_Operacao &operacao) {
+    return *static_cast<Privado *>(operacao.privado);
+}
+
+} // namespace pramo::forms
+
+#endif

@@ -1,0 +1,132 @@
+// A terminal conducts a sale with the example program: the bytes it sends, the elements that come back.
+#include "apoio/cliente.hpp"
+#include "apoio/programa.hpp"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// A terminal in its conversation.
+class Terminal {
+public:
+    explicit Terminal(std::uint32_t porta) : porta_(porta) {}
+
+    /// Begins a sale.
+    void constroi() {
+        const std::string resposta = chama("constroi", "");
+        const std::string antes = "<return>";
+        eu_ = resposta.substr(antes.size(), resposta.find("</") - antes.size());
+    }
+
+    std::string preenche(const std::string &campos) { return chama("preenche", campos); }
+
+    /// What stands in the element of the response, without prefixes; or the text of the fault.
+    std::string chama(const std::string &metodo, const std::string &campos) {
+        const std::string corpo =
+            "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
+            "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\"><SOAP-ENV:Body>"
+            "<m:" +
+            metodo + " xmlns:m=\"urn:Formulario\">" + (eu_.empty() ? "" : "<eu>" + eu_ + "</eu>") + campos +
+            "</m:" + metodo + "></SOAP-ENV:Body></SOAP-ENV:Envelope>";
+        apoio::Cliente cliente(porta_);
+        cliente.envia(apoio::requisicao(
+            "POST /soap/Formulario",
+            "SOAPAction: \"urn:Formulario#" + metodo + "\"\r\nContent-Type: text/xml\r\n", corpo));
+        std::string resposta = cliente.recebe().corpo;
+        for (std::size_t i = 0; (i = resposta.find("ns1:", i)) != std::string::npos;) {
+            resposta.erase(i, 4);
+        }
+        const std::string falha = entre(resposta, "<faultstring>", " (");
+        return falha.empty() ? entre(resposta, "<" + metodo + "Response xmlns:ns1=\"urn:Formulario\">",
+                                     "</" + metodo + "Response>")
+                             : falha;
+    }
+
+private:
+    static std::string entre(const std::string &texto, const std::string &antes, const std::string &depois) {
+        const std::size_t inicio = texto.find(antes);
+        const std::size_t fim = texto.find(depois, inicio);
+        return fim == std::string::npos ? ""
+                                        : texto.substr(inicio + antes.size(), fim - inicio - antes.size());
+    }
+
+    std::uint32_t porta_;
+    std::string eu_;
+};
+
+const std::string FIM =
+    "<botao nomeDaOperacao=\"cancelamento\" titulo=\"Cancelar\" estilo=\"BotaoAbertura\"/>"
+    "<botao nomeDaOperacao=\"consulta\" titulo=\"Consultar pre&#231;o\" estilo=\"BotaoAbertura\"/>"
+    "<estilo>DialogoPadrao</estilo>";
+const std::string TECLADO = "<periferico>TECLADO</periferico>";
+constexpr const char *NORMAL = "somenteLeitura=\"false\" requerValidacao=\"false\"";
+
+std::string campo(const std::string &nome, const std::string &tipo, const std::string &sinais,
+                  const std::string &titulo, const std::string &conteudo) {
+    return "<campo nome=\"" + nome + "\" estilo=\"CampoSenha\" tipo=\"" + tipo + "\" " + sinais + titulo +
+           ">" + conteudo + "</campo>";
+}
+
+std::string valor(const std::string &texto) {
+    return "<valor>" + texto + "</valor>";
+}
+
+TEST(Formulario, umaVendaEmDuasRodadasComUmCampoRecusado) {
+    apoio::Programa programa("formulario", {"--log-corpo"});
+    Terminal terminal(programa.porta());
+    terminal.constroi();
+
+    const std::string identificacao =
+        campo("identificacao", "id", NORMAL, " titulo=\"Identifica&#231;&#227;o\"",
+              "<descricao>Matr&#237;cula de quem vende</descricao>" + valor("0000 ") + TECLADO);
+    const std::string hora = campo("hora", "hora", NORMAL, " titulo=\"Hora\"", valor("00:00") + TECLADO);
+    EXPECT_EQ(terminal.preenche(""),
+              campo("valor", "bin", NORMAL, " titulo=\"Valor\"", valor("0000 ") + TECLADO) +
+                  "<focado>valor</focado>" +
+                  campo("quantidade", "qtde3", NORMAL, " titulo=\"Quantidade\"", valor("0.000") + TECLADO) +
+                  campo("data", "data", NORMAL, " titulo=\"Data\"", valor("1980-01-00") + TECLADO) + hora +
+                  identificacao + FIM);
+
+    EXPECT_EQ(
+        terminal.preenche("<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo>"
+                          "<campo nome=\"valor\">12.50</campo><campo nome=\"data\">2024-03-05</campo>"
+                          "<campo nome=\"hora\">1430</campo><campo nome=\"identificacao\">123456789</campo>"),
+        "YExcSoap: Conteudo de hora mal formado.");
+    EXPECT_EQ(terminal.preenche("<campo nome=\"valor\">1</campo>"),
+              "YExcSoap: O campo \"valor\" nao foi oferecido.");
+    EXPECT_EQ(terminal.preenche(""), hora + identificacao + FIM) << "what was taken is not asked again";
+
+    EXPECT_EQ(terminal.preenche(
+                  "<campo nome=\"hora\">14:30</campo><campo nome=\"identificacao\">123456789</campo>"),
+              campo("parcelas", "escolhaMultipla", NORMAL, " titulo=\"Parcelas\"",
+                    valor("") + TECLADO +
+                        "<opcao><chave>1</chave><texto>&#224; vista</texto></opcao>"
+                        "<opcao><chave>3</chave><texto>3 vezes</texto></opcao>") +
+                  "<focado>parcelas</focado>" +
+                  campo("senha", "senha", "somenteLeitura=\"false\" requerValidacao=\"true\"", "",
+                        valor("0000 ") + TECLADO + "<periferico>PIN</periferico>") +
+                  campo("autorizacao", "autorizacao", NORMAL, " titulo=\"Autoriza&#231;&#227;o\"",
+                        valor("") + TECLADO) +
+                  FIM);
+
+    EXPECT_EQ(terminal.preenche("<campo nome=\"parcelas\" opcao=\"3\">3</campo>"
+                                "<campo nome=\"senha\" periferico=\"PIN\">987654</campo>"
+                                "<campo nome=\"autorizacao\">AUT 42</campo>"),
+              campo("total", "bin", "somenteLeitura=\"true\" requerValidacao=\"false\"", " titulo=\"Total\"",
+                    valor("1875 ") + TECLADO) +
+                  "<focado>total</focado>" + FIM)
+        << "value and quantity of the round that was refused";
+    EXPECT_EQ(terminal.preenche("<campo nome=\"total\">1</campo>"),
+              "YExcSoap: O campo \"total\" e somente para leitura.");
+    EXPECT_EQ(terminal.chama("destroi", ""), "");
+
+    EXPECT_EQ(programa.termina(), 0) << programa.erros();
+    const std::string diario = programa.erros();
+    EXPECT_NE(diario.find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"), std::string::npos)
+        << diario;
+    for (const char *segredo : {"987654", "AUT 42", "123456789"}) {
+        EXPECT_EQ(diario.find(segredo), std::string::npos) << segredo;
+    }
+}
+
+} // namespace
