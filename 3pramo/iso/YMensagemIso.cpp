@@ -1,0 +1,173 @@
+// The class, its elements and copies.
+#include <3pramo/iso/YMensagemIso_interno.hpp>
+
+#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
+
+#include <algorithm>
+#include <functional>
+
+using namespace pramo;
+using namespace pramo::iso;
+
+namespace {
+
+// ---- Texts ----
+
+constexpr std::size_t espacoDoTexto(std::size_t tamanho) {
+    return sizeof(Tamanho) + tamanho + 1;
+}
+
+// Writes a text with its length into its space; gives the text.
+char *poeTexto(char *espaco, const char *texto, Tamanho tamanho) {
+    std::memcpy(espaco, &tamanho, sizeof tamanho);
+    char *copia = espaco + sizeof tamanho;
+    std::memcpy(copia, texto, tamanho);
+    copia[tamanho] = 0;
+    return copia;
+}
+
+bool estaNoBloco(const Bloco &bloco, const char *texto) {
+    const std::less<const void *> antes;
+    return !antes(texto, &bloco + 1) && antes(texto, bloco.fim);
+}
+
+void liberaTexto(const Bloco &bloco, char *texto) {
+    if (!estaNoBloco(bloco, texto)) {
+        YliberaMemoria(texto - sizeof(Tamanho));
+    }
+}
+
+// ---- The block of slots ----
+
+// Slots beyond `capacidade` stay as memory gave them.
+Bloco *criaBloco(std::int32_t capacidade, std::size_t espacoDosTextos) {
+    auto *novo = static_cast<Bloco *>(YalocaMemoria_debug(sizeof(Bloco) + espacoDosTextos, FONTE, __LINE__));
+    std::fill_n(novo->presentes, 2, 0);
+    std::fill_n(novo->slots, capacidade, nullptr);
+    novo->fim = reinterpret_cast<char *>(novo + 1) + espacoDosTextos;
+    return novo;
+}
+
+Bloco *criaBlocoCom(const Conteudo &conteudo) {
+    std::size_t espaco = 0;
+    for (const auto &texto : conteudo) {
+        espaco += espacoDoTexto(texto.tamanho);
+    }
+    Bloco *novo = criaBloco(conteudo.capacidade, espaco);
+    auto *lugar = reinterpret_cast<char *>(novo + 1);
+    for (const auto &texto : conteudo) {
+        novo->slots[texto.bit - 1] = poeTexto(lugar, texto.inicio, texto.tamanho);
+        novo->presentes[(texto.bit - 1) / BITS_POR_BITMAP] |= mascaraDoBit(texto.bit);
+        lugar += espacoDoTexto(texto.tamanho);
+    }
+    return novo;
+}
+
+void limpa(YMensagemIso &mensagem) {
+    percorre(mensagem,
+             [&](int bit, std::string_view) { liberaTexto(*bloco(mensagem), mensagem.bits[bit - 1]); });
+    YliberaMemoria(mensagem.interno);
+    mensagem.interno = nullptr;
+    mensagem.bits = nullptr;
+    mensagem.capacidade = 0;
+    mensagem.transacao = 0;
+}
+
+void garanteCapacidade(YMensagemIso &mensagem, std::int32_t minima) {
+    const std::int32_t nova = std::max(mensagem.capacidade, minima);
+    if (mensagem.interno == nullptr) {
+        Bloco *novo = criaBloco(nova, 0);
+        mensagem.interno = novo;
+        mensagem.bits = novo->slots;
+    }
+    std::fill(mensagem.bits + mensagem.capacidade, mensagem.bits + nova, nullptr);
+    mensagem.capacidade = nova;
+}
+
+void guardaElemento(YMensagemIso &mensagem, std::int32_t bit, const char *texto, std::size_t tamanho) {
+    Dono<char> espaco;
+    if (texto != nullptr) {
+        espaco.reset(static_cast<char *>(YalocaMemoria_debug(espacoDoTexto(tamanho), FONTE, __LINE__)));
+        poeTexto(espaco.get(), texto, tamanho);
+    }
+    garanteCapacidade(mensagem, capacidadePara(bit, texto != nullptr));
+    Bloco &guarda = *bloco(mensagem);
+    char *&slot = mensagem.bits[bit - 1];
+    std::uint64_t &presentes = guarda.presentes[(bit - 1) / BITS_POR_BITMAP];
+    if (slot != nullptr) {
+        liberaTexto(guarda, slot);
+    }
+    slot = espaco != nullptr ? espaco.release() + sizeof(Tamanho) : nullptr;
+    presentes = slot != nullptr ? presentes | mascaraDoBit(bit) : presentes & ~mascaraDoBit(bit);
+}
+
+void destroiMensagem(void *objeto) {
+    limpa(*static_cast<YMensagemIso *>(objeto));
+}
+
+} // namespace
+
+const YRtti YMensagemIso_definicaoRtti = {YOb_rtti, "YMensagemIso", sizeof(YMensagemIso), nullptr,
+                                          destroiMensagem};
+
+const YRtti *YMensagemIso_rtti(void) {
+    return &YMensagemIso_definicaoRtti;
+}
+
+void pramo::iso::substitui(YMensagemIso &mensagem, const Conteudo &novo) {
+    Bloco *guarda = novo.capacidade != 0 ? criaBlocoCom(novo) : nullptr;
+    limpa(mensagem);
+    mensagem.interno = guarda;
+    mensagem.bits = guarda != nullptr ? guarda->slots : nullptr;
+    mensagem.capacidade = novo.capacidade;
+    mensagem.transacao = novo.transacao;
+}
+
+void pramo::iso::exigeBit(std::int32_t bit) {
+    if (bit < 1 || bit > Y_ISO_ELEMENTOS) {
+        YContextoTry_printf("Elemento %d. ", bit);
+        lanca(YExc_rtti, "O número do elemento vai de 1 a 128."_l1, FONTE);
+    }
+}
+
+// ---- Code and elements ----
+
+void YMensagemIso_setTransacao(YMensagemIso *mensagem, int32_t transacao) {
+    mensagem->transacao = transacao;
+}
+
+int32_t YMensagemIso_getTransacao(const YMensagemIso *mensagem) {
+    return mensagem->transacao;
+}
+
+void YMensagemIso_setBit(YMensagemIso *mensagem, int32_t bit, const char *texto) {
+    YMensagemIso_setBitTam(mensagem, bit, texto, texto != nullptr ? std::strlen(texto) : 0);
+}
+
+void YMensagemIso_setBitTam(YMensagemIso *mensagem, int32_t bit, const char *texto, uint64_t tamanho) {
+    exigeBit(bit);
+    if (bit == BITS_POR_BITMAP + 1 && texto != nullptr) {
+        lanca(YExc_rtti, "O elemento 65 anunciaria um terceiro bitmap.", FONTE);
+    }
+    guardaElemento(*mensagem, bit, texto, tamanho);
+}
+
+const char *YMensagemIso_getBit(const YMensagemIso *mensagem, int32_t bit) {
+    return bit >= 1 && bit <= mensagem->capacidade ? mensagem->bits[bit - 1] : nullptr;
+}
+
+uint64_t YMensagemIso_getTamanhoBit(const YMensagemIso *mensagem, int32_t bit) {
+    return elemento(*mensagem, bit).size();
+}
+
+void YMensagemIso_copiaDe(YMensagemIso *destino, const YMensagemIso *origem) {
+    if (destino == origem) {
+        return;
+    }
+    Conteudo copia;
+    copia.transacao = origem->transacao;
+    copia.capacidade = origem->capacidade;
+    percorre(*origem, [&](int bit, std::string_view texto) { copia.poe(bit, texto); });
+    substitui(*destino, copia);
+}

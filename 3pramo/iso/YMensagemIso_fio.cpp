@@ -1,0 +1,190 @@
+// The wire form, written and read.
+#include <3pramo/iso/YMensagemIso_interno.hpp>
+
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YStream_interno.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+
+using namespace pramo;
+using namespace pramo::iso;
+
+namespace {
+
+constexpr std::uint32_t DIGITOS_DO_CODIGO = 4;
+constexpr std::size_t DIGITOS_DO_BITMAP = 16;
+constexpr std::size_t MAIOR_CODIGO = 11; // characters of any 32-bit number
+constexpr std::size_t MAIOR_PREFIXO = 3;
+
+/// A digit of a bitmap with its four bits in reverse: on the wire the first one is the highest.
+constexpr std::uint64_t AO_CONTRARIO[] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
+
+// ---- Writing ----
+
+char *poeNumero(char *destino, std::uint32_t numero, std::uint32_t digitos) {
+    for (std::uint32_t i = digitos; i-- > 0; numero /= 10) {
+        destino[i] = static_cast<char>('0' + numero % 10);
+    }
+    return destino + digitos;
+}
+
+char *poeCodigo(char *destino, std::int32_t transacao) {
+    if (transacao >= 0 && transacao <= 9999) {
+        return poeNumero(destino, static_cast<std::uint32_t>(transacao), DIGITOS_DO_CODIGO);
+    }
+    return destino + std::snprintf(destino, MAIOR_CODIGO + 1, "%04d", transacao);
+}
+
+char *poeBitmap(char *destino, std::uint64_t bitmap) {
+    for (std::size_t i = 0; i < DIGITOS_DO_BITMAP; i++, bitmap >>= 4) {
+        destino[i] = "0123456789ABCDEF"[AO_CONTRARIO[bitmap & 0xF]];
+    }
+    return destino + DIGITOS_DO_BITMAP;
+}
+
+char *poeBitmaps(char *destino, const YMensagemIso &mensagem) {
+    for (std::int32_t inicio = 0; inicio < mensagem.capacidade; inicio += BITS_POR_BITMAP) {
+        const bool segueOutro = mensagem.capacidade > inicio + BITS_POR_BITMAP;
+        const std::uint64_t anuncio = segueOutro ? mascaraDoBit(1) : 0;
+        destino = poeBitmap(destino, bloco(mensagem)->presentes[inicio / BITS_POR_BITMAP] | anuncio);
+    }
+    return destino;
+}
+
+char *poeElemento(char *destino, int bit, std::string_view texto) {
+    const std::uint64_t formato = registro(bit).formato;
+    const auto tamanho =
+        static_cast<std::uint32_t>(std::min<std::size_t>(texto.size(), Y_ISO_MAXIMO(formato)));
+    destino = poeNumero(destino, tamanho, Y_ISO_DIGITOS(formato));
+    std::memcpy(destino, texto.data(), tamanho);
+    return destino + tamanho;
+}
+
+// ---- Reading ----
+
+/// Takes the parts of a message off a text. A part that is not whole raises and leaves the position in front
+/// of it.
+class Leitor {
+public:
+    /// Without `fim` the text ends with its first zero byte.
+    Leitor(const char *posicao, std::optional<const char *> fim) : posicao_(posicao), fim_(fim) {}
+
+    [[nodiscard]] const char *posicao() const { return posicao_; }
+
+    void le(Conteudo &lido) {
+        exige(DIGITOS_DO_CODIGO, [] { YContextoTry_printf("%s. ", "Código da transação"_l1); });
+        lido.transacao = leNumero(DIGITOS_DO_CODIGO);
+        if (!tem(1)) {
+            return;
+        }
+        std::uint64_t bitmaps[2] = {leBitmap(1), 0};
+        const bool temSegundo = (bitmaps[0] & mascaraDoBit(1)) != 0;
+        if (temSegundo) {
+            bitmaps[1] = leBitmap(2);
+        }
+        if ((bitmaps[1] & mascaraDoBit(1)) != 0) {
+            lanca(YExc_rtti, "Mensagem ISO 8583 com terceiro bitmap.", FONTE);
+        }
+        lido.capacidade = temSegundo ? Y_ISO_ELEMENTOS : BITS_POR_BITMAP;
+        percorreBits(bitmaps[0] & ~mascaraDoBit(1), 1, [&](int bit) { leElemento(bit, lido); });
+        percorreBits(bitmaps[1], BITS_POR_BITMAP + 1, [&](int bit) { leElemento(bit, lido); });
+    }
+
+private:
+    // Looks neither behind the zero byte nor further than what is asked for.
+    [[nodiscard]] bool tem(std::size_t quantos) const {
+        return fim_ ? static_cast<std::size_t>(*fim_ - posicao_) >= quantos
+                    : strnlen(posicao_, quantos) == quantos;
+    }
+
+    // Raises unless so many characters are there; `diz` sets the name of the part as detail text.
+    template <typename DIZ>
+    void exige(std::size_t quantos, DIZ diz) const {
+        if (!tem(quantos)) [[unlikely]] {
+            diz();
+            lanca(YExc_rtti, "Mensagem ISO 8583 incompleta.", FONTE);
+        }
+    }
+
+    std::int32_t leNumero(std::size_t digitos) {
+        std::int32_t valor = 0;
+        for (; digitos > 0; digitos--, posicao_++) {
+            if (*posicao_ >= '0' && *posicao_ <= '9') {
+                valor = valor * 10 + (*posicao_ - '0');
+            }
+        }
+        return valor;
+    }
+
+    std::uint64_t leBitmap(int qual) {
+        exige(DIGITOS_DO_BITMAP, [&] { YContextoTry_printf("Bitmap %d. ", qual); });
+        std::uint64_t bitmap = 0;
+        for (std::size_t i = 0; i < DIGITOS_DO_BITMAP; i++) {
+            const int c = static_cast<unsigned char>(*posicao_++);
+            const int digito = c < ':' ? c - '0' : c - '7';
+            bitmap |= digito >= 0 && digito <= 0xF ? AO_CONTRARIO[digito] << (4 * i) : 0;
+        }
+        return bitmap;
+    }
+
+    void leElemento(int bit, Conteudo &lido) {
+        const std::uint64_t formato = registro(bit).formato;
+        const char *inicio = posicao_;
+        const auto diz = [&] {
+            YContextoTry_printf("Elemento %d (%s). ", bit, registro(bit).rotulo);
+            posicao_ = inicio;
+        };
+        std::size_t tamanho = Y_ISO_CARACTERES(formato);
+        if (const std::size_t digitos = Y_ISO_DIGITOS(formato); digitos != 0) {
+            exige(digitos, diz);
+            tamanho = static_cast<std::size_t>(leNumero(digitos));
+        }
+        exige(tamanho, diz);
+        lido.poe(bit, {posicao_, tamanho});
+        posicao_ += tamanho;
+    }
+
+    const char *posicao_;
+    std::optional<const char *> fim_;
+};
+
+void carrega(YMensagemIso &mensagem, const char *&posicao, std::optional<const char *> fim) {
+    Leitor leitor(posicao, fim);
+    Conteudo lido;
+    const auto fica = [&] {
+        substitui(mensagem, lido);
+        posicao = leitor.posicao();
+    };
+    try {
+        leitor.le(lido);
+    } catch (const YExcecao &) {
+        fica();
+        throw;
+    }
+    fica();
+}
+
+} // namespace
+
+void YMensagemIso_emiteEmStream(const YMensagemIso *mensagem, YStream *stream) {
+    std::size_t maximo = MAIOR_CODIGO + 2 * DIGITOS_DO_BITMAP;
+    percorre(*mensagem, [&](int, std::string_view texto) { maximo += MAIOR_PREFIXO + texto.size(); });
+    char *const inicio = reserva(*stream, maximo);
+    char *fim = poeBitmaps(poeCodigo(inicio, mensagem->transacao), *mensagem);
+    percorre(*mensagem, [&](int bit, std::string_view texto) {
+        if (bit != 1) { // only its bit is written
+            fim = poeElemento(fim, bit, texto);
+        }
+    });
+    avanca(*stream, static_cast<std::size_t>(fim - inicio));
+}
+
+void YMensagemIso_carrega(YMensagemIso *mensagem, const char **posicao) {
+    carrega(*mensagem, *posicao, std::nullopt);
+}
+
+void YMensagemIso_carregaBloco(YMensagemIso *mensagem, const char **posicao, uint64_t tamanho) {
+    carrega(*mensagem, *posicao, *posicao + tamanho);
+}

@@ -1,0 +1,107 @@
+// How a message keeps its texts, and what its sources share.
+#ifndef Y3PRAMO_ISO_YMENSAGEMISO_INTERNO_HPP
+#define Y3PRAMO_ISO_YMENSAGEMISO_INTERNO_HPP
+
+#include <3pramo/iso/YMensagemIso.h>
+
+#include <bit>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+namespace pramo::iso {
+
+constexpr const char *FONTE = "YMensagemIso";
+constexpr int BITS_POR_BITMAP = 64;
+
+/// Where element `bit` stands in the 64 bits of its bitmap, which inside the library has its first one
+/// lowest.
+constexpr std::uint64_t mascaraDoBit(int bit) {
+    return std::uint64_t{1} << ((bit - 1) % BITS_POR_BITMAP);
+}
+
+/// What stands behind `interno`, absent while a message has no slots: one block with the slots and, behind
+/// them, the texts that came together (loaded or copied). A text set alone is a block of its own. In front of
+/// every text, in the same block, stands its length.
+struct Bloco {
+    std::uint64_t presentes[2]; // the bitmaps of the slots that hold a text
+    const char *fim;            // of the texts
+    char *slots[Y_ISO_ELEMENTOS];
+};
+
+using Tamanho = std::size_t;
+
+inline Bloco *bloco(const YMensagemIso &mensagem) {
+    return static_cast<Bloco *>(mensagem.interno);
+}
+
+/// A text of a slot, with its length.
+inline std::string_view conteudo(const char *texto) {
+    Tamanho tamanho = 0;
+    std::memcpy(&tamanho, texto - sizeof tamanho, sizeof tamanho);
+    return {texto, tamanho};
+}
+
+/// The text of an element; data() is null when it is absent.
+inline std::string_view elemento(const YMensagemIso &mensagem, std::int32_t bit) {
+    const char *texto = YMensagemIso_getBit(&mensagem, bit);
+    return texto != nullptr ? conteudo(texto) : std::string_view();
+}
+
+/// The number of each element of a bitmap whose first is `primeiro`, in increasing order.
+template <typename VISITA>
+void percorreBits(std::uint64_t bitmap, int primeiro, VISITA visita) {
+    for (; bitmap != 0; bitmap &= bitmap - 1) {
+        visita(primeiro + std::countr_zero(bitmap));
+    }
+}
+
+/// Bit and text of each element that is present, in increasing order. Costs nothing for the others.
+template <typename VISITA>
+void percorre(const YMensagemIso &mensagem, VISITA visita) {
+    for (int slot = 0; slot < mensagem.capacidade; slot += BITS_POR_BITMAP) {
+        percorreBits(bloco(mensagem)->presentes[slot / BITS_POR_BITMAP], slot + 1,
+                     [&](int bit) { visita(bit, conteudo(mensagem.bits[bit - 1])); });
+    }
+}
+
+inline const YElementoIso &registro(int bit) {
+    return elementosIso[bit - 1];
+}
+
+/// What a message is to become. The texts lie elsewhere; each bit stands at most once.
+struct Conteudo {
+    struct Texto {
+        const char *inicio;
+        std::size_t tamanho;
+        int bit;
+    };
+
+    std::int32_t transacao = 0;
+    std::int32_t capacidade = 0;
+    std::int32_t quantos = 0;
+    Texto textos[Y_ISO_ELEMENTOS]; // the first `quantos`
+
+    void poe(int bit, std::string_view texto) { textos[quantos++] = {texto.data(), texto.size(), bit}; }
+    [[nodiscard]] const Texto *begin() const { return textos; }
+    [[nodiscard]] const Texto *end() const { return textos + quantos; }
+};
+
+/// How many slots a message has that holds this bit; as a text, element 1 announces the second bitmap.
+constexpr std::int32_t capacidadePara(int bit, bool comTexto) {
+    const bool anunciaSegundo = bit == 1 && comTexto;
+    return bit > BITS_POR_BITMAP || anunciaSegundo ? 2 * BITS_POR_BITMAP : BITS_POR_BITMAP;
+}
+
+/// Replaces the whole message. The texts may be its own; when there is no memory nothing has changed.
+void substitui(YMensagemIso &mensagem, const Conteudo &novo);
+
+/// Raises unless the number is one from 1 to 128.
+void exigeBit(std::int32_t bit);
+
+/// Reads a text file from where it stands.
+void leTexto(YMensagemIso &mensagem, std::FILE *arquivo);
+
+} // namespace pramo::iso
+
+#endif

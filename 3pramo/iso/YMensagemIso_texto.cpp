@@ -1,0 +1,124 @@
+// The text file, and the dump as a file.
+#include <3pramo/iso/YMensagemIso_interno.hpp>
+
+#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/YStream_interno.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <memory>
+
+using namespace pramo;
+using namespace pramo::iso;
+
+namespace {
+
+constexpr std::size_t MAIOR_PEDACO = 2047;
+
+struct FechaArquivo {
+    void operator()(std::FILE *arquivo) const { std::fclose(arquivo); }
+};
+using Arquivo = std::unique_ptr<std::FILE, FechaArquivo>;
+
+// Writes what the function appends to a stream.
+template <typename ESCREVE>
+void gravaArquivo(const YMensagemIso &mensagem, const char *caminho, ESCREVE escreve) {
+    const auto texto = cria<YStream>(YStream_rtti, FONTE);
+    escreve(&mensagem, texto.get());
+    if (const Arquivo arquivo{std::fopen(caminho, "we")}) {
+        std::fwrite(YStream_str(texto.get()), 1, conteudo(*texto).size(), arquivo.get());
+    }
+}
+
+void tiraBrancos(std::string_view &texto) {
+    texto.remove_prefix(
+        static_cast<std::size_t>(std::find_if_not(texto.begin(), texto.end(), ehBranco) - texto.begin()));
+}
+
+// Takes a number off the text as strtol does: white space, a sign, digits; 0 without digits, and then only
+// the white space is gone.
+std::int64_t tiraNumero(std::string_view &texto) {
+    tiraBrancos(texto);
+    const char *inicio = texto.data();
+    const char *fim = inicio + texto.size();
+    const bool positivo = texto.size() > 1 && *inicio == '+' && inicio[1] != '-';
+    std::int64_t numero = 0;
+    const auto [parou, erro] = std::from_chars(positivo ? inicio + 1 : inicio, fim, numero);
+    if (erro == std::errc::invalid_argument) {
+        return 0;
+    }
+    if (erro == std::errc::result_out_of_range) {
+        using Limites = std::numeric_limits<std::int64_t>;
+        numero = *inicio == '-' ? Limites::min() : Limites::max();
+    }
+    texto.remove_prefix(static_cast<std::size_t>(parou - inicio));
+    return numero;
+}
+
+/// The file in pieces: lines without their line feed, longer ones cut.
+class Pedacos {
+public:
+    explicit Pedacos(std::FILE *arquivo) : arquivo_(arquivo) {}
+
+    /// False at the end of the file.
+    bool le(std::string_view &pedaco) {
+        std::size_t tamanho = 0;
+        int c = 0;
+        while (tamanho < MAIOR_PEDACO && (c = std::getc(arquivo_)) != EOF && c != '\n') {
+            letras_[tamanho++] = static_cast<char>(c);
+        }
+        pedaco = {letras_.data(), tamanho};
+        return tamanho != 0 || c != EOF;
+    }
+
+private:
+    std::FILE *arquivo_;
+    std::array<char, MAIOR_PEDACO> letras_{};
+};
+
+bool podeLer(std::int64_t bit) {
+    return bit >= 1 && bit <= Y_ISO_ELEMENTOS && bit != BITS_POR_BITMAP + 1;
+}
+
+} // namespace
+
+void pramo::iso::leTexto(YMensagemIso &mensagem, std::FILE *arquivo) {
+    Pedacos pedacos(arquivo);
+    std::string_view pedaco;
+    if (!pedacos.le(pedaco)) {
+        return;
+    }
+    mensagem.transacao = static_cast<std::int32_t>(tiraNumero(pedaco));
+    while (pedacos.le(pedaco)) {
+        const std::int64_t bit = tiraNumero(pedaco);
+        tiraBrancos(pedaco);
+        if (podeLer(bit)) {
+            YMensagemIso_setBitTam(&mensagem, static_cast<std::int32_t>(bit), pedaco.data(), pedaco.size());
+        }
+    }
+}
+
+void YMensagemIso_dumpEmArquivo(const YMensagemIso *mensagem, const char *caminho) {
+    gravaArquivo(*mensagem, caminho, YMensagemIso_dumpEmStream);
+}
+
+void YMensagemIso_salvaEmArquivo(const YMensagemIso *mensagem, const char *caminho) {
+    gravaArquivo(*mensagem, caminho, YMensagemIso_salvaEmStream);
+}
+
+void YMensagemIso_salvaEmStream(const YMensagemIso *mensagem, YStream *stream) {
+    YStream_printf(stream, "%d\n", mensagem->transacao);
+    percorre(*mensagem, [&](int bit, std::string_view texto) {
+        YStream_printf(stream, "%03d ", bit);
+        acrescenta(*stream, texto);
+        acrescenta(*stream, "\n");
+    });
+}
+
+void YMensagemIso_leDeArquivo(YMensagemIso *mensagem, const char *caminho) {
+    if (const Arquivo arquivo{std::fopen(caminho, "re")}) {
+        leTexto(*mensagem, arquivo.get());
+    }
+}
