@@ -38,14 +38,15 @@ void *__wrap_realloc(void *bloco, std::size_t tamanho) { // NOLINT
 }
 }
 
-void *operator new(std::size_t tamanho) {
+// Not inlined: the compiler would take the pair below for a mismatch.
+[[gnu::noinline]] void *operator new(std::size_t tamanho) {
     void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
     return bloco != nullptr ? bloco : throw std::bad_alloc();
 }
-void operator delete(void *bloco) noexcept {
+[[gnu::noinline]] void operator delete(void *bloco) noexcept {
     std::free(bloco);
 }
-void operator delete(void *bloco, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void *bloco, std::size_t) noexcept {
     std::free(bloco);
 }
 
