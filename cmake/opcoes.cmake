@@ -23,6 +23,8 @@ endif()
 if(3PRAMO_SANITIZA)
     add_compile_options(-fsanitize=${3PRAMO_SANITIZA} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
     add_link_options(-fsanitize=${3PRAMO_SANITIZA})
+    # With sanitizers g++ 12 warns of uninitialised members inside the standard library that are initialised.
+    add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-maybe-uninitialized>)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
 else()
     add_compile_options(-fstack-protector-strong "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
