@@ -1,4 +1,5 @@
-// The registry of the SOAP server, seen by an application: deadlines, live set, groups, retainers, port types.
+// The registry of the SOAP server, seen by an application: deadlines, live set, groups, retainers, port
+// types.
 #include "apoio/alvo.hpp"
 #include "apoio/arvore.hpp"
 
@@ -54,7 +55,8 @@ TEST_F(SoapRegistro, entraESaiDoConjuntoVivo) {
     EXPECT_EQ(YWebService_getMomentoLimite(servico.get()), 7) << "stays as it was";
 
     YSoapServer_registraServico(servidor.get(), servico.get());
-    EXPECT_EQ(YWebService_getSoapServer(servico.get()), servidor.get()) << "the server of an object that has none";
+    EXPECT_EQ(YWebService_getSoapServer(servico.get()), servidor.get())
+        << "the server of an object that has none";
     EXPECT_NE(YSoapServer_removeServico(servidor.get(), servico.get()), 0);
     EXPECT_EQ(YSoapServer_removeServico(servidor.get(), servico.get()), 0);
     YWebService_setSoapServer(servico.get(), servidor.get());
@@ -123,7 +125,8 @@ int32_t requisita(YRetentor * /*retentor*/, void *grupo, uint32_t a, void *ponte
 }
 
 const YRtti *Retentor_rtti();
-const YRetentor_Rtti definicaoDoRetentor = {{YRetentor_rtti, "Retentor", sizeof(YRetentor), nullptr, nullptr}, requisita};
+const YRetentor_Rtti definicaoDoRetentor = {{YRetentor_rtti, "Retentor", sizeof(YRetentor), nullptr, nullptr},
+                                            requisita};
 const YRtti *Retentor_rtti() {
     return &definicaoDoRetentor.rtti;
 }
@@ -192,7 +195,8 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
     EXPECT_EQ(apoio::excecao(constroi), "YExcSoap: PortType sem classe de servi\xE7o.") << "no service class";
 
     definicao = {"Tipo", nenhum, nullptr, nullptr, nullptr};
-    EXPECT_EQ(YPortType_obtemTratador(YSoapServer_registraPortType(servidor.get(), &definicao), "um"), nullptr);
+    EXPECT_EQ(YPortType_obtemTratador(YSoapServer_registraPortType(servidor.get(), &definicao), "um"),
+              nullptr);
 }
 
 } // namespace

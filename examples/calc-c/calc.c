@@ -1,4 +1,5 @@
-/* The port type Calc in C: operations, a service class with state, and a handler that cleans up after a failure. */
+/* The port type Calc in C: operations, a service class with state, and a handler that cleans up after a
+ * failure. */
 #include "calc.h"
 
 #include <stdatomic.h>
@@ -15,7 +16,8 @@ static const YRtti *Calc_rtti(void) {
     return &definicao;
 }
 
-/* ---- Methods: they read children of the request, and append children to the answer. Texts are ISO-8859-1. ---- */
+/* ---- Methods: they read children of the request, and append children to the answer. Texts are ISO-8859-1.
+ * ---- */
 
 static void soma(YWebService *servico, YNo *requisicao, YNo *resposta) {
     const int64_t resultado = (int64_t)YNo_getInt(requisicao, "a") + YNo_getInt(requisicao, "b");
@@ -71,7 +73,8 @@ static void resume(void *argumento) {
     const Cadastro *cadastro = argumento;
     const YNo *dados = YNo_getFilhoUnico(cadastro->requisicao, "dados"); /* raises when it is missing */
     for (size_t i = 0; i < sizeof CAMPOS / sizeof *CAMPOS; i++) {
-        const char *texto = YNo_getValor(YNo_procuraDescendente(dados, CAMPOS[i])); /* null when it is missing */
+        const char *texto =
+            YNo_getValor(YNo_procuraDescendente(dados, CAMPOS[i])); /* null when it is missing */
         if (texto != NULL) {
             const char *separador = YStream_tam(cadastro->resumo) > 0 ? "; " : "";
             YStream_printf(cadastro->resumo, "%s%s=%s", separador, CAMPOS[i], texto);
@@ -83,7 +86,8 @@ static void resume(void *argumento) {
     YNo_setString(cadastro->resposta, "return", YStream_str(cadastro->resumo));
 }
 
-/* The stream is this handler's own: the region frees it whether or not the body fails, and then passes on its failure. */
+/* The stream is this handler's own: the region frees it whether or not the body fails, and then passes on its
+ * failure. */
 static void cadastra(YWebService *servico, YNo *requisicao, YNo *resposta) {
     Cadastro cadastro = {requisicao, resposta, NULL};
     YContextoTry contexto = {0};
@@ -95,8 +99,9 @@ static void cadastra(YWebService *servico, YNo *requisicao, YNo *resposta) {
     YContextoTry_finaliza(&contexto);
 }
 
-static const YDefinicaoMetodo METODOS[] = {{"soma", soma}, {"valor", valor},       {"divide", divide}, {"eco", eco},
-                                           {"lema", lema}, {"cadastra", cadastra}, {"falha", falha},   {NULL, NULL}};
+static const YDefinicaoMetodo METODOS[] = {{"soma", soma},   {"valor", valor}, {"divide", divide},
+                                           {"eco", eco},     {"lema", lema},   {"cadastra", cadastra},
+                                           {"falha", falha}, {NULL, NULL}};
 
 YDefinicaoPortType definicaoDoCalc(const char *wsdl) {
     return (YDefinicaoPortType){"Calc", METODOS, Calc_rtti, wsdl, NULL};

@@ -106,7 +106,8 @@ int main(int argc, char **argv) {
     Execucao execucao = {.porta = 8080, .base = PASTA_DOS_EXEMPLOS "/calc/www"};
     YContextoTry contexto = {0};
     if (!leOpcoes(argc, argv, &execucao)) {
-        fputs("uso: calc-c [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   (porta 0: uma livre)\n", stderr);
+        fputs("uso: calc-c [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   (porta 0: uma livre)\n",
+              stderr);
         return 2;
     }
     bloqueiaSinais(&execucao.sinais);

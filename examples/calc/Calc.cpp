@@ -79,8 +79,8 @@ void falha(YWebService *, YNo *, YNo *) {
     recusa("Esta operação sempre falha."_l1);
 }
 
-constexpr YDefinicaoMetodo METODOS[] = {{"soma", soma}, {"valor", valor},       {"divide", divide},
-                                        {"eco", eco},   {"lema", lema},         {"cadastra", cadastra},
+constexpr YDefinicaoMetodo METODOS[] = {{"soma", soma},   {"valor", valor},  {"divide", divide},
+                                        {"eco", eco},     {"lema", lema},    {"cadastra", cadastra},
                                         {"falha", falha}, {nullptr, nullptr}};
 
 } // namespace

@@ -30,8 +30,8 @@ const YRtti *Contador_rtti() {
     return &definicao;
 }
 
-// "constroi" and "destroi" are built in: a client gets the identity of its counter from the first and quotes it
-// in "eu". Without "eu" a call works on a counter of its own, which is gone after it.
+// "constroi" and "destroi" are built in: a client gets the identity of its counter from the first and quotes
+// it in "eu". Without "eu" a call works on a counter of its own, which is gone after it.
 
 void incrementa(YWebService *servico, YNo *requisicao, YNo *resposta) {
     Contador &este = contador(servico);

@@ -32,7 +32,8 @@ std::optional<std::int32_t> lePorta(const char *texto) {
     std::int32_t porta = 0;
     const char *fim = texto + std::strlen(texto);
     const auto [parou, erro] = std::from_chars(texto, fim, porta);
-    return erro == std::errc{} && parou == fim && porta >= 0 && porta <= 65535 ? std::optional(porta) : std::nullopt;
+    return erro == std::errc{} && parou == fim && porta >= 0 && porta <= 65535 ? std::optional(porta)
+                                                                               : std::nullopt;
 }
 
 std::optional<Opcoes> leOpcoes(int argc, char **argv) {
@@ -121,7 +122,8 @@ void serve(const Opcoes &opcoes) {
 int main(int argc, char **argv) {
     const auto opcoes = leOpcoes(argc, argv);
     if (!opcoes) {
-        std::cerr << "uso: calc [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   (porta 0: uma livre)\n";
+        std::cerr
+            << "uso: calc [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   (porta 0: uma livre)\n";
         return 2;
     }
     try {

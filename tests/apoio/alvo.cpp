@@ -96,9 +96,9 @@ void suicida(YWebService *servico, YNo *requisicao, YNo * /*resposta*/) {
 }
 
 constexpr YDefinicaoMetodo METODOS[] = {
-    {"soma", soma},     {"acumula", acumula}, {"total", total},       {"eco", eco},
-    {"cidade", cidade}, {"espera", espera},   {"falha", falha},       {"identidade", identidade},
-    {"padrao", padrao}, {"vence", vence},     {"permanece", permanece}, {"estranha", estranha},
+    {"soma", soma},       {"acumula", acumula}, {"total", total},         {"eco", eco},
+    {"cidade", cidade},   {"espera", espera},   {"falha", falha},         {"identidade", identidade},
+    {"padrao", padrao},   {"vence", vence},     {"permanece", permanece}, {"estranha", estranha},
     {"suicida", suicida}, {nullptr, nullptr}};
 
 } // namespace

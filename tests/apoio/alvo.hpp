@@ -15,7 +15,7 @@ struct Alvo : YWebService {
 
     static constexpr std::uint64_t INTEIRA = 0x616C766F616C766F;
     static inline std::atomic<int> vivos{0};
-    static inline std::atomic<int> quebrados{0}; // calls that met an object that was not whole
+    static inline std::atomic<int> quebrados{0};  // calls that met an object that was not whole
     static inline std::atomic<bool> aberto{true}; // "espera" waits while it is not
     static inline std::atomic<int> dentro{0};     // calls in "espera"
 };

@@ -61,12 +61,14 @@ Cliente::~Cliente() {
 }
 
 Cliente::Cliente(Cliente &&outro) noexcept
-    : fd_(std::exchange(outro.fd_, -1)), recebidos_(std::move(outro.recebidos_)) {}
+    : fd_(std::exchange(outro.fd_, -1)), resetado_(outro.resetado_.load()),
+      recebidos_(std::move(outro.recebidos_)) {}
 
 bool Cliente::envia(std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t n = send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (n < 0 && (errno == EPIPE || errno == ECONNRESET)) {
+            resetado_ = true;
             return false;
         }
         if (n < 0) {
@@ -83,6 +85,7 @@ bool Cliente::recebeMais() {
     if (n < 0 && errno != ECONNRESET) {
         falha("recv");
     }
+    resetado_ = resetado_ || n < 0;
     if (n > 0) {
         recebidos_.append(pedaco.data(), static_cast<std::size_t>(n));
     }

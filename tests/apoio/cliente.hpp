@@ -1,7 +1,9 @@
-// A small blocking TCP client. Every wait is bounded: what does not come within ten seconds throws.
+// A small blocking TCP client; one thread may send while another receives. Every wait is bounded: what does
+// not come within ten seconds throws.
 #ifndef TESTES_APOIO_CLIENTE_HPP
 #define TESTES_APOIO_CLIENTE_HPP
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -38,6 +40,9 @@ public:
     /// True when the server closed and nothing is unread.
     bool fechou() { return recebeAteFechar().empty(); }
 
+    /// True when the connection ended by a reset: a slower client might have lost what came before it.
+    [[nodiscard]] bool foiResetado() const { return resetado_; }
+
     /// Tells the server that nothing more comes.
     void terminaEnvio();
 
@@ -48,6 +53,7 @@ private:
     bool recebeMais();
 
     int fd_;
+    std::atomic<bool> resetado_{false};
     std::string recebidos_; // and not yet handed out
 };
 

@@ -60,8 +60,9 @@ inline std::string pedidoSoap(std::string_view portType, std::string_view metodo
 
 /// The usual body: an envelope with the method's element.
 inline std::string envelope(std::string_view metodo, std::string_view parametros) {
-    return "<e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body><m:" + std::string(metodo) + ">" +
-           std::string(parametros) + "</m:" + std::string(metodo) + "></e:Body></e:Envelope>";
+    return "<e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body><m:" +
+           std::string(metodo) + ">" + std::string(parametros) + "</m:" + std::string(metodo) +
+           "></e:Body></e:Envelope>";
 }
 
 /// What the answer holds between the envelope's head and tail; all of it when it has not this form.

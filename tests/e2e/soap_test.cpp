@@ -42,14 +42,16 @@ TEST_F(Soap, osBytesDeUmaRespostaEDeUmaFalha) {
     Resposta r = cliente.recebe();
     EXPECT_EQ(r.linha, "HTTP/1.1 200 OK");
     EXPECT_EQ(r.campos["content-type"], "text/xml; charset=ISO-8859-1");
-    EXPECT_EQ(apoio::conteudo(r), "<ns1:somaResponse xmlns:ns1=\"urn:Alvo\"><ns1:return>5</ns1:return></ns1:somaResponse>");
+    EXPECT_EQ(apoio::conteudo(r),
+              "<ns1:somaResponse xmlns:ns1=\"urn:Alvo\"><ns1:return>5</ns1:return></ns1:somaResponse>");
 
     cliente.envia(apoio::pedidoSoap("Alvo", "soma", envelope("soma", "<b>3</b>")));
     r = cliente.recebe();
     EXPECT_EQ(r.campos["content-type"], "text/xml; charset=ISO-8859-1");
     EXPECT_TRUE(std::regex_match(
         apoio::conteudo(r),
-        std::regex("<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>YExcSoap: Tag procurada: a\\. "
+        std::regex("<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>YExcSoap: Tag "
+                   "procurada: a\\. "
                    "Faltou tag\\. \\(YNo:[0-9]+\\)</faultstring><faultactor/></SOAP-ENV:Fault>")))
         << r.bytes;
 }
@@ -61,7 +63,8 @@ TEST_F(Soap, umaConversaPorIdentidade) {
     EXPECT_NE(um, outro);
     EXPECT_EQ(Alvo::vivos, 2);
     EXPECT_EQ(chama("acumula", eu(um) + "<valor>2</valor>"), "2");
-    EXPECT_EQ(chama("acumula", "<valor>40</valor>" + eu(" " + um + "\n")), "42") << "its place does not matter";
+    EXPECT_EQ(chama("acumula", "<valor>40</valor>" + eu(" " + um + "\n")), "42")
+        << "its place does not matter";
     EXPECT_EQ(chama("acumula", eu(outro) + "<valor>1</valor>"), "1");
     EXPECT_EQ(chama("identidade", eu(um)), um) << "the same object, the same text";
     EXPECT_EQ(chama("destroi", eu(um)), "");
@@ -92,7 +95,8 @@ std::vector<Recusa> recusas() {
         {"Alvo", "", envelope("x", ""), "YExcSoap: nome: . Metodo desconhecido."},
         {"Alvo", "\"", envelope("x", ""), "YExcSoap: nome: . Metodo desconhecido."},
         {"Alvo", "Soma", soma(""), "YExcSoap: nome: Soma. Metodo desconhecido."},
-        {"Alvo", "a/b<c>&\xE7\xA7", soma(""), "YExcSoap: nome: a/b&lt;c&gt;&amp;c&#167;. Metodo desconhecido."},
+        {"Alvo", "a/b<c>&\xE7\xA7", soma(""),
+         "YExcSoap: nome: a/b&lt;c&gt;&amp;c&#167;. Metodo desconhecido."},
         {"Nada", "soma", soma(""), "YExcSoap: nome: Nada. PortType desconhecido."},
         {"Nada", "constroi", soma(""), "YExcSoap: nome: Nada. PortType desconhecido."},
         {"Alvo?x", "soma", soma(""), "YExcSoap: nome: Alvo?x. PortType desconhecido."},
@@ -112,8 +116,10 @@ std::vector<Recusa> recusas() {
         {"Alvo", "soma", soma("<a>&nada;</a>"), "YExc: Referencia a caractere desconhecida."},
         {"Alvo", "soma", soma("<a>&#8364;</a>"), "YExc: Referencia a caractere fora de ISO-8859-1."},
         {"Alvo", "soma", utf8 + soma("<a>\xE2\x82\xAC</a>"), "YExcSoap: Caractere fora de ISO-8859-1."},
-        {"Alvo", "soma", soma("<a href=\"#i1\"/>"), "YExcSoap: href: #i1. Referencia entre elementos nao suportada."},
-        {"Alvo", "soma", soma("<m xsi:type=\"n:Map\"><item/></m>"), "YExcSoap: Tag procurada: key. Faltou tag."},
+        {"Alvo", "soma", soma("<a href=\"#i1\"/>"),
+         "YExcSoap: href: #i1. Referencia entre elementos nao suportada."},
+        {"Alvo", "soma", soma("<m xsi:type=\"n:Map\"><item/></m>"),
+         "YExcSoap: Tag procurada: key. Faltou tag."},
         {"Alvo", "soma", soma(eu("0")), NAO_CONSTA},
         {"Alvo", "soma", soma(eu("0x7fffffffe000")), NAO_CONSTA},
         {"Alvo", "soma", soma(eu("00000000000000000000000000000000")), NAO_CONSTA},
@@ -123,16 +129,19 @@ std::vector<Recusa> recusas() {
         {"Alvo", "estranha", "", "YExc: Excecao desconhecida."},
         {"Alvo", "invoca", "", "YExcSoap: Tag procurada: metodo. Faltou tag."},
         {"Alvo", "invoca", envelope("invoca", "<metodo/>"), "YExcSoap: Tag procurada: metodo. Faltou tag."},
-        {"Alvo", "invoca", envelope("invoca", "<metodo>x</metodo>"), "YExcSoap: nome: x. Metodo desconhecido."},
-        {"Alvo", "invoca", envelope("invoca", "<metodo>soma</metodo><param>&lt;a</param>"), "YExcSoap: Token inesperado."},
+        {"Alvo", "invoca", envelope("invoca", "<metodo>x</metodo>"),
+         "YExcSoap: nome: x. Metodo desconhecido."},
+        {"Alvo", "invoca", envelope("invoca", "<metodo>soma</metodo><param>&lt;a</param>"),
+         "YExcSoap: Token inesperado."},
     };
 }
 
 TEST_F(Soap, oQueERecusadoViraFalhaEOProximoEAtendido) {
     for (const Recusa &caso : recusas()) {
         const std::string qual = caso.portType + "#" + caso.metodo + " " + caso.corpo.substr(0, 200);
-        EXPECT_EQ(apoio::resultado(apoio::chamaComCorpo(servidor.porta(), caso.portType, caso.metodo, caso.corpo)),
-                  caso.falha)
+        EXPECT_EQ(
+            apoio::resultado(apoio::chamaComCorpo(servidor.porta(), caso.portType, caso.metodo, caso.corpo)),
+            caso.falha)
             << qual;
         aindaServe(qual);
     }
@@ -170,7 +179,8 @@ TEST_F(Soap, oQueELido) {
 TEST_F(Soap, oNomeDoMetodoEDoPortType) {
     const auto falhaDe = [&](const std::string &uri, const std::string &acao) {
         Cliente cliente(servidor.porta());
-        cliente.envia(apoio::requisicao(uri, "SOAPAction: " + acao + "\r\n", envelope("soma", "<a>2</a><b>3</b>")));
+        cliente.envia(
+            apoio::requisicao(uri, "SOAPAction: " + acao + "\r\n", envelope("soma", "<a>2</a><b>3</b>")));
         return apoio::resultado(cliente.recebe());
     };
     EXPECT_EQ(falhaDe("GET /Alvo", "#soma"), "5") << "a call whatever its HTTP method";
@@ -186,7 +196,8 @@ TEST_F(Soap, oNomeDoMetodoEDoPortType) {
 }
 
 TEST_F(Soap, invocaLevaUmaChamadaComoTexto) {
-    const auto invoca = [&](const std::string &metodo, const std::string &interior, const std::string &antes = "") {
+    const auto invoca = [&](const std::string &metodo, const std::string &interior,
+                            const std::string &antes = "") {
         return chama("invoca", antes + "<metodo>" + metodo + "</metodo>" + interior);
     };
     const std::string soma = "&lt;soma>&lt;a>2&lt;/a>&lt;b>3&lt;/b>&lt;/soma>";
@@ -251,7 +262,8 @@ TEST_F(Soap, semEuAChamadaTemUmObjetoSoDela) {
     EXPECT_EQ(servidor.vivos(), 0U);
 
     EXPECT_EQ(chama("padrao"), "YExc: fora da faixa");
-    EXPECT_TRUE(apoio::acontece([] { return Alvo::vivos == 0; })) << "the sweep takes what a failed call left";
+    EXPECT_TRUE(apoio::acontece([] { return Alvo::vivos == 0; }))
+        << "the sweep takes what a failed call left";
 }
 
 // ---- To whom a call goes ----
@@ -271,8 +283,11 @@ const YRtti *Filho_rtti() {
     return &definicaoDoFilho;
 }
 
-constexpr YDefinicaoMetodo EMBUTIDOS[] = {
-    {"constroi", responde}, {"destroi", responde}, {"invoca", responde}, {"quem", responde}, {nullptr, nullptr}};
+constexpr YDefinicaoMetodo EMBUTIDOS[] = {{"constroi", responde},
+                                          {"destroi", responde},
+                                          {"invoca", responde},
+                                          {"quem", responde},
+                                          {nullptr, nullptr}};
 
 TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     const std::uint32_t porta = servidor.porta();
@@ -283,13 +298,15 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     registra("Outro", Outro_rtti);
     registra("Familia", apoio::Alvo_rtti);
     registra("SemClasse", nullptr);
-    EXPECT_EQ(apoio::chama(porta, "Outro", "constroi"), "Outro") << "its own handler goes before the built-in one";
+    EXPECT_EQ(apoio::chama(porta, "Outro", "constroi"), "Outro")
+        << "its own handler goes before the built-in one";
     EXPECT_EQ(apoio::chama(porta, "Outro", "destroi"), "Outro");
     EXPECT_EQ(apoio::chama(porta, "Outro", "invoca"), "Outro");
     EXPECT_EQ(apoio::chama(porta, "SemClasse", "quem"), "YExcSoap: PortType sem classe de servico.");
 
     const std::string alvo = chama("constroi");
-    EXPECT_EQ(apoio::chama(porta, "Outro", "acumula", eu(alvo) + "<valor>3</valor>"), "3") << "routed by its class";
+    EXPECT_EQ(apoio::chama(porta, "Outro", "acumula", eu(alvo) + "<valor>3</valor>"), "3")
+        << "routed by its class";
     EXPECT_EQ(apoio::chama(porta, "Nada", "total", eu(alvo)), "3");
     EXPECT_EQ(apoio::chama(porta, "Nada", "constroi", eu(alvo)),
               "YExcSoap: Tentou construir servico para um PortType inexistente.");
@@ -299,9 +316,12 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     YWebService_setSoapServer(filho, servidor.get());
     char identidade[Y_TAMANHO_IDENTIDADE];
     YObPtrToStr(identidade, sizeof identidade, filho);
-    EXPECT_EQ(apoio::chama(porta, "Familia", "quem", eu(identidade)), "Filho") << "derives from the port type's class";
-    EXPECT_EQ(apoio::chama(porta, "Outro", "quem", eu(identidade)), NAO_CONSTA) << "a handler of another class";
-    EXPECT_EQ(apoio::chama(porta, "Nada", "quem", eu(identidade)), "YExcSoap: nome: Nada. PortType desconhecido.");
+    EXPECT_EQ(apoio::chama(porta, "Familia", "quem", eu(identidade)), "Filho")
+        << "derives from the port type's class";
+    EXPECT_EQ(apoio::chama(porta, "Outro", "quem", eu(identidade)), NAO_CONSTA)
+        << "a handler of another class";
+    EXPECT_EQ(apoio::chama(porta, "Nada", "quem", eu(identidade)),
+              "YExcSoap: nome: Nada. PortType desconhecido.");
 }
 
 // ---- WSDL, and what is no SOAP ----
@@ -316,7 +336,8 @@ TEST_F(Soap, wsdlComMacros) {
         {"<definitions/>", "<definitions/>"},
         {"", ""},
         {"$(NOME)", "$(NOME) <\xE7>"}, // not searched again
-        {"a$(PORTA)b$(PORTA)", "a" + std::to_string(servidor.porta()) + "b" + std::to_string(servidor.porta())},
+        {"a$(PORTA)b$(PORTA)",
+         "a" + std::to_string(servidor.porta()) + "b" + std::to_string(servidor.porta())},
         {"$ ( $$(*Host)) $(*hOsT)$", "$ ( $localhost) localhost$"},
         {"$(" + longo + "aaaa)$(" + longo + ")$()", "longolongovazio"},
     };

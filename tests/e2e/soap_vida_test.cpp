@@ -83,6 +83,7 @@ TEST_F(SoapVida, oPrazoDerrubaEZeroConserva) {
     EXPECT_EQ(naAlvo("total", eu(normal)), "0");
     EXPECT_EQ(naAlvo("total", eu(eterno)), "0");
     auto *objeto = static_cast<YWebService *>(YObStrToPtr(eterno.c_str()));
+    ASSERT_NE(objeto, nullptr);
     EXPECT_NEAR(static_cast<double>(YWebService_getMomentoLimite(objeto)),
                 static_cast<double>(std::time(nullptr) + 1800), 5);
 }
@@ -158,6 +159,9 @@ TEST_F(SoapVida, oTotalDeMuitosEExato) {
 
 TEST_F(SoapVida, portTypesEMacrosMudamEnquantoSeAtende) {
     std::atomic<int> estranhas{0};
+    const YDefinicaoPortType definicao = apoio::definicaoDoAlvo("$(MACRO)");
+    YSoapServer_registraPortType(servidor.get(), &definicao);
+    YSoapServer_registraMacro(servidor.get(), "MACRO", "valor");
     {
         Carga carga(4, [&, porta = servidor.porta()] {
             estranhas += chama(porta, "Alvo", "soma", "<a>2</a><b>3</b>") != "5" ? 1 : 0;
@@ -165,11 +169,7 @@ TEST_F(SoapVida, portTypesEMacrosMudamEnquantoSeAtende) {
             cliente.envia(apoio::requisicao("GET /wsdl/Alvo"));
             estranhas += cliente.recebe().corpo != "valor" ? 1 : 0;
         });
-        YSoapServer_registraMacro(servidor.get(), "MACRO", "valor");
-        const YDefinicaoPortType definicao = apoio::definicaoDoAlvo("$(MACRO)");
-        YSoapServer_registraPortType(servidor.get(), &definicao);
-        ASSERT_TRUE(carga.correu(4)) << "what ran before the WSDL was there has ended";
-        estranhas = 0;
+        ASSERT_TRUE(carga.correu(4));
         for (int i = 0; i < 300; i++) {
             YSoapServer_registraPortType(servidor.get(), &definicao);
             YSoapServer_registraMacro(servidor.get(), "MACRO", "valor");
