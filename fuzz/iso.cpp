@@ -12,14 +12,10 @@ namespace {
 
 using Mensagem = pramo::Ponteiro<YMensagemIso>;
 
-Mensagem nova() {
-    return pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-}
-
 template <typename ESCREVE>
-std::string escrito(const YMensagemIso *mensagem, ESCREVE escreve) {
+std::string escrito(const Mensagem &mensagem, ESCREVE escreve) {
     const auto stream = pramo::cria<YStream>(YStream_rtti);
-    escreve(mensagem, stream.get());
+    escreve(mensagem.get(), stream.get());
     return {YStream_str(stream.get()), static_cast<std::size_t>(YStream_tam(stream.get()))};
 }
 
@@ -31,16 +27,12 @@ void exige(bool condicao) {
 
 /// The loadings stop inside the text; the zero-terminated one sees the same up to the first zero byte.
 Mensagem carregada(const std::string &texto, bool ateZero) {
-    auto mensagem = nova();
+    auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const char *posicao = texto.c_str();
     try {
-        if (ateZero) {
-            YMensagemIso_carrega(mensagem.get(), &posicao);
-        } else {
-            YMensagemIso_carregaBloco(mensagem.get(), &posicao, texto.size());
-        }
-    } catch (const YExcecao &) {
-        // What was read stays in the message.
+        ateZero ? YMensagemIso_carrega(mensagem.get(), &posicao)
+                : YMensagemIso_carregaBloco(mensagem.get(), &posicao, texto.size());
+    } catch (const YExcecao &) { // what was read stays in the message
     }
     exige(posicao >= texto.c_str() && posicao <= texto.c_str() + texto.size());
     return mensagem;
@@ -48,19 +40,18 @@ Mensagem carregada(const std::string &texto, bool ateZero) {
 
 void pelaFormaDoFio(const std::string &texto) {
     const std::string limpo = texto.c_str();
-    const Mensagem mensagem = carregada(limpo, true);
-    exige(escrito(carregada(limpo, false).get(), YMensagemIso_salvaEmStream) ==
-          escrito(mensagem.get(), YMensagemIso_salvaEmStream));
+    exige(escrito(carregada(limpo, false), YMensagemIso_salvaEmStream) ==
+          escrito(carregada(limpo, true), YMensagemIso_salvaEmStream));
     for (const Mensagem &lida : {carregada(texto, true), carregada(texto, false)}) {
-        const std::string fio = escrito(lida.get(), YMensagemIso_emiteEmStream);
-        exige(escrito(carregada(fio, false).get(), YMensagemIso_emiteEmStream) == fio);
-        escrito(lida.get(), YMensagemIso_dumpMascaradoEmStream);
+        const std::string fio = escrito(lida, YMensagemIso_emiteEmStream);
+        exige(escrito(carregada(fio, false), YMensagemIso_emiteEmStream) == fio);
+        escrito(lida, YMensagemIso_dumpMascaradoEmStream);
         YMensagemIso_valida(lida.get(), nullptr, nullptr);
     }
 }
 
 Mensagem doTexto(std::string texto) {
-    auto mensagem = nova();
+    auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     if (std::FILE *arquivo = texto.empty() ? nullptr : fmemopen(texto.data(), texto.size(), "r")) {
         pramo::iso::leTexto(*mensagem, arquivo);
         std::fclose(arquivo);
@@ -68,29 +59,18 @@ Mensagem doTexto(std::string texto) {
     return mensagem;
 }
 
-/// Longer texts are cut in reading.
-bool cabemNaLinha(const YMensagemIso *mensagem) {
-    bool cabem = true;
-    for (std::int32_t bit = 1; bit <= mensagem->capacidade; bit++) {
-        cabem = cabem && YMensagemIso_getTamanhoBit(mensagem, bit) <= 2043;
-    }
-    return cabem;
-}
-
-void peloArquivo(const std::string &texto) {
-    const Mensagem mensagem = doTexto(texto);
-    const std::string salvo = escrito(mensagem.get(), YMensagemIso_salvaEmStream);
-    exige(!cabemNaLinha(mensagem.get()) ||
-          escrito(doTexto(salvo).get(), YMensagemIso_salvaEmStream) == salvo);
-    escrito(mensagem.get(), YMensagemIso_emiteEmStream);
-    YMensagemIso_valida(mensagem.get(), nullptr, nullptr);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tamanho) {
     const std::string texto(reinterpret_cast<const char *>(bytes), tamanho);
     pelaFormaDoFio(texto);
-    peloArquivo(texto);
+    const Mensagem mensagem = doTexto(texto);
+    bool cabem = true; // longer texts are cut in reading
+    for (std::int32_t bit = 1; bit <= mensagem->capacidade; bit++) {
+        cabem = cabem && YMensagemIso_getTamanhoBit(mensagem.get(), bit) <= 2043;
+    }
+    const std::string salvo = escrito(mensagem, YMensagemIso_salvaEmStream);
+    exige(!cabem || escrito(doTexto(salvo), YMensagemIso_salvaEmStream) == salvo);
+    escrito(mensagem, YMensagemIso_emiteEmStream);
     return 0;
 }

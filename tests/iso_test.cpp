@@ -66,24 +66,21 @@ std::string emitida(const Mensagem &mensagem) {
 }
 
 // A file that goes with the test.
-class Arquivo {
-public:
-    Arquivo() { close(mkstemp(caminho_.data())); }
-    explicit Arquivo(const std::string &conteudo) : Arquivo() {
-        std::ofstream(caminho_, std::ios::binary) << conteudo;
+struct Arquivo {
+    std::string caminho = std::filesystem::temp_directory_path() / "iso-XXXXXX";
+
+    explicit Arquivo(const std::string &conteudo = "") {
+        close(mkstemp(caminho.data()));
+        std::ofstream(caminho, std::ios::binary) << conteudo;
     }
-    ~Arquivo() { std::filesystem::remove(caminho_); }
+    ~Arquivo() { std::filesystem::remove(caminho); }
     Arquivo(const Arquivo &) = delete;
     Arquivo &operator=(const Arquivo &) = delete;
 
-    [[nodiscard]] const char *caminho() const { return caminho_.c_str(); }
     [[nodiscard]] std::string conteudo() const {
-        std::ifstream arquivo(caminho_, std::ios::binary);
+        std::ifstream arquivo(caminho, std::ios::binary);
         return {std::istreambuf_iterator<char>(arquivo), {}};
     }
-
-private:
-    std::string caminho_ = std::filesystem::temp_directory_path() / "iso-XXXXXX";
 };
 
 // Elements as "3:003000 41:TERM____", where _ is a blank.
@@ -102,6 +99,7 @@ std::string semBrancos(std::string texto) {
     return texto;
 }
 
+// clang-format off
 const struct Exemplo {
     const char *nome;
     int codigo, capacidade;
@@ -109,9 +107,8 @@ const struct Exemplo {
     Elementos elementos;
 } EXEMPLOS[] = {
     {"authorization", 100, 64,
-     semBrancos(
-         "0100 7224448020C08000 16 4111111111111111 000000 000000012345 1122093015 000123 3012 5411 051 00 "
-         "37 4111111111111111=30121010000012300000 TERM0001 ESTABELECIMENT1 986"),
+     semBrancos("0100 7224448020C08000 16 4111111111111111 000000 000000012345 1122093015 000123 3012 5411 051 00 "
+                "37 4111111111111111=30121010000012300000 TERM0001 ESTABELECIMENT1 986"),
      lista("2:4111111111111111 3:000000 4:000000012345 7:1122093015 11:000123 14:3012 18:5411 22:051 25:00 "
            "35:4111111111111111=30121010000012300000 41:TERM0001 42:ESTABELECIMENT1 49:986")},
     {"purchase", 200, 64,
@@ -120,35 +117,15 @@ const struct Exemplo {
      lista("3:003000 4:000000010000 7:1122093015 11:000124 12:093015 13:1122 22:051 41:TERM0001 "
            "42:ESTABELECIMENT1 49:BRL 52:0123456789ABCDEF 55:9F0206000000010000 60:1234567 62:0001")},
     {"reversal with secondary bitmap", 400, 128,
-     semBrancos(
-         "0400 B22000000E800000 0000004000000001 003000 000000010000 1122093100 000125 112209300124 A1B2C3 "
-         "00 TERM0001 020000012411220930150001000012300000000000 BEEF"),
+     semBrancos("0400 B22000000E800000 0000004000000001 003000 000000010000 1122093100 000125 112209300124 A1B2C3 "
+                "00 TERM0001 020000012411220930150001000012300000000000 BEEF"),
      lista("3:003000 4:000000010000 7:1122093100 11:000125 37:112209300124 38:A1B2C3 39:00 41:TERM0001 "
            "90:020000012411220930150001000012300000000000 128:BEEF")},
-    {"network management", 800, 128,
-     semBrancos("0800 8220000000000000 0400000000000000 1122093015 000126 301"),
-     lista("7:1122093015 11:000126 70:301")},
-    {"empty variable elements", 210, 64, semBrancos("0210 4000000000000016 00 0 000 000"),
-     lista("2: 60: 62: 63:")},
-    {"second bitmap of nothing", 200, 128, semBrancos("0200 8000000000000000 0000000000000000"), {}},
-    {"bitmap of nothing", 200, 64, semBrancos("0200 0000000000000000"), {}},
+    {"empty variable elements", 210, 64, "0210400000000000001600" "0" "000" "000", lista("2: 60: 62: 63:")},
+    {"second bitmap of nothing", 200, 128, "0200" "8000000000000000" "0000000000000000", {}},
     {"code alone", 800, 0, "0800", {}},
 };
-
-TEST(Iso, aTabelaTemSuasClasses) {
-    std::map<uint64_t, int> contagem;
-    for (const YElementoIso &elemento : elementosIso) {
-        contagem[elemento.formato & 0x7F]++;
-        EXPECT_LE(Y_ISO_CARACTERES(elemento.formato), 999U) << elemento.rotulo;
-    }
-    const std::map<uint64_t, int> esperada = {{0x08, 57}, {0x7C, 32}, {0x0C, 9}, {0x48, 7}, {0x02, 5},
-                                              {0x1C, 5},  {0x6C, 4},  {0x4C, 2}, {0x04, 2}, {0x5C, 2},
-                                              {0x41, 1},  {0x68, 1},  {0x2C, 1}};
-    EXPECT_EQ(contagem, esperada);
-    EXPECT_EQ(elementosIso[34].formato, 37U * 128 + 0x41);
-    EXPECT_EQ(Y_ISO_CARACTERES(elementosIso[63].formato), 4U);
-    EXPECT_STREQ(elementosIso[127].rotulo, "Message authentication code");
-}
+// clang-format on
 
 TEST(Iso, formaDoFioDeMensagensComoAsReais) {
     for (const auto &[nome, codigo, capacidade, fio, elementos] : EXEMPLOS) {
@@ -157,17 +134,26 @@ TEST(Iso, formaDoFioDeMensagensComoAsReais) {
         EXPECT_EQ(mensagem->capacidade, capacidade) << nome;
         EXPECT_EQ(elementosDe(mensagem), elementos) << nome;
         EXPECT_EQ(emitida(mensagem), fio) << nome;
-        if (!elementos.empty()) {
-            EXPECT_EQ(emitida(montada(codigo, elementos)), fio) << nome;
-        }
+        EXPECT_EQ(emitida(montada(codigo, elementos)), elementos.empty() ? fio.substr(0, 4) : fio) << nome;
         const std::string seguidas = fio + "\n" + EXEMPLOS[0].fio;
         const char *posicao = seguidas.c_str();
         if (capacidade != 0) {
             YMensagemIso_carrega(mensagem.get(), &posicao);
             EXPECT_EQ(posicao, seguidas.c_str() + fio.size()) << nome;
-            EXPECT_EQ(elementosDe(mensagem), elementos) << nome;
         }
     }
+}
+
+TEST(Iso, aTabelaTemSuasClasses) {
+    std::map<uint64_t, int> contagem;
+    for (const YElementoIso &elemento : elementosIso) {
+        contagem[elemento.formato & 0x7F]++;
+    }
+    const std::map<uint64_t, int> esperada = {{0x08, 57}, {0x7C, 32}, {0x0C, 9}, {0x48, 7}, {0x02, 5},
+                                              {0x1C, 5},  {0x6C, 4},  {0x4C, 2}, {0x04, 2}, {0x5C, 2},
+                                              {0x41, 1},  {0x68, 1},  {0x2C, 1}};
+    EXPECT_EQ(contagem, esperada);
+    EXPECT_STREQ(elementosIso[127].rotulo, "Message authentication code");
 }
 
 // The part that begins at or before byte n and ends behind it, and where it begins.
@@ -200,22 +186,22 @@ TEST(Iso, todoComecoDeMensagemDizOndeParou) {
         for (std::size_t n = 0; n < exemplo.fio.size(); n++) {
             Elementos inteiros;
             const auto [parte, inicio] = parteNoByte(exemplo, n, inteiros);
-            const bool soCodigo = n == 4;
+            const auto esperada = n == 4 ? "" : "YExc: " + parte + ". Mensagem ISO 8583 incompleta.";
             for (const std::size_t zero : {0U, 1U}) {
+                SCOPED_TRACE(testing::Message() << exemplo.nome << ' ' << n);
                 auto *texto = reinterpret_cast<char *>(beira.ultimos(n + zero));
                 std::memcpy(texto, exemplo.fio.c_str(), n + zero);
                 std::memset(texto + n, 0, zero);
                 const Mensagem mensagem = montada(999, {{2, "antes"}, {70, "antes"}});
                 const char *posicao = texto;
-                const std::string queixa = excecao([&] {
-                    zero != 0 ? YMensagemIso_carrega(mensagem.get(), &posicao)
-                              : YMensagemIso_carregaBloco(mensagem.get(), &posicao, n);
-                });
-                EXPECT_EQ(queixa, soCodigo ? "" : "YExc: " + parte + ". Mensagem ISO 8583 incompleta.")
-                    << exemplo.nome << ' ' << n;
-                EXPECT_EQ(posicao - texto, static_cast<std::ptrdiff_t>(inicio)) << exemplo.nome << ' ' << n;
-                EXPECT_EQ(elementosDe(mensagem), inteiros) << exemplo.nome << ' ' << n;
-                EXPECT_EQ(mensagem->transacao, n < 4 ? 0 : exemplo.codigo) << exemplo.nome << ' ' << n;
+                EXPECT_EQ(excecao([&] {
+                              zero != 0 ? YMensagemIso_carrega(mensagem.get(), &posicao)
+                                        : YMensagemIso_carregaBloco(mensagem.get(), &posicao, n);
+                          }),
+                          esperada);
+                EXPECT_EQ(posicao - texto, static_cast<std::ptrdiff_t>(inicio));
+                EXPECT_EQ(elementosDe(mensagem), inteiros);
+                EXPECT_EQ(mensagem->transacao, n < 4 ? 0 : exemplo.codigo);
             }
         }
     }
@@ -223,10 +209,8 @@ TEST(Iso, todoComecoDeMensagemDizOndeParou) {
 
 TEST(Iso, formasDoFioEstranhas) {
     const struct {
-        const char *fio;
-        const char *queixa; // "" for none
-        const char *emitida;
-    } casos[] = {
+        const char *fio, *queixa, *emitida;
+    } lidas[] = {
         {"0A0B2000000000000000003000", "", "00002000000000000000003000"},
         {"020040000000000000001x4", "", "02004000000000000000014"},
         {"02002000000000000000003000sobra", "", "02002000000000000000003000"},
@@ -236,47 +220,44 @@ TEST(Iso, formasDoFioEstranhas) {
         {"0200800000000000000080000000000000000000000000000000",
          "YExc: Mensagem ISO 8583 com terceiro bitmap.", "0200"},
     };
-    for (const auto &[fio, queixa, esperada] : casos) {
+    for (const auto &[fio, queixa, esperada] : lidas) {
         const Mensagem mensagem = nova();
         const char *posicao = fio;
         EXPECT_EQ(excecao([&] { YMensagemIso_carrega(mensagem.get(), &posicao); }), queixa) << fio;
         EXPECT_EQ(emitida(mensagem), esperada) << fio;
     }
-    const char *nada = nullptr;
-    EXPECT_EQ(excecao([&] { YMensagemIso_carregaBloco(nova().get(), &nada, 0); }),
-              "YExc: " + std::string("Código da transação"_l1) + ". Mensagem ISO 8583 incompleta.");
-
-    EXPECT_EQ(emitida(montada(12345, {})), "12345");
-    EXPECT_EQ(emitida(montada(-7, {})), "-007");
-    EXPECT_EQ(emitida(montada(200, {{2, std::string(25, '7')}})),
-              "0200400000000000000019" + std::string(19, '7'));
-    EXPECT_EQ(emitida(montada(200, {{64, std::string(20, 'A')}})),
-              "02000000000000000001" + std::string(16, 'A'));
-    EXPECT_EQ(emitida(montada(200, {{3, "1"}})), "020020000000000000001") << "not filled up";
-    EXPECT_EQ(emitida(montada(200, {{1, "x"}})), "020080000000000000000000000000000000")
-        << "element 1 is its bit";
+    const struct {
+        int codigo;
+        Elementos elementos;
+        std::string emitida;
+    } montadas[] = {
+        {12345, {}, "12345"},
+        {-7, {}, "-007"},
+        {200, {{2, std::string(25, '7')}}, "0200400000000000000019" + std::string(19, '7')},
+        {200, {{64, std::string(20, 'A')}}, "02000000000000000001" + std::string(16, 'A')},
+        {200, {{3, "1"}}, "020020000000000000001"},                // not filled up
+        {200, {{1, "x"}}, "020080000000000000000000000000000000"}, // element 1 is its bit
+    };
+    for (const auto &[codigo, elementos, esperada] : montadas) {
+        EXPECT_EQ(emitida(montada(codigo, elementos)), esperada);
+    }
 }
 
 TEST(Iso, elementosEEspaco) {
     const Mensagem mensagem = nova();
     YMensagemIso *const m = mensagem.get();
-    EXPECT_EQ(m->capacidade, 0);
     EXPECT_EQ(YMensagemIso_getBit(m, 5), nullptr);
     YMensagemIso_setBit(m, 5, nullptr);
     EXPECT_EQ(m->capacidade, 64);
-    EXPECT_EQ(emitida(mensagem), "00000000000000000000");
-    YMensagemIso_setBit(m, 5, "16F0");
     YMensagemIso_setBit(m, 5, "000000000001");
     const char *quinto = YMensagemIso_getBit(m, 5);
     YMensagemIso_setBit(m, 65, nullptr);
     EXPECT_EQ(m->capacidade, 128);
     EXPECT_EQ(m->bits[4], quinto) << "the other elements stay where they are";
-    EXPECT_STREQ(quinto, "000000000001");
     YMensagemIso_setBit(m, 5, YMensagemIso_getBit(m, 5) + 10);
     EXPECT_EQ(elementosDe(mensagem), (Elementos{{5, "01"}}));
     YMensagemIso_setBit(m, 5, nullptr);
     EXPECT_EQ(emitida(mensagem), "000080000000000000000000000000000000");
-    EXPECT_EQ(YMensagemIso_getTamanhoBit(m, 5), 0U);
 
     for (const int bit : {INT32_MIN, -1, 0, 129, INT32_MAX}) {
         const std::string queixa = "YExc: Elemento " + std::to_string(bit) +
@@ -288,7 +269,6 @@ TEST(Iso, elementosEEspaco) {
     }
     EXPECT_EQ(excecao([&] { YMensagemIso_setBit(m, 65, "00"); }),
               "YExc: O elemento 65 anunciaria um terceiro bitmap.");
-    EXPECT_EQ(m->capacidade, 128);
 }
 
 TEST(Iso, copiasERespostas) {
@@ -296,10 +276,7 @@ TEST(Iso, copiasERespostas) {
         const Mensagem origem = carregada(exemplo.fio);
         const Mensagem copia = montada(1, {{2, "antes"}, {100, "antes"}});
         YMensagemIso_copiaDe(copia.get(), origem.get());
-        EXPECT_EQ(emitida(copia), exemplo.fio) << exemplo.nome;
-        const char *segundo = YMensagemIso_getBit(copia.get(), 2);
         YMensagemIso_copiaDe(copia.get(), copia.get());
-        EXPECT_EQ(YMensagemIso_getBit(copia.get(), 2), segundo) << exemplo.nome;
         EXPECT_EQ(emitida(copia), exemplo.fio) << exemplo.nome;
 
         const std::vector<int32_t> eco = {41, 11, 3, 11, 70, 64};
@@ -307,16 +284,10 @@ TEST(Iso, copiasERespostas) {
         YMensagemIso_montaResposta(origem.get(), origem.get(), exemplo.codigo + 10, eco.data(), 6);
         EXPECT_EQ(emitida(copia), emitida(origem)) << exemplo.nome;
         Elementos ecoados = exemplo.elementos;
-        std::erase_if(ecoados,
-                      [&](const auto &e) { return std::find(eco.begin(), eco.end(), e.first) == eco.end(); });
+        std::erase_if(ecoados, [&](const auto &e) { return std::ranges::count(eco, e.first) == 0; });
         EXPECT_EQ(elementosDe(origem), ecoados) << exemplo.nome;
         EXPECT_EQ(origem->transacao, exemplo.codigo + 10);
     }
-    const int32_t primeiro = 1;
-    const Mensagem resposta = montada(0, {{1, "x"}});
-    YMensagemIso_montaResposta(resposta.get(), resposta.get(), 1, &primeiro, 1);
-    EXPECT_EQ(resposta->capacidade, 128);
-
     const Mensagem aninhada = montada(200, {{48, EXEMPLOS[0].fio}});
     const char *deDentro = YMensagemIso_getBit(aninhada.get(), 48);
     YMensagemIso_carrega(aninhada.get(), &deDentro);
@@ -352,9 +323,9 @@ TEST(Iso, idasEVoltasSorteadas) {
             YMensagemIso_setBitTam(mensagem.get(), bit, texto.data(), texto.size());
         }
         const Arquivo arquivo;
-        YMensagemIso_salvaEmArquivo(mensagem.get(), arquivo.caminho());
+        YMensagemIso_salvaEmArquivo(mensagem.get(), arquivo.caminho.c_str());
         const Mensagem doArquivo = nova();
-        YMensagemIso_leDeArquivo(doArquivo.get(), arquivo.caminho());
+        YMensagemIso_leDeArquivo(doArquivo.get(), arquivo.caminho.c_str());
         ASSERT_EQ(elementosDe(doArquivo), elementos) << rodada;
         ASSERT_EQ(doArquivo->transacao, mensagem->transacao) << rodada;
     }
@@ -363,33 +334,30 @@ TEST(Iso, idasEVoltasSorteadas) {
 TEST(Iso, arquivosDeTexto) {
     const Mensagem simples = montada(200, {{3, "003000"}});
     const Arquivo arquivo;
-    YMensagemIso_salvaEmArquivo(simples.get(), arquivo.caminho());
+    YMensagemIso_salvaEmArquivo(simples.get(), arquivo.caminho.c_str());
     EXPECT_EQ(arquivo.conteudo(), "200\n003 003000\n");
-    YMensagemIso_dumpEmArquivo(simples.get(), arquivo.caminho());
+    YMensagemIso_dumpEmArquivo(simples.get(), arquivo.caminho.c_str());
     EXPECT_EQ(arquivo.conteudo(),
               std::string("Código da Transação: 200\n"_l1) + "  3 Processing code : \"003000\"\n");
 
     const std::string longo(2043, 'a');
+    // clang-format off
     const struct {
         std::string conteudo;
         int codigo;
         Elementos elementos; // beside element 7, which the message has before
     } casos[] = {
-        {"", 1, {}},
-        {"400", 400, {}},
-        {"\t+0400x\n", 400, {}},
-        {"-5\n3  \t003000\n", -5, lista("3:003000")},
-        {"x\n003 003000\r\n", 0, lista("3:003000\r")},
-        {"4294967297\n+4x y \n004\n005\n", 1, lista("4: 5:")},
-        {"99999999999999999999\n 2   \n", -1, lista("2:")},
+        {"", 1, {}}, {"400", 400, {}}, {"\t+0400x\n", 400, {}}, {"-5\n3  \t003000\n", -5, lista("3:003000")},
+        {"x\n003 003000\r\n", 0, lista("3:003000\r")}, {"4294967297\n+4x y \n004\n005\n", 1, lista("4: 5:")},
+        {"99999999999999999999\n 2   \n", -1, lista("2:")}, {"200\n007 novo\n001 x\n", 200, lista("1:x 7:novo")},
         {"200\n\nabc\n0 x\n-3 x\n+-3 x\n129 x\n99999999999999999999 x\n065 x\n128 ok", 200, lista("128:ok")},
-        {"200\n007 novo\n001 x\n", 200, lista("1:x 7:novo")},
         {"200\n063 " + longo + "\n041 ok\n", 200, lista("41:ok 63:" + longo)},
         {"200\n063 " + longo + "42 resto\n041 ok\n", 200, lista("41:ok 42:resto 63:" + longo)},
     };
+    // clang-format on
     for (const auto &[conteudo, codigo, elementos] : casos) {
         const Mensagem mensagem = montada(1, {{7, "antes"}});
-        YMensagemIso_leDeArquivo(mensagem.get(), Arquivo(conteudo).caminho());
+        YMensagemIso_leDeArquivo(mensagem.get(), Arquivo(conteudo).caminho.c_str());
         Elementos esperados = elementos;
         esperados.insert({7, "antes"});
         EXPECT_EQ(mensagem->transacao, codigo) << conteudo;
@@ -402,35 +370,26 @@ TEST(Iso, arquivosDeTexto) {
 }
 
 TEST(Iso, dumpMascarado) {
+    // clang-format off
     const struct {
         int bit;
         std::string texto, mascarado;
     } casos[] = {
-        {1, "x", "\"x\""},
-        {2, "4111111111111111", "\"411111******1111\""},
-        {2, "4111111111111", "\"411111***1111\""},
-        {2, "411111111111", "\"************\""},
-        {2, "41111111111111111111", "\"********************\""},
-        {2, "4111 1111 1111 1111", "\"*******************\""},
-        {2, "", "\"\""},
-        {3, "a\"\n\x1B\x9B\xE7", "\"a\"\\x0A\\x1B\\x9B\xE7\""},
-        {20, "076", "\"***\""},
-        {34, "4111", "\"****\""},
-        {35, "4111=3012", "(9 caracteres)"},
-        {36, "", "(0 caracteres)"},
-        {45, "B4111^A^", "(8 caracteres)"},
-        {52, "0123456789ABCDEF", "(16 caracteres)"},
-        {53, "12", "\"**\""},
-        {55, "5A08", "\"****\""},
-        {128, "BEEF", "\"BEEF\""},
+        {1, "x", "\"x\""}, {2, "", "\"\""}, {128, "BEEF", "\"BEEF\""},
+        {2, "4111111111111111", "\"411111******1111\""}, {2, "4111111111111", "\"411111***1111\""},
+        {2, "411111111111", "\"************\""}, {2, "41111111111111111111", "\"********************\""},
+        {2, "4111 1111 1111 1111", "\"*******************\""}, {20, "076", "\"***\""}, {34, "4111", "\"****\""},
+        {3, "a\"\n\x1B\x9B\xE7", "\"a\"\\x0A\\x1B\\x9B\xE7\""}, {35, "4111=3012", "(9 caracteres)"},
+        {36, "", "(0 caracteres)"}, {45, "B4111^A^", "(8 caracteres)"}, {52, "0123456789ABCDEF", "(16 caracteres)"},
+        {53, "12", "\"**\""}, {55, "5A08", "\"****\""},
     };
+    // clang-format on
     for (const auto &[bit, texto, mascarado] : casos) {
         const Mensagem mensagem = montada(800, {{bit, texto}});
+        const std::string numero = std::to_string(bit);
         const std::string inicio = std::string("Código da Transação: 800\n"_l1) +
-                                   (bit < 10    ? "  "
-                                    : bit < 100 ? " "
-                                                : "") +
-                                   std::to_string(bit) + ' ' + elementosIso[bit - 1].rotulo + " : ";
+                                   std::string(3 - numero.size(), ' ') + numero + ' ' +
+                                   elementosIso[bit - 1].rotulo + " : ";
         EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpEmStream), inicio + '"' + texto + "\"\n");
         EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpMascaradoEmStream), inicio + mascarado + '\n');
     }
@@ -442,43 +401,40 @@ TEST(Iso, dumpMascarado) {
 }
 
 TEST(Iso, validacao) {
+    // clang-format off
     const struct {
         int codigo;
         Elementos elementos;
-        std::vector<std::string> falhas;
+        std::string falhas; // each with its line end
     } casos[] = {
-        {9999, EXEMPLOS[0].elementos, {"49 caractere 1 fora da classe a"}},
-        {200, EXEMPLOS[1].elementos, {}},
-        {0, EXEMPLOS[2].elementos, {}},
-        {10000, lista("3:00300"), {"0 fora de 0 a 9999", "3 tamanho 5, exatamente 6"}},
-        {-1, lista("4:0000000000123"), {"0 fora de 0 a 9999", "4 tamanho 13, exatamente 12"}},
-        {200,
-         lista("2:44444444444444444444 3:00300x"),
-         {"2 tamanho 20, no m\xE1ximo 19", "3 caractere 6 fora da classe n"}},
-        {200, lista("2: 60:a1b2c3d 63:"), {}},
-        {200, lista("35:4=3:4D> 45:B4^"), {"45 caractere 3 fora da classe an"}},
-        {200, lista("35:4=3d"), {"35 caractere 4 fora da classe z"}},
-        {200, lista("38:AB12__ 49:BRL 50:_86 91:_"), {"50 caractere 1 fora da classe an"}},
-        {200,
-         lista("44:AB_ 49:98B"),
-         {"44 caractere 3 fora da classe an", "49 caractere 1 fora da classe a"}},
-        {200, lista("52:0123456789abcdeF 64:000G"), {"64 caractere 4 fora da classe b"}},
-        {200, lista("1:0000000000000000 41:A-1_\xE7\xC3?x 63:a\tb"), {"63 caractere 2 fora da classe ans"}},
-        {200,
-         lista("60:12345678 61:" + std::string(1000, 'x') + " 128:" + '\0'),
-         {"60 tamanho 8, no m\xE1ximo 7", "61 tamanho 1000, no m\xE1ximo 999", "128 tamanho 1, exatamente 4",
-          "128 caractere 1 fora da classe b"}},
+        {9999, EXEMPLOS[0].elementos, "49 caractere 1 fora da classe a\n"},
+        {200, EXEMPLOS[1].elementos, ""}, {0, EXEMPLOS[2].elementos, ""}, {200, lista("2: 60:a1b2c3d 63:"), ""},
+        {10000, lista("3:00300"), "0 fora de 0 a 9999\n3 tamanho 5, exatamente 6\n"},
+        {-1, lista("4:0000000000123"), "0 fora de 0 a 9999\n4 tamanho 13, exatamente 12\n"},
+        {200, lista("2:44444444444444444444 3:00300x"),
+         "2 tamanho 20, no m\xE1ximo 19\n3 caractere 6 fora da classe n\n"},
+        {200, lista("35:4=3:4D> 45:B4^"), "45 caractere 3 fora da classe an\n"},
+        {200, lista("35:4=3d"), "35 caractere 4 fora da classe z\n"},
+        {200, lista("38:AB12__ 49:BRL 50:_86 91:_"), "50 caractere 1 fora da classe an\n"},
+        {200, lista("44:AB_ 49:98B"), "44 caractere 3 fora da classe an\n49 caractere 1 fora da classe a\n"},
+        {200, lista("52:0123456789abcdeF 64:000G"), "64 caractere 4 fora da classe b\n"},
+        {200, lista("1:0000000000000000 41:A-1_\xE7\xC3?x 63:a\tb"), "63 caractere 2 fora da classe ans\n"},
+        {200, lista("60:12345678 61:" + std::string(1000, 'x') + " 128:" + '\0'),
+         "60 tamanho 8, no m\xE1ximo 7\n61 tamanho 1000, no m\xE1ximo 999\n128 tamanho 1, exatamente 4\n"
+         "128 caractere 1 fora da classe b\n"},
     };
+    // clang-format on
     for (const auto &[codigo, elementos, esperadas] : casos) {
         const Mensagem mensagem = montada(codigo, elementos);
-        std::vector<std::string> falhas;
+        std::string falhas;
         const auto anota = [](void *contexto, int32_t bit, const char *rotulo, const char *motivo) {
-            static_cast<std::vector<std::string> *>(contexto)->push_back(std::to_string(bit) + ' ' + motivo);
+            *static_cast<std::string *>(contexto) += std::to_string(bit) + ' ' + motivo + '\n';
             EXPECT_STREQ(rotulo, bit != 0 ? elementosIso[bit - 1].rotulo : "Código da Transação"_l1);
         };
-        EXPECT_EQ(YMensagemIso_valida(mensagem.get(), anota, &falhas), static_cast<int>(esperadas.size()));
+        const auto quantas = std::ranges::count(esperadas, '\n');
+        EXPECT_EQ(YMensagemIso_valida(mensagem.get(), anota, &falhas), quantas);
         EXPECT_EQ(falhas, esperadas);
-        EXPECT_EQ(YMensagemIso_valida(mensagem.get(), nullptr, nullptr), static_cast<int>(esperadas.size()));
+        EXPECT_EQ(YMensagemIso_valida(mensagem.get(), nullptr, nullptr), quantas);
     }
 }
 

@@ -73,7 +73,7 @@ bool ehThread(const YRtti *classe) {
 } // namespace
 
 std::size_t pramo::tamanhoDaInstancia(const YRtti *classe) {
-    std::uint64_t tamanho = 0;
+    std::uint64_t tamanho = sizeof(YOb);
     percorreClasses(classe, [&](const YRtti &c) {
         tamanho = std::max(tamanho, c.size);
         return true;

@@ -28,8 +28,8 @@ Y_EXPORTA int YObLOG_habilitadas(void);
 /* Where records go: `funcao` is called with the context, the record's mask and the escaped text (zero-
  * terminated, no line end, valid during the call), one record at a time. It may log itself: such a record
  * goes to standard error. Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on standard
- * error, in UTF-8. When it returns, the sink that was set before is no longer running and will not be called again
- * (except when called from inside that sink). */
+ * error, in UTF-8. When it returns, the sink that was set before is no longer running and will not be called
+ * again (except when called from inside that sink). */
 typedef void (*YFuncaoLog)(void *contexto, int mascara, const char *texto);
 Y_EXPORTA void YObLOG_setSaida(YFuncaoLog funcao, void *contexto);
 

@@ -22,8 +22,8 @@ private:
     EmUso *anterior_;
 };
 
-/// `funcao` runs when the object is freed, after its thread was stopped and before any destructor, the derived
-/// classes' included: for a class whose other threads work for the object. Raises nothing.
+/// `funcao` runs when the object is freed, after its thread was stopped and before any destructor, the
+/// derived classes' included: for a class whose other threads work for the object. Raises nothing.
 void aoLiberar(YObThread *thread, void (*funcao)(YObThread *));
 
 /// Before any destructor: refuses when the caller works for the thread object, else stops it through its

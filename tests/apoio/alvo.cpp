@@ -95,11 +95,22 @@ void suicida(YWebService *servico, YNo *requisicao, YNo * /*resposta*/) {
     YNo_getString(requisicao, "falta"); // a failure after it, unless it is there
 }
 
+// Puts another object, most likely at the same address, in its own place.
+void troca(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
+    YSoapServer *servidor = YWebService_getSoapServer(servico);
+    YWebService_setSoapServer(servico, nullptr);
+    YliberaObjeto(servico);
+    YWebService *novo = nullptr;
+    YalocaObjeto(&novo, Alvo_rtti);
+    YWebService_setSoapServer(novo, servidor);
+    YNo_setPtr(resposta, "return", novo);
+}
+
 constexpr YDefinicaoMetodo METODOS[] = {
     {"soma", soma},       {"acumula", acumula}, {"total", total},         {"eco", eco},
     {"cidade", cidade},   {"espera", espera},   {"falha", falha},         {"identidade", identidade},
     {"padrao", padrao},   {"vence", vence},     {"permanece", permanece}, {"estranha", estranha},
-    {"suicida", suicida}, {nullptr, nullptr}};
+    {"suicida", suicida}, {"troca", troca},     {nullptr, nullptr}};
 
 } // namespace
 

@@ -260,6 +260,11 @@ TEST_F(Soap, semEuAChamadaTemUmObjetoSoDela) {
     }
     EXPECT_EQ(chama("suicida"), "YExcSoap: Tag procurada: falta. Faltou tag.");
     EXPECT_EQ(servidor.vivos(), 0U);
+    for (int vez = 0; vez < 5; vez++) {
+        const std::string novo = chama("troca");
+        EXPECT_EQ(chama("total", eu(novo)), "0") << "the call ends its own object, not what took its place";
+        EXPECT_EQ(chama("destroi", eu(novo)), "");
+    }
 
     EXPECT_EQ(chama("padrao"), "YExc: fora da faixa");
     EXPECT_TRUE(apoio::acontece([] { return Alvo::vivos == 0; }))
