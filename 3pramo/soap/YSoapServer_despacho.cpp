@@ -43,6 +43,11 @@ Dono<YNo> leArvore(const Chamada &chamada, YStream *entrada) {
     return Dono<YNo>(raiz);
 }
 
+/// True for "#id", and with single quotes around it, which the parser leaves in the value.
+bool ehReferencia(const char *href) {
+    return href != nullptr && (href[0] == '#' || (href[0] == '\'' && href[1] == '#'));
+}
+
 /// An element that only points at another one (href="#id") would read as having no value: it is refused.
 void recusaReferencias(const YNo *no) {
     std::vector<const YNo *> pilha{no};
@@ -50,7 +55,7 @@ void recusaReferencias(const YNo *no) {
         const YNo *visitado = pilha.back();
         pilha.pop_back();
         const char *href = YNo_getAtributo(visitado, "href");
-        if (href != nullptr && href[0] == '#') {
+        if (ehReferencia(href)) {
             YContextoTry_printf("href: %s. ", href);
             lanca(YExcSoap_rtti, "Referência entre elementos não suportada."_l1, FONTE);
         }
@@ -71,8 +76,8 @@ YNo *elementoDoMetodo(YNo *raiz, const char *metodo) {
     corpo = corpo != nullptr ? corpo : raiz;
     YNo *elemento = YNo_getFilho(corpo, metodo, 0);
     elemento = elemento != nullptr ? elemento : corpo;
+    recusaReferencias(elemento); // first: the correction of a map drops the attributes of its values
     YNo_corrigeMaps(elemento);
-    recusaReferencias(elemento);
     return elemento;
 }
 
