@@ -24,15 +24,13 @@ struct Elemento : YOb {
     int numero;
 };
 
-void morre(void *objeto) {
-    auto *elemento = static_cast<Elemento *>(objeto);
-    (*elemento->aoMorrer)(elemento);
-}
+const YRtti ELEMENTO = {YOb_rtti, "Elemento", sizeof(Elemento), nullptr, [](void *objeto) {
+                            auto *elemento = static_cast<Elemento *>(objeto);
+                            (*elemento->aoMorrer)(elemento);
+                        }};
 
-const YRtti ELEMENTO = {YOb_rtti, "Elemento", sizeof(Elemento), nullptr, morre};
-
-const YRtti *Elemento_rtti() {
-    return &ELEMENTO;
+std::string chaveDe(const Elemento *elemento) {
+    return "e" + std::to_string(elemento->numero);
 }
 
 /// What the three kinds of container that free their elements have in common.
@@ -43,95 +41,108 @@ struct Especie {
     void (*tira)(void *recipiente, Elemento *elemento);
 };
 
-std::string chaveDe(const Elemento *elemento) {
-    return "e" + std::to_string(elemento->numero);
-}
-
+// clang-format off
 const Especie ESPECIES[] = {
     {"Vetor", YVetorQueDestroi_rtti, [](void *r, Elemento *e) { YVetor_poe(static_cast<YVetor *>(r), e); },
      [](void *r, Elemento *e) { YVetor_remove(static_cast<YVetor *>(r), e); }},
     {"Set", YSetQueDestroi_rtti, [](void *r, Elemento *e) { YSet_poe(static_cast<YSet *>(r), e); },
      [](void *r, Elemento *e) { YSet_remove(static_cast<YSet *>(r), e); }},
-    {"Mapa", YMapaQueDestroi_rtti,
-     [](void *r, Elemento *e) { YMapa_guarda(static_cast<YMapa *>(r), chaveDe(e).c_str(), e); },
+    {"Mapa", YMapaQueDestroi_rtti, [](void *r, Elemento *e) { YMapa_guarda(static_cast<YMapa *>(r), chaveDe(e).c_str(), e); },
      [](void *r, Elemento *e) { YMapa_retira(static_cast<YMapa *>(r), chaveDe(e).c_str()); }},
 };
+// clang-format on
 
-class QueDestroi : public testing::TestWithParam<Especie> {
+class MapaQueDestroi : public testing::Test {
 protected:
-    void poe(int quantos) {
-        for (int i = 0; i < quantos; i++) {
-            Elemento *novo = cria<Elemento>(Elemento_rtti).release();
-            novo->aoMorrer = &aoMorrer;
-            novo->numero = i;
-            elementos.push_back(novo);
-            GetParam().poe(recipiente.get(), novo);
-        }
+    Elemento *novo(int numero) {
+        Elemento *elemento = cria<Elemento>([] { return &ELEMENTO; }).release();
+        elemento->aoMorrer = &aoMorrer;
+        elemento->numero = numero;
+        return elemento;
     }
 
     std::vector<int> mortos;
-    std::vector<Elemento *> elementos;
     std::function<void(Elemento *)> aoMorrer = [this](Elemento *e) { mortos.push_back(e->numero); };
+};
+
+class QueDestroi : public MapaQueDestroi, public testing::WithParamInterface<Especie> {
+protected:
+    QueDestroi() {
+        for (int i = 0; i < 20; i++) {
+            elementos.push_back(novo(i));
+            GetParam().poe(recipiente.get(), elementos.back());
+        }
+    }
+    void morreram(std::size_t quantos) {
+        EXPECT_EQ(mortos.size(), quantos);
+        EXPECT_EQ(std::set<int>(mortos.begin(), mortos.end()).size(), quantos);
+    }
+
+    std::vector<Elemento *> elementos;
     Ponteiro<YOb> recipiente = cria<YOb>(GetParam().classe);
 };
 
 TEST_P(QueDestroi, liberaCadaElementoUmaVez) {
-    poe(100);
     GetParam().tira(recipiente.get(), elementos[3]);
     const Ponteiro<Elemento> meu(elementos[3]);
     recipiente.reset();
-    EXPECT_EQ(mortos.size(), 99U);
+    morreram(19);
+    EXPECT_EQ(std::count(mortos.begin(), mortos.end(), 3), 0);
     if (GetParam().classe == YVetorQueDestroi_rtti) {
         EXPECT_TRUE(std::is_sorted(mortos.rbegin(), mortos.rend())); // the last one first
     }
-    std::sort(mortos.begin(), mortos.end());
-    EXPECT_EQ(std::unique(mortos.begin(), mortos.end()), mortos.end());
-    EXPECT_EQ(std::count(mortos.begin(), mortos.end(), 3), 0);
 }
 
 TEST_P(QueDestroi, destrutorPodeMexerNoRecipiente) {
-    poe(20);
+    YOb *r = recipiente.release();
     Elemento *dependente = elementos[7];
     aoMorrer = [&](Elemento *e) {
         mortos.push_back(e->numero);
-        GetParam().tira(recipiente.get(), e);
-        if (e != dependente && dependente != nullptr) { // whoever dies first takes another one along
-            GetParam().tira(recipiente.get(), dependente);
-            YliberaObjeto(std::exchange(dependente, nullptr));
-        } else {
-            dependente = nullptr;
+        GetParam().tira(r, e);
+        Elemento *outro = std::exchange(dependente, nullptr);
+        if (e != outro && outro != nullptr) { // whoever dies first takes another one along
+            GetParam().tira(r, outro);
+            YliberaObjeto(outro);
         }
     };
-    YliberaObjeto(recipiente.get());
-    (void)recipiente.release();
-    std::sort(mortos.begin(), mortos.end());
-    EXPECT_EQ(mortos.size(), 20U);
-    EXPECT_EQ(std::unique(mortos.begin(), mortos.end()), mortos.end());
+    YliberaObjeto(r);
+    morreram(20);
 }
 
 TEST_P(QueDestroi, excecaoDeUmDestrutorNaoDeixaOsOutros) {
-    poe(20);
     std::string primeira;
     aoMorrer = [&](Elemento *e) {
         mortos.push_back(e->numero);
         if (e->numero % 6 == 1) {
-            const std::string mensagem = "falhou " + std::to_string(e->numero);
-            primeira = primeira.empty() ? mensagem : primeira;
-            YContextoTry_throw(YExcIOError_rtti, mensagem.c_str(), "containers_test", __LINE__);
+            primeira = primeira.empty() ? chaveDe(e) : primeira;
+            YContextoTry_throw(YExcIOError_rtti, chaveDe(e).c_str(), "containers_test", __LINE__);
         }
     };
     try {
         YliberaObjeto(recipiente.release());
         ADD_FAILURE() << "the exception was lost";
     } catch (const YExcecao &e) {
-        EXPECT_TRUE(e.ehDaClasse(YExcIOError_rtti));
         EXPECT_EQ(e.what(), primeira);
     }
-    EXPECT_EQ(mortos.size(), 20U);
+    morreram(20);
 }
 
 INSTANTIATE_TEST_SUITE_P(, QueDestroi, testing::ValuesIn(ESPECIES),
                          [](const auto &caso) { return std::string(caso.param.nome); });
+
+TEST_F(MapaQueDestroi, destroiOValorSubstituido) {
+    const auto mapa = cria<YMapa>(YMapaQueDestroi_rtti);
+    YMapa_guarda(mapa.get(), "k", novo(1));
+    const Ponteiro<Elemento> segundo(novo(2));
+    for (int vez = 0; vez < 2; vez++) { // the same pointer lives on
+        EXPECT_EQ(YMapa_guarda(mapa.get(), "k", segundo.get()), 0);
+    }
+    EXPECT_EQ(YMapa_retira(mapa.get(), "k"), segundo.get());
+    const auto alheio = cria<YMapa>(YMapa_rtti);
+    YMapa_guarda(alheio.get(), "k", segundo.get());
+    YMapa_guarda(alheio.get(), "k", nullptr);
+    EXPECT_EQ(mortos, std::vector{1});
+}
 
 /// Pointers to nowhere in particular, for containers that leave their elements alone.
 void *ponteiro(std::uintptr_t numero) {
@@ -141,27 +152,19 @@ void *ponteiro(std::uintptr_t numero) {
 TEST(Vetor, removeAPrimeiraOcorrenciaEConservaAOrdem) {
     const auto vetor = cria<YVetor>(YVetor_rtti);
     YVetor *v = vetor.get();
-    const auto conteudo = [v] { return std::vector<void *>(YVetor_inicio(v), YVetor_fim(v)); };
     EXPECT_EQ(YVetor_inicio(v), YVetor_fim(v));
-    EXPECT_EQ(YVetor_remove(v, nullptr), 0);
     std::vector<void *> modelo;
     for (std::uintptr_t i = 0; i < 100; i++) {
         YVetor_poe(v, ponteiro(i % 40)); // null is an element like any other
         modelo.push_back(ponteiro(i % 40));
     }
-    for (const std::uintptr_t i : {0U, 39U, 5U, 5U, 5U, 19U}) {
+    for (const std::uintptr_t i : {0U, 39U, 5U, 5U, 5U, 5U, 41U, 19U}) {
         const auto achado = std::find(modelo.begin(), modelo.end(), ponteiro(i));
         EXPECT_EQ(YVetor_remove(v, ponteiro(i)), achado != modelo.end()) << i;
-        if (achado != modelo.end()) {
-            modelo.erase(achado);
-        }
-        EXPECT_EQ(conteudo(), modelo) << i;
+        modelo.erase(achado, achado + (achado != modelo.end() ? 1 : 0));
+        EXPECT_EQ(std::vector<void *>(YVetor_inicio(v), YVetor_fim(v)), modelo) << i;
     }
-    EXPECT_EQ(YVetor_remove(v, ponteiro(41)), 0);
     EXPECT_EQ(YVetor_tam(v), modelo.size());
-    YVetorIt it = YVetor_inicio(v);
-    YVetorIt_anda(&it);
-    EXPECT_EQ(*it, modelo[1]);
 }
 
 class Set : public testing::Test {
@@ -176,14 +179,10 @@ TEST_F(Set, passeioQueRemoveVeCadaElementoUmaVez) {
         for (std::uintptr_t i = 0; i < 30; i++) {
             YSet_poe(s, ponteiro(i));
         }
-        std::multiset<void *> vistos;
+        std::vector<void *> vistos;
         for (YSetIt it = YSet_inicio(s); it != YSet_fim(s);) {
-            vistos.insert(*it);
-            if (vistos.size() % passo == 0) {
-                EXPECT_NE(YSet_remove(s, *it), 0);
-            } else {
-                YSetIt_anda(&it);
-            }
+            vistos.push_back(*it);
+            vistos.size() % passo == 0 ? static_cast<void>(YSet_remove(s, *it)) : YSetIt_anda(&it);
         }
         EXPECT_EQ(vistos.size(), 30U) << passo;
         EXPECT_EQ(std::set<void *>(vistos.begin(), vistos.end()).size(), 30U) << passo;
@@ -194,7 +193,7 @@ TEST_F(Set, passeioQueRemoveVeCadaElementoUmaVez) {
 TEST_F(Set, concordaComOModelo) {
     std::mt19937 acaso(42);
     std::set<void *> modelo;
-    for (int passo = 0; passo < 50000; passo++) {
+    for (int passo = 0; passo < 20000; passo++) {
         void *p = ponteiro(acaso() % 300);
         ASSERT_EQ(YSet_tem(s, p) != 0, modelo.contains(p)) << passo;
         if (acaso() % 2 != 0) {
@@ -208,25 +207,22 @@ TEST_F(Set, concordaComOModelo) {
             modelo.clear();
         }
         ASSERT_EQ(YSet_tam(s), modelo.size()) << passo;
-        if (passo % 64 == 0) {
-            ASSERT_EQ(std::set<void *>(YSet_inicio(s), YSet_fim(s)), modelo) << passo;
-        }
+        ASSERT_TRUE(passo % 64 != 0 || std::set<void *>(YSet_inicio(s), YSet_fim(s)) == modelo) << passo;
     }
 }
 
-TEST_F(Set, umMilhaoDeElementosEUniao) {
-    constexpr std::uintptr_t MILHAO = 1'000'000;
-    for (std::uintptr_t i = 0; i < MILHAO; i++) {
+TEST_F(Set, muitosElementosEUniao) {
+    constexpr std::uintptr_t MUITOS = 100'000;
+    for (std::uintptr_t i = 0; i < MUITOS; i++) {
         YSet_poe(s, ponteiro(i));
     }
     const auto outro = cria<YSet>(YSet_rtti);
     YSet_poeTudo(s, outro.get());
     YSet_poe(outro.get(), ponteiro(5));
-    YSet_poe(outro.get(), ponteiro(MILHAO));
+    YSet_poe(outro.get(), ponteiro(MUITOS));
     YSet_poeTudo(s, outro.get());
     YSet_poeTudo(s, s);
-    EXPECT_EQ(YSet_tam(s), MILHAO + 1);
-    for (std::uintptr_t i = 0; i <= MILHAO; i++) {
+    for (std::uintptr_t i = 0; i <= MUITOS; i++) {
         ASSERT_NE(YSet_remove(s, ponteiro(i)), 0);
     }
     EXPECT_EQ(YSet_inicio(s), YSet_fim(s));
@@ -235,15 +231,12 @@ TEST_F(Set, umMilhaoDeElementosEUniao) {
 TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
     const auto mapa = cria<YMapa>(YMapa_rtti);
     YMapa *m = mapa.get();
-    EXPECT_EQ(YMapa_recupera(m, "a"), nullptr);
-    EXPECT_EQ(YMapa_retira(m, "a"), nullptr);
     char chave[] = "a";
     EXPECT_EQ(YMapa_guarda(m, chave, ponteiro(1)), 1);
     chave[0] = 'b';
     EXPECT_EQ(YMapa_guarda(m, chave, nullptr), 1);
     EXPECT_EQ(YMapa_guarda(m, "a", ponteiro(3)), 0);
     EXPECT_EQ(YMapa_guarda(m, nullptr, ponteiro(4)), 0);
-    EXPECT_EQ(YMapa_recupera(m, "a"), ponteiro(3));
     const YMapaIt entrada = YMapa_busca(m, "b"); // a null value is there, unlike an unknown key
     ASSERT_NE(entrada, nullptr);
     EXPECT_EQ(YMapaIt_getValor(entrada), nullptr);
@@ -251,48 +244,20 @@ TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
         EXPECT_EQ(YMapa_busca(m, desconhecida), nullptr);
         EXPECT_EQ(YMapa_retira(m, desconhecida), nullptr);
     }
+    EXPECT_EQ(YMapa_recupera(m, "a"), ponteiro(3));
     EXPECT_EQ(YMapa_retira(m, "a"), ponteiro(3));
     EXPECT_EQ(YMapa_recupera(m, "a"), nullptr);
     EXPECT_EQ(YMapa_guarda(m, "a", ponteiro(5)), 1);
 }
 
-TEST(Mapa, valorSubstituidoEDestruidoSoNaEspecieQueDestroi) {
-    std::vector<int> mortos;
-    const std::function<void(Elemento *)> aoMorrer = [&](Elemento *e) { mortos.push_back(e->numero); };
-    const auto novo = [&](int numero) {
-        auto elemento = cria<Elemento>(Elemento_rtti);
-        elemento->aoMorrer = &aoMorrer;
-        elemento->numero = numero;
-        return elemento;
-    };
-    const auto mapa = cria<YMapa>(YMapaQueDestroi_rtti);
-    YMapa_guarda(mapa.get(), "k", novo(1).release());
-    auto segundo = novo(2);
-    EXPECT_EQ(YMapa_guarda(mapa.get(), "k", segundo.get()), 0);
-    EXPECT_EQ(YMapa_guarda(mapa.get(), "k", segundo.get()), 0); // the same pointer lives on
-    EXPECT_EQ(mortos, std::vector{1});
-    EXPECT_EQ(YMapa_retira(mapa.get(), "k"), segundo.get());
-    const auto alheio = cria<YMapa>(YMapa_rtti);
-    YMapa_guarda(alheio.get(), "k", segundo.get());
-    YMapa_guarda(alheio.get(), "k", nullptr);
-    EXPECT_EQ(mortos, std::vector{1});
-}
-
-struct Retentor : YRetentor {
-    int32_t soma;
-};
-
-int32_t requisita(YRetentor *retentor, void *grupo, uint32_t a, void *p, uint32_t b) {
-    static_cast<Retentor *>(retentor)->soma += static_cast<int32_t>(a + b);
-    return grupo == nullptr && p == retentor ? -7 : 0;
-}
-
-const YRetentor_Rtti RETENTOR = {{YRetentor_rtti, "Retentor", sizeof(Retentor), nullptr, nullptr}, requisita};
+const YRetentor_Rtti RETENTOR = {{YRetentor_rtti, "Retentor", 0, nullptr, nullptr},
+                                 [](YRetentor *retentor, void *grupo, uint32_t a, void *p, uint32_t b) {
+                                     return grupo == nullptr && p == retentor ? int32_t(10 * a + b) : 0;
+                                 }};
 
 TEST(Retentor, passaORequisitoAClasseDoObjeto) {
-    const auto retentor = cria<Retentor>([] { return &RETENTOR.rtti; });
-    EXPECT_EQ(YRetentor_requisita0(retentor.get(), nullptr, 4, retentor.get(), 5), -7);
-    EXPECT_EQ(retentor->soma, 9);
+    const auto retentor = cria<YRetentor>([] { return &RETENTOR.rtti; });
+    EXPECT_EQ(YRetentor_requisita0(retentor.get(), nullptr, 4, retentor.get(), 5), 45);
     const auto semOperacao = cria<YRetentor>(YRetentor_rtti);
     const apoio::Diario diario;
     EXPECT_EQ(YRetentor_requisita0(semOperacao.get(), nullptr, 4, nullptr, 5), 0);

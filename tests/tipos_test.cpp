@@ -17,14 +17,12 @@ namespace {
 
 constexpr std::uint8_t INTOCADO = 0xA5;
 
-Pramo_Tipo *const BIN = Pramo_Tipo_getTipoBIN();
-Pramo_Tipo *const DATAC = Pramo_Tipo_getTipoDATAC();
-Pramo_Tipo *const HORAC = Pramo_Tipo_getTipoHORAC();
-Pramo_Tipo *const QTDE3 = Pramo_Tipo_getTipoQTDE3();
-Pramo_Tipo *const ID = Pramo_Tipo_getTipoId();
-Pramo_Tipo *const SENHA = Pramo_Tipo_getTipoSenha();
-Pramo_Tipo *const AUTORIZACAO = Pramo_Tipo_getTipoAutorizacao();
-Pramo_Tipo *const ESCOLHA = Pramo_Tipo_getTipoEscolhaMultipla();
+// clang-format off
+Pramo_Tipo *const BIN = Pramo_Tipo_getTipoBIN(), *const DATAC = Pramo_Tipo_getTipoDATAC(),
+           *const HORAC = Pramo_Tipo_getTipoHORAC(), *const QTDE3 = Pramo_Tipo_getTipoQTDE3(),
+           *const ID = Pramo_Tipo_getTipoId(), *const SENHA = Pramo_Tipo_getTipoSenha(),
+           *const AUTORIZACAO = Pramo_Tipo_getTipoAutorizacao(), *const ESCOLHA = Pramo_Tipo_getTipoEscolhaMultipla();
+// clang-format on
 
 /// A variable of the type in the bytes given.
 class Campo {
@@ -51,48 +49,34 @@ private:
     pramo::Ponteiro<Pramo_Variavel> variavel_ = pramo::cria<Pramo_Variavel>(Pramo_Variavel_rtti);
 };
 
-struct Caso {
+std::string bytes(std::initializer_list<int> valores) {
+    return {valores.begin(), valores.end()};
+}
+
+// clang-format off
+const struct Caso {
     Pramo_Tipo *tipo;
     std::uint64_t tamanho;
     const char *texto; // null: no content
     std::string bytes;
     const char *escrito;
-};
-
-std::string bytes(std::initializer_list<int> valores) {
-    return {valores.begin(), valores.end()};
-}
-
-const Caso CASOS[] = {
-    {BIN, 1, "5", bytes({5}), "0005 "},
-    {BIN, 1, "-128", bytes({0x80}), "-0128 "},
-    {BIN, 2, " 12.50 ", bytes({0xE2, 0x04}), "1250 "},
-    {BIN, 3, nullptr, bytes({0, 0, 0}), "0000 "},
-    {BIN, 9, "-1", std::string(9, '\xFF'), "-0001 "},
+} CASOS[] = {
+    {BIN, 1, "5", bytes({5}), "0005 "}, {BIN, 1, "-128", bytes({0x80}), "-0128 "},
+    {BIN, 2, " 12.50 ", bytes({0xE2, 0x04}), "1250 "}, {BIN, 3, nullptr, bytes({0, 0, 0}), "0000 "},
     {ID, 6, "123456789012", bytes({0x14, 0x1A, 0x99, 0xBE, 0x1C, 0}), "123456789012 "},
-    {SENHA, 4, "+0042", bytes({42, 0, 0, 0}), "0042 "},
-    {QTDE3, 4, "1.234", bytes({0xD2, 0x04, 0, 0}), "1.234"},
-    {QTDE3, 2, "1.2.3", bytes({123, 0}), "0.123"},
-    {QTDE3, 1, "4.5", bytes({45}), "0.045"},
-    {QTDE3, 1, "-0.012", bytes({0xF4}), "-0.012"},
-    {QTDE3, 18, "0005 ", bytes({5}) + std::string(17, '\0'), "0.005"},
-    {DATAC, 2, "2024-03-05", bytes({0x65, 0x58}), "2024-03-05"},
-    {DATAC, 0, "2107-12-31", bytes({0x9F, 0xFF}), "2107-12-31"},
-    {DATAC, 7, "1979-12-31", bytes({0, 0}), "1980-01-00"},
-    {HORAC, 2, "9:05", bytes({0x89, 0x03}), "09:05"},
-    {HORAC, 0, "12:30xyz", bytes({0xCE, 0x04}), "12:30"},
-    {HORAC, 9, ":30", bytes({30, 0}), "00:30"},
-    {HORAC, 2, " +9: 5", bytes({0x89, 0x03}), "09:05"},
-    {HORAC, 2, "25:99", bytes({0x27, 0x0A}), "25:99"},
-    {HORAC, 2, "12:", bytes({0xB0, 0x04}), "12:00"},
-    {HORAC, 2, "-1:30", bytes({0xBA, 0xFF}), "654:66"},
-    {HORAC, 2, "656:00", bytes({0x40, 0}), "00:64"},
-    {AUTORIZACAO, 6, "AB", std::string("AB\0\0\0\0", 6), "AB"},
-    {AUTORIZACAO, 6, "ABCDEFGH", "ABCDEF", "ABCDEF"},
-    {AUTORIZACAO, 3, nullptr, std::string(3, '\0'), ""},
-    {AUTORIZACAO, 0, "AB", "", ""},
-    {ESCOLHA, 1, "\xE7\xE3", "\xE7", "\xE7"},
+    {BIN, 9, "-1", std::string(9, '\xFF'), "-0001 "}, {SENHA, 4, "+0042", bytes({42, 0, 0, 0}), "0042 "},
+    {QTDE3, 4, "1.234", bytes({0xD2, 0x04, 0, 0}), "1.234"}, {QTDE3, 2, "1.2.3", bytes({123, 0}), "0.123"},
+    {QTDE3, 1, "-0.012", bytes({0xF4}), "-0.012"}, {QTDE3, 18, "0005 ", bytes({5}) + std::string(17, '\0'), "0.005"},
+    {DATAC, 2, "2024-03-05", bytes({0x65, 0x58}), "2024-03-05"}, {DATAC, 7, "1979-12-31", bytes({0, 0}), "1980-01-00"},
+    {DATAC, 0, "2107-12-31", bytes({0x9F, 0xFF}), "2107-12-31"}, {HORAC, 2, "9:05", bytes({0x89, 0x03}), "09:05"},
+    {HORAC, 0, "12:30xyz", bytes({0xCE, 0x04}), "12:30"}, {HORAC, 9, ":30", bytes({30, 0}), "00:30"},
+    {HORAC, 2, " +9: 5", bytes({0x89, 0x03}), "09:05"}, {HORAC, 2, "25:99", bytes({0x27, 0x0A}), "25:99"},
+    {HORAC, 2, "12:", bytes({0xB0, 0x04}), "12:00"}, {HORAC, 2, "-1:30", bytes({0xBA, 0xFF}), "654:66"},
+    {HORAC, 2, "656:00", bytes({0x40, 0}), "00:64"}, {AUTORIZACAO, 6, "AB", std::string("AB\0\0\0\0", 6), "AB"},
+    {AUTORIZACAO, 6, "ABCDEFGH", "ABCDEF", "ABCDEF"}, {AUTORIZACAO, 3, nullptr, std::string(3, '\0'), ""},
+    {AUTORIZACAO, 0, "AB", "", ""}, {ESCOLHA, 1, "\xE7\xE3", "\xE7", "\xE7"},
 };
+// clang-format on
 
 TEST(Tipos, leEGravaSoNosSeusBytes) {
     const apoio::BeiraDaPagina beira;
@@ -113,30 +97,21 @@ TEST(Tipos, leEGravaSoNosSeusBytes) {
 }
 
 TEST(Tipos, oQueRecusamNaoGuardamNemRepetem) {
-    struct {
+    // clang-format off
+    constexpr const char *NAO_CABE = "YExcSoap: Número não cabe no campo."_l1, *CARACTERE = "YExcSoap: Caractere inválido em número."_l1,
+        *TAMANHO = "YExc: Tamanho não suportado."_l1, *HORA = "YExcSoap: Conteúdo de hora mal formado."_l1, *DATA = "YExcSoap: DateTime inválido."_l1;
+    const struct {
         Pramo_Tipo *tipo;
         std::uint64_t tamanho;
-        const char *texto;
-        const char *excecao;
-    } const casos[] = {
-        {BIN, 1, "128", "YExcSoap: Número não cabe no campo."_l1},
-        {SENHA, 1, "200", "YExcSoap: Número não cabe no campo."_l1},
-        {SENHA, 4, "12a4", "YExcSoap: Caractere inválido em número."_l1},
-        {QTDE3, 4, "1,5", "YExcSoap: Caractere inválido em número."_l1},
-        {ID, 4, "-", "YExcSoap: Número sem algarismos."_l1},
-        {BIN, 0, "1", "YExc: Tamanho não suportado."_l1},
-        {ID, 19, "1", "YExc: Tamanho não suportado."_l1},
-        {SENHA, 19, "1", "YExc: Tamanho não suportado."_l1},
-        {QTDE3, ~0ULL, "1", "YExc: Tamanho não suportado."_l1},
-        {HORAC, 2, "1230", "YExcSoap: Conteúdo de hora mal formado."_l1},
-        {HORAC, 2, "9 :05", "YExcSoap: Conteúdo de hora mal formado."_l1},
-        {HORAC, 2, "+:05", "YExcSoap: Conteúdo de hora mal formado."_l1},
-        {HORAC, 2, nullptr, "YExcSoap: Conteúdo de hora mal formado."_l1},
-        {DATAC, 2, "2024/03/05", "YExcSoap: DateTime inválido."_l1},
-        {DATAC, 2, "2024-13-05", "YExcSoap: DateTime inválido."_l1},
-        {DATAC, 2, nullptr, "YExcSoap: DateTime inválido."_l1},
-        {DATAC, 2, "2108-01-01", "YExcSoap: Data posterior a 2107."},
+        const char *texto, *excecao;
+    } casos[] = {
+        {BIN, 1, "128", NAO_CABE}, {SENHA, 1, "200", NAO_CABE}, {SENHA, 4, "12a4", CARACTERE}, {QTDE3, 4, "1,5", CARACTERE},
+        {ID, 4, "-", "YExcSoap: Número sem algarismos."_l1}, {BIN, 0, "1", TAMANHO}, {ID, 19, "1", TAMANHO},
+        {SENHA, 19, "1", TAMANHO}, {QTDE3, ~0ULL, "1", TAMANHO}, {HORAC, 2, "1230", HORA}, {HORAC, 2, "9 :05", HORA},
+        {HORAC, 2, "+:05", HORA}, {HORAC, 2, nullptr, HORA}, {DATAC, 2, "2024/03/05", DATA}, {DATAC, 2, "2024-13-05", DATA},
+        {DATAC, 2, nullptr, DATA}, {DATAC, 2, "2108-01-01", "YExcSoap: Data posterior a 2107."},
     };
+    // clang-format on
     for (const auto &caso : casos) {
         std::array<std::uint8_t, 19> memoria{};
         memoria.fill(INTOCADO);
@@ -160,12 +135,11 @@ TEST(Tipos, gravarOQueATipoNaoConheceDeixaOValorVazio) {
 }
 
 TEST(Tipos, binContaCaracteresAntesEDepoisDoPonto) {
-    struct {
+    const struct {
         const char *texto;
-        std::uint64_t antes;
-        std::uint64_t depois;
-    } const casos[] = {{"12.50", 2, 2}, {"1250", 4, 2}, {".5", 0, 1},
-                       {"1.2.3", 1, 3}, {"ab.", 2, 0},  {nullptr, 0, 0}};
+        std::uint64_t antes, depois;
+    } casos[] = {{"12.50", 2, 2}, {"1250", 4, 2}, {".5", 0, 1},
+                 {"1.2.3", 1, 3}, {"ab.", 2, 0},  {nullptr, 0, 0}};
     std::uint32_t memoria = 0;
     const Campo campo(BIN, &memoria, sizeof memoria);
     for (const auto &caso : casos) {

@@ -23,15 +23,12 @@ public:
     /// What stands in the element of the response, without prefixes; or the text of the fault.
     std::string chama(const std::string &metodo, const std::string &campos) {
         const std::string corpo =
-            "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
-            "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\"><SOAP-ENV:Body>"
-            "<m:" +
-            metodo + " xmlns:m=\"urn:Formulario\">" + (eu_.empty() ? "" : "<eu>" + eu_ + "</eu>") + campos +
-            "</m:" + metodo + "></SOAP-ENV:Body></SOAP-ENV:Envelope>";
+            "<e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body><m:" + metodo +
+            " xmlns:m=\"urn:Formulario\">" + (eu_.empty() ? "" : "<eu>" + eu_ + "</eu>") + campos +
+            "</m:" + metodo + "></e:Body></e:Envelope>";
+        const std::string acao = "SOAPAction: \"urn:Formulario#" + metodo + "\"\r\n";
         apoio::Cliente cliente(porta_);
-        cliente.envia(apoio::requisicao(
-            "POST /soap/Formulario",
-            "SOAPAction: \"urn:Formulario#" + metodo + "\"\r\nContent-Type: text/xml\r\n", corpo));
+        cliente.envia(apoio::requisicao("POST /soap/Formulario", acao, corpo));
         std::string resposta = cliente.recebe().corpo;
         for (std::size_t i = 0; (i = resposta.find("ns1:", i)) != std::string::npos;) {
             resposta.erase(i, 4);
@@ -54,21 +51,19 @@ private:
     std::string eu_;
 };
 
+// clang-format off
 const std::string FIM =
     "<botao nomeDaOperacao=\"cancelamento\" titulo=\"Cancelar\" estilo=\"BotaoAbertura\"/>"
     "<botao nomeDaOperacao=\"consulta\" titulo=\"Consultar pre&#231;o\" estilo=\"BotaoAbertura\"/>"
     "<estilo>DialogoPadrao</estilo>";
-const std::string TECLADO = "<periferico>TECLADO</periferico>";
-constexpr const char *NORMAL = "somenteLeitura=\"false\" requerValidacao=\"false\"";
 
-std::string campo(const std::string &nome, const std::string &tipo, const std::string &sinais,
-                  const std::string &titulo, const std::string &conteudo) {
-    return "<campo nome=\"" + nome + "\" estilo=\"CampoSenha\" tipo=\"" + tipo + "\" " + sinais + titulo +
-           ">" + conteudo + "</campo>";
-}
-
-std::string valor(const std::string &texto) {
-    return "<valor>" + texto + "</valor>";
+/// A field that is shown: its title, its value, what stands around that, and its two marks.
+std::string campo(const std::string &nome, const std::string &tipo, const std::string &titulo, const std::string &valor,
+                  const std::string &antes = "", const std::string &depois = "", bool leitura = false, bool valida = false) {
+    const auto marca = [](bool sim) { return sim ? "\"true\"" : "\"false\""; };
+    return "<campo nome=\"" + nome + "\" estilo=\"CampoSenha\" tipo=\"" + tipo + "\" somenteLeitura=" + marca(leitura) +
+           " requerValidacao=" + marca(valida) + (titulo.empty() ? "" : " titulo=\"" + titulo + "\"") + ">" + antes +
+           "<valor>" + valor + "</valor><periferico>TECLADO</periferico>" + depois + "</campo>";
 }
 
 TEST(Formulario, umaVendaEmDuasRodadasComUmCampoRecusado) {
@@ -76,57 +71,36 @@ TEST(Formulario, umaVendaEmDuasRodadasComUmCampoRecusado) {
     Terminal terminal(programa.porta());
     terminal.constroi();
 
-    const std::string identificacao =
-        campo("identificacao", "id", NORMAL, " titulo=\"Identifica&#231;&#227;o\"",
-              "<descricao>Matr&#237;cula de quem vende</descricao>" + valor("0000 ") + TECLADO);
-    const std::string hora = campo("hora", "hora", NORMAL, " titulo=\"Hora\"", valor("00:00") + TECLADO);
+    const std::string horaEQuem = campo("hora", "hora", "Hora", "00:00") +
+        campo("identificacao", "id", "Identifica&#231;&#227;o", "0000 ", "<descricao>Matr&#237;cula de quem vende</descricao>");
     EXPECT_EQ(terminal.preenche(""),
-              campo("valor", "bin", NORMAL, " titulo=\"Valor\"", valor("0000 ") + TECLADO) +
-                  "<focado>valor</focado>" +
-                  campo("quantidade", "qtde3", NORMAL, " titulo=\"Quantidade\"", valor("0.000") + TECLADO) +
-                  campo("data", "data", NORMAL, " titulo=\"Data\"", valor("1980-01-00") + TECLADO) + hora +
-                  identificacao + FIM);
-
-    EXPECT_EQ(
-        terminal.preenche("<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo>"
-                          "<campo nome=\"valor\">12.50</campo><campo nome=\"data\">2024-03-05</campo>"
-                          "<campo nome=\"hora\">1430</campo><campo nome=\"identificacao\">123456789</campo>"),
-        "YExcSoap: Conteudo de hora mal formado.");
-    EXPECT_EQ(terminal.preenche("<campo nome=\"valor\">1</campo>"),
-              "YExcSoap: O campo \"valor\" nao foi oferecido.");
-    EXPECT_EQ(terminal.preenche(""), hora + identificacao + FIM) << "what was taken is not asked again";
-
-    EXPECT_EQ(terminal.preenche(
-                  "<campo nome=\"hora\">14:30</campo><campo nome=\"identificacao\">123456789</campo>"),
-              campo("parcelas", "escolhaMultipla", NORMAL, " titulo=\"Parcelas\"",
-                    valor("") + TECLADO +
-                        "<opcao><chave>1</chave><texto>&#224; vista</texto></opcao>"
-                        "<opcao><chave>3</chave><texto>3 vezes</texto></opcao>") +
-                  "<focado>parcelas</focado>" +
-                  campo("senha", "senha", "somenteLeitura=\"false\" requerValidacao=\"true\"", "",
-                        valor("0000 ") + TECLADO + "<periferico>PIN</periferico>") +
-                  campo("autorizacao", "autorizacao", NORMAL, " titulo=\"Autoriza&#231;&#227;o\"",
-                        valor("") + TECLADO) +
-                  FIM);
-
-    EXPECT_EQ(terminal.preenche("<campo nome=\"parcelas\" opcao=\"3\">3</campo>"
-                                "<campo nome=\"senha\" periferico=\"PIN\">987654</campo>"
+              campo("valor", "bin", "Valor", "0000 ") + "<focado>valor</focado>" +
+              campo("quantidade", "qtde3", "Quantidade", "0.000") + campo("data", "data", "Data", "1980-01-00") + horaEQuem + FIM);
+    EXPECT_EQ(terminal.preenche("<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo>"
+                                "<campo nome=\"valor\">12.50</campo><campo nome=\"data\">2024-03-05</campo>"
+                                "<campo nome=\"hora\">1430</campo><campo nome=\"identificacao\">123456789</campo>"),
+              "YExcSoap: Conteudo de hora mal formado.");
+    EXPECT_EQ(terminal.preenche("<campo nome=\"valor\">1</campo>"), "YExcSoap: O campo \"valor\" nao foi oferecido.");
+    EXPECT_EQ(terminal.preenche(""), horaEQuem + FIM) << "what was taken is not asked again";
+    EXPECT_EQ(terminal.preenche("<campo nome=\"hora\">14:30</campo><campo nome=\"identificacao\">123456789</campo>"),
+              campo("parcelas", "escolhaMultipla", "Parcelas", "", "",
+                    "<opcao><chave>1</chave><texto>&#224; vista</texto></opcao><opcao><chave>3</chave><texto>3 vezes</texto></opcao>") +
+              "<focado>parcelas</focado>" + campo("senha", "senha", "", "0000 ", "", "<periferico>PIN</periferico>", false, true) +
+              campo("autorizacao", "autorizacao", "Autoriza&#231;&#227;o", "") + FIM);
+    EXPECT_EQ(terminal.preenche("<campo nome=\"parcelas\" opcao=\"3\">3</campo><campo nome=\"senha\" periferico=\"PIN\">987654</campo>"
                                 "<campo nome=\"autorizacao\">AUT 42</campo>"),
-              campo("total", "bin", "somenteLeitura=\"true\" requerValidacao=\"false\"", " titulo=\"Total\"",
-                    valor("1875 ") + TECLADO) +
-                  "<focado>total</focado>" + FIM)
+              campo("total", "bin", "Total", "1875 ", "", "", true) + "<focado>total</focado>" + FIM)
         << "value and quantity of the round that was refused";
-    EXPECT_EQ(terminal.preenche("<campo nome=\"total\">1</campo>"),
-              "YExcSoap: O campo \"total\" e somente para leitura.");
+    EXPECT_EQ(terminal.preenche("<campo nome=\"total\">1</campo>"), "YExcSoap: O campo \"total\" e somente para leitura.");
     EXPECT_EQ(terminal.chama("destroi", ""), "");
 
     EXPECT_EQ(programa.termina(), 0) << programa.erros();
     const std::string diario = programa.erros();
-    EXPECT_NE(diario.find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"), std::string::npos)
-        << diario;
+    EXPECT_NE(diario.find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"), std::string::npos) << diario;
     for (const char *segredo : {"987654", "AUT 42", "123456789"}) {
         EXPECT_EQ(diario.find(segredo), std::string::npos) << segredo;
     }
 }
+// clang-format on
 
 } // namespace
