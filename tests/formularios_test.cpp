@@ -243,16 +243,22 @@ TEST(Operacao, classesDaAplicacaoPreenchemAsOperacoesQueFaltam) {
 }
 
 TEST(Periferico, seisComNomeECodigo) {
+    const std::pair<const char *, Pramo_Periferico *> todos[] = {
+        {"TECLADO", Pramo_Periferico_getTECLADO()},
+        {"CMC7", Pramo_Periferico_getCMC7()},
+        {"MAGNETICO", Pramo_Periferico_getMAGNETICO()},
+        {"OPTICO", Pramo_Periferico_getOPTICO()},
+        {"PIN", Pramo_Periferico_getPIN()},
+        {"TOUCH", Pramo_Periferico_getTOUCH()}};
     int codigo = 1;
-    for (const char *nome : {"TECLADO", "CMC7", "MAGNETICO", "OPTICO", "PIN", "TOUCH"}) {
-        Pramo_Periferico *periferico = Pramo_Periferico_getPeriferico(nome);
-        ASSERT_NE(periferico, nullptr) << nome;
+    for (const auto &[nome, periferico] : todos) {
+        EXPECT_EQ(Pramo_Periferico_getPeriferico(nome), periferico);
+        EXPECT_EQ(Pramo_Periferico_getFinalizadora(periferico), 0);
         Pramo_Entidade_setNome(periferico, "outro");
         EXPECT_STREQ(Pramo_Entidade_getNome(periferico), nome);
         EXPECT_EQ(Pramo_Periferico_getCodigo(periferico), codigo);
         codigo *= 2;
     }
-    EXPECT_EQ(Pramo_Periferico_getPeriferico("MAGNETICO"), Pramo_Periferico_getMAGNETICO());
     for (const char *nome : {"", "PI", "PINO", "pin", static_cast<const char *>(nullptr)}) {
         EXPECT_EQ(Pramo_Periferico_getPeriferico(nome), nullptr);
     }
@@ -303,7 +309,7 @@ TEST(Operacao, primeiraEsperaESinalSeEncontramSemDano) {
         const Operacao op;
         std::atomic<int> acordadas{0};
         std::barrier juntas(QUANTAS);
-        std::vector<std::jthread> threads;
+        std::vector<std::thread> threads;
         for (int i = 0; i < QUANTAS; i++) {
             threads.emplace_back([&] {
                 juntas.arrive_and_wait();
@@ -315,6 +321,7 @@ TEST(Operacao, primeiraEsperaESinalSeEncontramSemDano) {
             Pramo_Operacao_sinalizaCondicao(op);
             return acordadas == QUANTAS;
         }));
+        std::ranges::for_each(threads, &std::thread::join);
     }
 }
 

@@ -1,4 +1,6 @@
 // Objects, exceptions, protected regions, log, allocation report and identities.
+#include "apoio/servidor.hpp"
+
 #include <3pramo/3pramo.hpp>
 
 #include <gtest/gtest.h>
@@ -7,8 +9,6 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-using namespace pramo::literais;
 
 namespace {
 
@@ -21,77 +21,57 @@ Y_CLASSE(Derivada, Base) {
     int64_t numero;
 };
 
-void constroiBase(void *) {
-    ordem += "cB ";
-}
-void destroiBase(void *) {
-    ordem += "dB ";
-}
-void constroiDerivada(void *) {
-    ordem += "cD ";
-}
-void destroiDerivada(void *) {
-    ordem += "dD ";
+template <char LETRA>
+void anota(void *) {
+    (ordem += LETRA) += ' ';
 }
 void constroiFalhando(void *) {
     throw std::runtime_error("falhou");
 }
 void destroiFalhando(void *) {
-    ordem += "dX ";
+    ordem += "X ";
     YContextoTry_throw(YExc_rtti, "destrutor", "teste", 1);
 }
 
-const YRtti base = {YOb_rtti, "Base", sizeof(Base), constroiBase, destroiBase};
-const YRtti *base_rtti() {
-    return &base;
+template <const YRtti &RTTI>
+const YRtti *da() {
+    return &RTTI;
 }
-const YRtti derivada = {base_rtti, "Derivada", sizeof(Derivada), constroiDerivada, destroiDerivada};
-const YRtti *derivada_rtti() {
-    return &derivada;
-}
-const YRtti semTamanho = {derivada_rtti, "SemTamanho", 0, nullptr, nullptr};
-const YRtti *semTamanho_rtti() {
-    return &semTamanho;
-}
-const YRtti queFalha = {base_rtti, "QueFalha", 0, constroiFalhando, destroiDerivada};
-const YRtti *queFalha_rtti() {
-    return &queFalha;
-}
-const YRtti queLanca = {base_rtti, "QueLanca", 0, nullptr, destroiFalhando};
-const YRtti *queLanca_rtti() {
-    return &queLanca;
-}
+const YRtti base = {YOb_rtti, "Base", sizeof(Base), anota<'B'>, anota<'b'>};
+const YRtti derivada = {da<base>, "Derivada", sizeof(Derivada), anota<'D'>, anota<'d'>};
+const YRtti semTamanho = {da<derivada>, "SemTamanho", 0, nullptr, nullptr};
+const YRtti queFalha = {da<base>, "QueFalha", 0, constroiFalhando, anota<'d'>};
+const YRtti queLanca = {da<base>, "QueLanca", 0, nullptr, destroiFalhando};
 
 TEST(Objetos, constroemDaRaizEDestroemDaClasse) {
     ordem.clear();
     Derivada *d = nullptr;
-    YalocaObjeto(&d, semTamanho_rtti);
-    EXPECT_STREQ(d->rtti->name, "SemTamanho");
+    YalocaObjeto(&d, da<semTamanho>);
     EXPECT_EQ(d->numero, 0) << "an instance begins zeroed, with its ancestors' size";
-    EXPECT_TRUE(YRtti_deriva(d->rtti, base_rtti));
-    EXPECT_FALSE(YRtti_deriva(&base, derivada_rtti));
+    EXPECT_TRUE(YRtti_deriva(d->rtti, da<base>));
+    EXPECT_FALSE(YRtti_deriva(&base, da<derivada>));
     YliberaObjeto_debug(d, "teste", 1);
     YliberaObjeto_debug(nullptr, "teste", 1);
     YliberaMemoria_debug(nullptr, "teste", 1);
-    EXPECT_EQ(ordem, "cB cD dD dB ");
+    EXPECT_EQ(ordem, "B D d b ");
 }
 
 TEST(Objetos, construtorQueFalhaDesfazSoOsQueTerminaram) {
     ordem.clear();
     Base *b = nullptr;
-    EXPECT_THROW(YalocaObjeto(&b, queFalha_rtti), std::runtime_error);
+    EXPECT_THROW(YalocaObjeto(&b, da<queFalha>), std::runtime_error);
     EXPECT_EQ(b, nullptr);
-    EXPECT_EQ(ordem, "cB dB ");
+    EXPECT_EQ(ordem, "B b ");
 }
 
 TEST(Objetos, destrutorQueLancaNaoImpedeOsOutros) {
     ordem.clear();
     Base *b = nullptr;
-    YalocaObjeto(&b, queLanca_rtti);
+    YalocaObjeto(&b, da<queLanca>);
     EXPECT_THROW(YliberaObjeto(b), YExcecao);
-    EXPECT_EQ(ordem, "cB dX dB ");
+    EXPECT_EQ(ordem, "B X b ");
 
-    YalocaObjeto(&b, queLanca_rtti);
+    YalocaObjeto(&b, da<queLanca>);
     struct LiberaNaSaida {
         Base *objeto;
         ~LiberaNaSaida() { YliberaObjeto(objeto); }
@@ -140,7 +120,6 @@ TEST(RegiaoProtegida, apanhaRelancaEDescreve) {
     YContextoTry c{};
     YContextoTry_inicia(&c);
     EXPECT_EQ(YContextoTry_executa(&c, corpoCalmo, &n), 1);
-    EXPECT_EQ(n, 1);
     EXPECT_EQ(YContextoTry_catch(&c, YExc_rtti), 0) << "nothing is pending";
     EXPECT_NO_THROW(YContextoTry_finaliza(&c));
 
@@ -149,7 +128,6 @@ TEST(RegiaoProtegida, apanhaRelancaEDescreve) {
     EXPECT_EQ(YContextoTry_executa(&c, corpoQueLanca, reinterpret_cast<void *>(YExcIOError_rtti)), 0);
     EXPECT_EQ(YContextoTry_catch(&c, YExcNaoImplementado_rtti), 0);
     EXPECT_NE(YContextoTry_catch(&c, YExc_rtti), 0);
-    EXPECT_STREQ(YContextoTry_mensagem(&c), "do corpo");
     auto stream = pramo::cria<YStream>(YStream_rtti);
     YExc_descreveEmStream(stream.get());
     EXPECT_STREQ(YStream_str(stream.get()), "YExcIOError: do corpo (teste:3)");
@@ -163,28 +141,12 @@ TEST(RegiaoProtegida, apanhaRelancaEDescreve) {
     EXPECT_THROW(YContextoTry_executa(&c, corpoCalmo, &n), YExcecao) << "the region has ended";
 }
 
-struct Registros {
-    std::vector<std::string> linhas;
-    static void anota(void *eu, int mascara, const char *texto) {
-        static_cast<Registros *>(eu)->linhas.push_back(std::to_string(mascara) + ":" + texto);
-    }
-    Registros() { YObLOG_setSaida(anota, this); }
-    ~Registros() {
-        YObLOG_setSaida(nullptr, nullptr);
-        YObLOG_habilita(Y_LOG_ERRO);
-    }
-};
-
 TEST(Log, soMascarasLigadasEUmRegistroPorLinha) {
-    Registros r;
-    YObLOG_masc_print(Y_LOG_WEB, "desligado");
-    EXPECT_EQ(YObLOG_habilita(Y_LOG_WEB | Y_LOG_ERRO), Y_LOG_ERRO);
+    const apoio::Diario diario(Y_LOG_WEB);
     YObLOG_masc_print(Y_LOG_WEB, "a\nb\r\t\\\x01\x7f %d", 7);
     YObLOG_masc_print(Y_LOG_CORPO, "desligado");
-    YchamouFuncaoVirtualPura();
-    ASSERT_EQ(r.linhas.size(), 2U);
-    EXPECT_EQ(r.linhas[0], "64:a\\nb\\r\\t\\\\\\x01\\x7F 7");
-    EXPECT_EQ(r.linhas[1].substr(0, 2), "1:");
+    EXPECT_EQ(diario.quantos(""), 1);
+    EXPECT_EQ(diario.quantos("a\\nb\\r\\t\\\\\\x01\\x7F 7"), 1);
 }
 
 TEST(Memoria, relatorioMostraOQueEstaVivo) {
@@ -234,10 +196,6 @@ TEST(Identidade, naoRevelaNadaENaoSeRepete) {
     YObPtrToStr(texto, sizeof texto, nullptr);
     EXPECT_STREQ(texto, "");
     EXPECT_THROW(YObPtrToStr(texto, 32, alvos.data()), YExcecao);
-}
-
-TEST(Latin1, literaisViramUmByteCadaLetra) {
-    EXPECT_STREQ("Versão é ÿ"_l1, "Vers\xe3o \xe9 \xff");
 }
 
 } // namespace

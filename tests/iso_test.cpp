@@ -226,6 +226,9 @@ TEST(Iso, formasDoFioEstranhas) {
         EXPECT_EQ(excecao([&] { YMensagemIso_carrega(mensagem.get(), &posicao); }), queixa) << fio;
         EXPECT_EQ(emitida(mensagem), esperada) << fio;
     }
+    const char *nada = nullptr;
+    EXPECT_NE(excecao([&] { YMensagemIso_carregaBloco(nova().get(), &nada, 0); }), "");
+
     const struct {
         int codigo;
         Elementos elementos;

@@ -1,31 +1,20 @@
 // Thread objects and functions run on threads of their own.
+#include "apoio/servidor.hpp"
+
 #include <3pramo/3pramo.hpp>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 namespace {
 
+using apoio::acontece;
 using Relogio = std::chrono::steady_clock;
-
-/// Waits, with a bound, for a condition that other threads bring about.
-template <typename CONDICAO>
-bool chegaA(CONDICAO condicao) {
-    const auto fim = Relogio::now() + std::chrono::seconds(20);
-    while (!condicao()) {
-        if (Relogio::now() > fim) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 Y_CLASSE(Contador, YObThread) {
     std::atomic<int64_t> voltas;
@@ -79,7 +68,7 @@ TEST(Thread, comecaParaEComecaDeNovo) {
         YObThread_start(c.get());
         EXPECT_TRUE(YObThread_isAlive(c.get()));
         YObThread_start(c.get()); // does nothing
-        ASSERT_TRUE(chegaA([&] { return c->voltas == vez; }));
+        ASSERT_TRUE(acontece([&] { return c->voltas == vez; }));
         const auto antes = Relogio::now();
         YObThread_stop(c.get());
         EXPECT_FALSE(YObThread_isAlive(c.get()));
@@ -90,18 +79,17 @@ TEST(Thread, comecaParaEComecaDeNovo) {
 }
 
 TEST(Thread, excecaoOuParadaPropriaSoTerminaARodada) {
-    YObLOG_habilita(0);
+    const apoio::Diario diario(0);
     for (const int acao : {1, 2}) {
         auto c = pramo::cria<Contador>(contador_rtti);
         c->acao = acao;
         YObThread_start(c.get());
-        ASSERT_TRUE(chegaA([&] { return YObThread_isAlive(c.get()) == 0; })) << acao;
+        ASSERT_TRUE(acontece([&] { return YObThread_isAlive(c.get()) == 0; })) << acao;
         c->acao = 0;
         YObThread_stop(c.get());
         YObThread_start(c.get());
-        ASSERT_TRUE(chegaA([&] { return c->voltas == 2; })) << acao;
+        ASSERT_TRUE(acontece([&] { return c->voltas == 2; })) << acao;
     }
-    YObLOG_habilita(Y_LOG_ERRO);
 }
 
 TEST(Thread, liberarParaAntesDeQualquerDestrutorENuncaDeDentro) {
@@ -110,7 +98,7 @@ TEST(Thread, liberarParaAntesDeQualquerDestrutorENuncaDeDentro) {
     c->inteiroNaParada = &inteiro;
     c->acao = 3;
     YObThread_start(c.get());
-    ASSERT_TRUE(chegaA([&] { return c->recusada == 1; })) << "a thread cannot free its own object";
+    ASSERT_TRUE(acontece([&] { return c->recusada == 1; })) << "a thread cannot free its own object";
     c.reset();
     EXPECT_TRUE(inteiro);
 }
@@ -118,51 +106,32 @@ TEST(Thread, liberarParaAntesDeQualquerDestrutorENuncaDeDentro) {
 TEST(Thread, variasParadasAoMesmoTempoEsperamTodas) {
     auto c = pramo::cria<Contador>(contador_rtti);
     YObThread_start(c.get());
-    std::vector<std::thread> paradas;
+    std::vector<std::jthread> paradas;
     for (int i = 0; i < 4; i++) {
         paradas.emplace_back([&] {
             YObThread_stop(c.get());
             EXPECT_FALSE(YObThread_isAlive(c.get()));
         });
     }
-    for (std::thread &p : paradas) {
-        p.join();
-    }
 }
 
-struct Barreira {
-    std::mutex mutex;
-    std::condition_variable mudou;
-    int juntas = 0;
-    bool livre = false;
-};
-
 TEST(ExecutaThread, cadaFuncaoTemASuaEExcecaoNaoPassaDela) {
-    constexpr int QUANTAS = 100;
-    YObLOG_habilita(0);
-    Barreira b;
-    for (int i = 0; i < QUANTAS; i++) {
-        YexecutaThread(
-            [](void *argumento) {
-                auto *barreira = static_cast<Barreira *>(argumento);
-                std::unique_lock trava(barreira->mutex);
-                barreira->juntas++;
-                barreira->mudou.notify_all();
-                barreira->mudou.wait(trava, [&] { return barreira->livre; });
-                if (--barreira->juntas == 0) {
-                    barreira->mudou.notify_all();
-                }
-                throw std::runtime_error("so esta termina");
-            },
-            &b);
+    const apoio::Diario diario(0);
+    struct {
+        std::atomic<int> entraram, sairam;
+    } juntas = {};
+    const auto funcao = [](void *argumento) {
+        auto *j = static_cast<decltype(juntas) *>(argumento);
+        j->entraram++;
+        acontece([&] { return j->entraram >= 100; });
+        j->sairam++;
+        throw std::runtime_error("so esta termina");
+    };
+    for (int i = 0; i < 100; i++) {
+        YexecutaThread(funcao, &juntas);
     }
-    std::unique_lock trava(b.mutex);
-    EXPECT_TRUE(b.mudou.wait_for(trava, std::chrono::seconds(30), [&] { return b.juntas == QUANTAS; }))
-        << "all run at once";
-    b.livre = true;
-    b.mudou.notify_all();
-    EXPECT_TRUE(b.mudou.wait_for(trava, std::chrono::seconds(30), [&] { return b.juntas == 0; }));
-    YObLOG_habilita(Y_LOG_ERRO);
+    EXPECT_TRUE(acontece([&] { return juntas.entraram == 100; })) << "all run at once";
+    ASSERT_TRUE(acontece([&] { return juntas.sairam == 100; }));
 }
 
 TEST(Mutex, reentraEExclui) {

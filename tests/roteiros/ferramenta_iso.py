@@ -82,6 +82,7 @@ def comparacao(iso, pasta):
     confere("diff", iso("diff", a, b), (1, esperado.encode(), ""))
     status, saida, _ = iso("diff", "--clear", "-", b, entrada=a.read_bytes())
     confere("diff --clear", (status, CARTAO.encode() in saida), (1, True))
+    confere("diff, bitmaps", iso("diff", "-", a, entrada=b"02008000000000000000" + b"0" * 16)[0], 1)
 
 
 def recusas(iso, pasta):
