@@ -1,4 +1,4 @@
-#include <3pramo/soap/YSoapParser.h>
+#include <3pramo/soap/YSoapParser_interno.hpp>
 
 #include <3pramo/foundation/YDIC_interno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -21,12 +21,20 @@ constexpr const char *FONTE = "YSoapParser";
 enum Limite { NIVEIS, NOS, BYTES, LIMITES };
 constexpr std::uint64_t PADRAO[LIMITES] = {1000, 1'000'000, 64 << 20};
 
+// What stands behind YSoapParser.limites: the bounds, what the last read left of them, and whether it met an
+// href.
+constexpr std::size_t RESTA = LIMITES;
+constexpr std::size_t TEM_HREF = RESTA + LIMITES;
+constexpr std::size_t PALAVRAS = TEM_HREF + 1;
+
 void constroi(void *objeto) {
     auto *parser = static_cast<YSoapParser *>(objeto);
     auto texto = cria<YStream>(YStream_rtti, FONTE);
     auto palavra = cria<YStream>(YStream_rtti, FONTE);
-    parser->limites = static_cast<std::uint64_t *>(YalocaMemoria_debug(sizeof PADRAO, FONTE, __LINE__));
-    std::memcpy(parser->limites, PADRAO, sizeof PADRAO);
+    constexpr std::size_t TAMANHO = PALAVRAS * sizeof(std::uint64_t);
+    parser->limites = static_cast<std::uint64_t *>(YalocaMemoria_debug(TAMANHO, FONTE, __LINE__));
+    std::fill_n(parser->limites, PALAVRAS, 0);
+    std::copy_n(PADRAO, LIMITES, parser->limites);
     parser->texto = texto.release();
     parser->palavra = palavra.release();
 }
@@ -128,6 +136,7 @@ public:
         : parser_(parser), entrada_(entrada), p_(YStream_str(&entrada) + entrada.lido),
           fim_(p_ + naoLido(entrada).size()) {
         std::copy_n(parser.limites, LIMITES, resta_);
+        parser.limites[TEM_HREF] = 0;
     }
     Leitor(const Leitor &) = delete;
     Leitor &operator=(const Leitor &) = delete;
@@ -159,8 +168,9 @@ public:
         }
     }
 
-    // Shows the last word and the last text in the parser's fields.
+    // Shows the last word and the last text in the parser's fields, and what is left of the bounds.
     void mostra() {
+        std::copy_n(resta_, LIMITES, parser_.limites + RESTA);
         YStream_clear(parser_.palavra);
         acrescenta(*parser_.palavra, palavra_);
         if (texto_.data() != conteudo(*parser_.texto).data()) {
@@ -236,6 +246,7 @@ private:
     void leAtributos(Cabeca &cabeca) {
         while (parser_.token == TOKEN_PALAVRA) {
             const std::string_view nome = semPrefixo(palavra_);
+            parser_.limites[TEM_HREF] |= nome == "href" ? 1 : 0;
             leToken();
             esperaToken('=');
             leToken();
@@ -364,6 +375,11 @@ void YSoapParser_leNo(YSoapParser *parser, YNo **raiz, YStream *entrada) {
     Dono<YNo> lido = leitor.leNo();
     leitor.mostra();
     *raiz = lido.release();
+}
+
+soap::Sobra soap::sobraDaLeitura(const YSoapParser &parser) {
+    const std::uint64_t *resta = parser.limites + RESTA;
+    return {resta[NIVEIS], resta[NOS], resta[BYTES], parser.limites[TEM_HREF] != 0};
 }
 
 void YSoapParser_setLimiteDeNiveis(YSoapParser *parser, uint64_t niveis) {

@@ -1,0 +1,89 @@
+// Values that stand in the Body beside the method's element.
+#include "apoio/arvore.hpp"
+
+#include <3pramo/soap/referencias.hpp>
+
+#include <gtest/gtest.h>
+
+using namespace apoio;
+using namespace pramo::literais;
+
+namespace {
+
+// What of the method's element `m`, or of the Body without one, is written once references are resolved and
+// maps corrected; or what was raised.
+std::string resolvido(const std::string &corpo) {
+    const auto parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+    YSoapParser_setLimiteDeNiveis(parser.get(), 7);
+    YSoapParser_setLimiteDeNos(parser.get(), 120);
+    YSoapParser_setLimiteDeBytes(parser.get(), 600);
+    std::string escrito;
+    const std::string raise = excecao([&] {
+        YNo *lido = nullptr;
+        YSoapParser_leNo(parser.get(), &lido, streamDe("<e><Body>" + corpo + "</Body></e>").get());
+        const pramo::Ponteiro<YNo> raiz(lido);
+        YNo *noDoCorpo = YNo_getFilhoUnico(lido, "Body");
+        YNo *elemento = YNo_getFilho(noDoCorpo, "m", 0);
+        elemento = elemento != nullptr ? elemento : noDoCorpo;
+        pramo::soap::resolveReferencias(*noDoCorpo, *elemento, pramo::soap::sobraDaLeitura(*parser));
+        YNo_corrigeMaps(elemento);
+        escrito = grava(elemento);
+    });
+    return raise.empty() ? escrito : raise;
+}
+
+TEST(Referencias, saoResolvidasDentroDosLimitesDaMensagem) {
+    const std::string MAL_FORMADA = "YExcSoap: Mensagem SOAP mal formada.";
+    const auto circular = [](const std::string &id) {
+        return "YExcSoap: id: " + id + std::string(". Referência circular entre elementos."_l1);
+    };
+    // Each level has six of the next one: 216 of the last.
+    std::string risadas = "<m><a href=\"#0\"/></m>";
+    for (int i = 0; i < 4; i++) {
+        risadas += "<r id=\"" + std::to_string(i) + "\">";
+        for (int j = 0; j < 6; j++) {
+            risadas += "<a href=\"#" + std::to_string(i + 1) + "\"/>";
+        }
+        risadas += "</r>";
+    }
+    const struct {
+        std::string corpo, resolvido;
+    } casos[] = {
+        {"<m><a href=\"#1\"/><b x:href=\"#1\"/></m><r id=\"1\" t=\"int\">2</r>",
+         "<m><a id=\"1\" t=\"int\">2</a><b id=\"1\" t=\"int\">2</b></m>"},
+        {"<r id='1'>2</r><m><a href='#1'/></m><r id=\"1\">3</r>", "<m><a id=\"'1'\">2</a></m>"},
+        // What is read as another element may hold references, and be one.
+        {"<m><a nome=\"x\" href=\"#1\"/></m><r id=\"1\"><b href=\"#2\"/><c>1</c></r><r id=\"2\" href=\"#3\"/>"
+         "<r id=\"3\"><d/></r>",
+         "<m><a nome=\"x\" id=\"1\"><b id=\"3\"><d/></b><c>1</c></a></m>"},
+        {"<m href=\"#1\"/><r id=\"1\"><eu>7</eu></r>", "<m id=\"1\"><eu>7</eu></m>"},
+        {"<m><a href=\"#1\"/></m><r id=\"1\" t=\"n:Map\"><i><key>k</key><value href=\"#2\"/></i></r><r "
+         "id=\"2\">v</r>",
+         "<m><a id=\"1\" t=\"n:Map\"><i><key>k</key><value id=\"2\">v</value></i></a></m>"},
+        {"<m><a href=\"#1\"/></m><r id=\"1\" type=\"n:Map\"><i><key>k</key><value href=\"#2\"/></i></r><r "
+         "id=\"2\">v</r>",
+         "<m><a id=\"1\"><k>v</k></a></m>"},
+        {"<x href=\"#1\"/><r id=\"1\">2</r>", "<Body><x id=\"1\">2</x><r id=\"1\">2</r></Body>"},
+        // Attributes like any other.
+        {"<m id=\"0\"><a href=\"#9\"/><a href=\"#0\"/><a href=\"1\"/><a href=\"#1\">v</a><a "
+         "href=\"#1\"><b/></a>"
+         "<c id=\"2\"/><a href=\"#2\"/></m><r id=\"1\"/>",
+         "<m id=\"0\"><a href=\"#9\"/><a href=\"#0\"/><a href=\"1\"/><a href=\"#1\">v</a><a "
+         "href=\"#1\"><b/></a>"
+         "<c id=\"2\"/><a href=\"#2\"/></m>"},
+        {"<m><a href=\"#1\"/></m><r id=\"1\" href=\"#1\"/>", circular("1")},
+        {"<m><a href=\"#1\"/></m><r id=\"1\"><b href=\"#2\"/></r><r id=\"2\"><c href=\"#1\"/></r>",
+         circular("1")},
+        {"<r id=\"1\"><b><c href=\"#1\"/></b></r>", circular("1")},
+        {risadas, MAL_FORMADA},
+        {"<m><a><b><c href=\"#1\"/></b></a></m><r id=\"1\"><d/></r>",
+         "<m><a><b><c id=\"1\"><d/></c></b></a></m>"},
+        {"<m><a><b><c href=\"#1\"/></b></a></m><r id=\"1\"><d><e/></d></r>", MAL_FORMADA},
+        {"<m><a href=\"#1\"/><a href=\"#1\"/></m><r id=\"1\">" + std::string(250, 'v') + "</r>", MAL_FORMADA},
+    };
+    for (const auto &[corpo, esperado] : casos) {
+        EXPECT_EQ(resolvido(corpo), esperado) << corpo;
+    }
+}
+
+} // namespace
