@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <pthread.h>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -18,7 +19,8 @@ using Relogio = std::chrono::steady_clock;
 
 Y_CLASSE(Contador, YObThread) {
     std::atomic<int64_t> voltas;
-    std::atomic<int64_t> acao; // 1: throw, 2: stop itself, 3: free itself
+    std::atomic<int64_t>
+        acao; // 1: throw, 2: stop itself, 3: free itself, 4: pthread_exit, 5: 2 and go on for a while
     std::atomic<int64_t> recusada;
     bool *inteiroNaParada;
 };
@@ -30,8 +32,15 @@ void rodaContador(YObThread *thread) {
         if (c->acao == 1) {
             throw std::runtime_error("fim");
         }
-        if (c->acao == 2) {
+        if (c->acao == 2 || c->acao == 5) {
             YObThread_stop(c);
+        }
+        if (c->acao == 4) {
+            pthread_exit(nullptr);
+        }
+        if (c->acao == 5) {
+            c->recusada = 1;
+            acontece([&] { return c->acao == 0; });
         }
         if (c->acao == 3) {
             try {
@@ -78,9 +87,9 @@ TEST(Thread, comecaParaEComecaDeNovo) {
     }
 }
 
-TEST(Thread, excecaoOuParadaPropriaSoTerminaARodada) {
+TEST(Thread, excecaoSaidaOuParadaPropriaSoTerminaARodada) {
     const apoio::Diario diario(0);
-    for (const int acao : {1, 2}) {
+    for (const int acao : {1, 2, 4}) {
         auto c = pramo::cria<Contador>(contador_rtti);
         c->acao = acao;
         YObThread_start(c.get());
@@ -90,6 +99,19 @@ TEST(Thread, excecaoOuParadaPropriaSoTerminaARodada) {
         YObThread_start(c.get());
         ASSERT_TRUE(acontece([&] { return c->voltas == 2; })) << acao;
     }
+}
+
+TEST(Thread, umComecoEsperaOFimDeUmaParadaPropria) {
+    auto c = pramo::cria<Contador>(contador_rtti);
+    c->acao = 5;
+    YObThread_start(c.get());
+    ASSERT_TRUE(acontece([&] { return c->recusada == 1; }));
+    EXPECT_FALSE(YObThread_isAlive(c.get()));
+    std::thread comeco([&] { YObThread_start(c.get()); });
+    c->acao = 0;
+    comeco.join();
+    EXPECT_TRUE(YObThread_isAlive(c.get()));
+    EXPECT_TRUE(acontece([&] { return c->voltas == 2; }));
 }
 
 TEST(Thread, liberarParaAntesDeQualquerDestrutorENuncaDeDentro) {

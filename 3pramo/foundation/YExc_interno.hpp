@@ -34,6 +34,9 @@ auto semFaltaDeMemoria(const char *fonte, FUNCAO funcao, int linha = __builtin_L
 /// on.
 YExcecao excecaoCorrente();
 
+/// Forgets this thread's detail text and last handled exception.
+void esqueceExcecoes() noexcept;
+
 /// In a catch (...) block: logs the exception in flight as an error. `onde` says what it ended.
 void registraExcecaoCorrente(const char *onde);
 

@@ -3,13 +3,13 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
-#include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/versao.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <cxxabi.h>
+#include <iterator>
 
 using namespace pramo;
 
@@ -61,16 +61,29 @@ void constroi(void *objeto, const YRtti *classe) {
     }
 }
 
-bool ehThread(const YRtti *classe) {
-    bool thread = false;
+struct Pergunta {
+    const YRtti *classe;
+    PodeLiberar pode;
+};
+constinit Pergunta perguntas[2] = {};
+
+bool podeLiberar(void *objeto, const YRtti *classe) {
+    PodeLiberar pode = nullptr;
     percorreClasses(classe, [&](const YRtti &c) {
-        thread = &c == &YObThread_definicaoRtti.rtti;
-        return !thread;
+        for (const Pergunta &pergunta : perguntas) {
+            pode = pergunta.classe == &c ? pergunta.pode : pode;
+        }
+        return pode == nullptr;
     });
-    return thread;
+    return pode == nullptr || pode(objeto);
 }
 
 } // namespace
+
+pramo::AntesDeLiberar::AntesDeLiberar(const YRtti &classe, PodeLiberar pode) {
+    *std::find_if(std::begin(perguntas), std::end(perguntas),
+                  [](const Pergunta &p) { return p.classe == nullptr; }) = {&classe, pode};
+}
 
 std::size_t pramo::tamanhoDaInstancia(const YRtti *classe) {
     std::uint64_t tamanho = sizeof(YOb);
@@ -117,8 +130,8 @@ void YliberaObjeto(void *objeto) {
         return;
     }
     const YRtti *classe = static_cast<YOb *>(objeto)->rtti;
-    if (ehThread(classe)) {
-        preparaLiberacao(static_cast<YObThread *>(objeto));
+    if (!podeLiberar(objeto, classe)) {
+        return;
     }
     const std::exception_ptr falha = destroi(objeto, classe);
     anotaLiberacao(objeto);

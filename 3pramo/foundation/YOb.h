@@ -46,11 +46,12 @@ Y_EXPORTA void YalocaObjeto(void *lugar, YFuncaoRtti classe);
 Y_EXPORTA void YalocaObjeto_debug(void *lugar, YFuncaoRtti classe, const char *arquivo, int linha);
 
 /* Frees an object: destructors from its class up to the root, then the instance. Null is ignored.
- * A thread object is stopped first, through its stopImpl slot, while its derived fields are still whole.
- * Raises YExc "Objeto em uso pela própria thread." before any destructor runs when the object is a
- * thread object and the caller is that thread, or a thread that is working for it at this moment (a
- * handler that frees its own server). An exception of a destructor does not stop the others: all run, the
- * instance is freed, and the first exception is raised again unless another one is already in flight. */
+ * A thread object is stopped first, through its stopImpl slot, while its derived fields are still whole. A
+ * service object that calls are using goes when the last of them has returned (YWebService.h). Raises YExc
+ * "Objeto em uso pela própria thread." before any destructor runs when the object is a thread object and the
+ * caller is that thread, or a thread that is working for it at this moment (a handler that frees its own
+ * server). An exception of a destructor does not stop the others: all run, the instance is freed, and the
+ * first exception is raised again unless another one is already in flight. */
 Y_EXPORTA void YliberaObjeto(void *objeto);
 Y_EXPORTA void YliberaObjeto_debug(void *objeto, const char *arquivo, int linha);
 

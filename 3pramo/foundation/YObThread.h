@@ -27,12 +27,16 @@ typedef struct YObThread_Rtti {
 Y_EXPORTA extern const YObThread_Rtti YObThread_definicaoRtti;
 Y_EXPORTA const YRtti *YObThread_rtti(void);
 
-/* Start and stop the thread through the slots of the object's class. Any thread may call them. */
+/* Start and stop the thread through the slots of the object's class. Any thread may call them: starts, stops
+ * and the freeing of one object come one after the other, each whole. On a thread that is working for the
+ * object (a handler of a server) both raise YExc "Objeto em uso pela própria thread." and change nothing, but
+ * for a start of what is alive already, which does nothing, and for a stop on the object's own thread, which
+ * is only asked for. */
 Y_EXPORTA void YObThread_start(YObThread *thread);
 Y_EXPORTA void YObThread_stop(YObThread *thread);
 
-/* Nonzero once started, until a stop is asked or `run` has returned (or an exception ended it, which is
- * logged). It is nonzero before YObThread_start returns. May be asked from any thread. */
+/* Nonzero once started, until a stop is asked or `run` has ended: returned, or by an exception (which is
+ * logged), or by pthread_exit. It is nonzero before YObThread_start returns. May be asked from any thread. */
 Y_EXPORTA int YObThread_isAlive(const YObThread *thread);
 
 /* Sleeps on behalf of the thread for up to `milissegundos`, less when a stop is asked; returns what
@@ -40,7 +44,8 @@ Y_EXPORTA int YObThread_isAlive(const YObThread *thread);
 Y_EXPORTA int YObThread_dorme(YObThread *thread, uint32_t milissegundos);
 
 /* The class's own start: runs the run slot on a new thread. Does nothing when the thread already runs. After
- * a stop it may be started again. Raises YExc "Não foi possível criar a thread.". */
+ * a stop it may be started again; one that the thread asked itself ends first. Raises YExc "Não foi possível
+ * criar a thread.", and the object is then as it was. */
 Y_EXPORTA void YObThread_startImpl(YObThread *thread);
 
 /* The class's own stop: makes YObThread_isAlive 0 and returns once `run` has returned, also when another

@@ -22,13 +22,13 @@ private:
     EmUso *anterior_;
 };
 
-/// `funcao` runs when the object is freed, after its thread was stopped and before any destructor, the
-/// derived classes' included: for a class whose other threads work for the object. Raises nothing.
-void aoLiberar(YObThread *thread, void (*funcao)(YObThread *));
+/// Raises YExc "Objeto em uso pela própria thread." when the calling thread works for the thread object.
+void recusaEmUso(const YObThread *thread);
 
-/// Before any destructor: refuses when the caller works for the thread object, else stops it through its
-/// slot.
-void preparaLiberacao(YObThread *thread);
+/// `funcao` runs when the object is freed, after its thread was stopped and before any destructor, the
+/// derived classes' included: for a class whose other threads work for the object. It raises only before it
+/// changes anything.
+void aoLiberar(YObThread *thread, void (*funcao)(YObThread *));
 
 } // namespace pramo
 

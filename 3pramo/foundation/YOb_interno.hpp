@@ -19,6 +19,16 @@ void percorreClasses(const YRtti *classe, VISITA visita) {
 /// Instance size of the class, at least that of its ancestors.
 std::size_t tamanhoDaInstancia(const YRtti *classe);
 
+/// Says to YliberaObjeto, before the first destructor of an object of the class or of one derived from it,
+/// whether it may go now. False: somebody still uses it, and whoever does so last frees it. It may raise: the
+/// object then stays as it was.
+using PodeLiberar = bool (*)(void *objeto);
+
+/// Enters a class's question while the library is loaded. Few classes have one.
+struct AntesDeLiberar {
+    AntesDeLiberar(const YRtti &classe, PodeLiberar pode);
+};
+
 /// Frees the object; an exception of a destructor is logged and goes no further.
 void liberaSemLancar(void *objeto) noexcept;
 
