@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <thread>
+#include <vector>
 
 using apoio::Alvo;
 
@@ -59,7 +61,12 @@ TEST_F(SoapRegistro, entraESaiDoConjuntoVivo) {
         << "the server of an object that has none";
     EXPECT_NE(YSoapServer_removeServico(servidor.get(), servico.get()), 0);
     EXPECT_EQ(YSoapServer_removeServico(servidor.get(), servico.get()), 0);
-    YWebService_setSoapServer(servico.get(), servidor.get());
+    EXPECT_EQ(YWebService_getSoapServer(servico.get()), nullptr);
+    for (YSoapServer *este : {outro.get(), servidor.get()}) {
+        YSoapServer_registraServico(este, servico.get());
+        EXPECT_EQ(vivos() + YSoapServer_getServicos(outro.get()), 1U) << "it leaves the other one";
+        EXPECT_EQ(YWebService_getSoapServer(servico.get()), este);
+    }
     servico.reset();
     EXPECT_EQ(vivos(), 0U) << "freeing takes it out";
 }
@@ -72,6 +79,46 @@ TEST_F(SoapRegistro, oServidorLiberaOsSeus) {
     servidor.reset();
     EXPECT_EQ(Alvo::vivos, 0);
     EXPECT_EQ(Alvo::quebrados, 0);
+}
+
+TEST_F(SoapRegistro, muitasThreadsDeixamNumSoConjunto) {
+    const auto outro = pramo::cria<YSoapServer>(YSoapServer_rtti);
+    const auto servico = novo();
+    std::vector<std::jthread> threads;
+    for (YSoapServer *este : {servidor.get(), outro.get(), servidor.get(), outro.get()}) {
+        threads.emplace_back([&, este] {
+            for (int i = 0; i < 2000; i++) {
+                YWebService_setSoapServer(servico.get(), este);
+            }
+        });
+    }
+    threads.clear();
+    YSoapServer *dono = YWebService_getSoapServer(servico.get());
+    EXPECT_EQ(vivos() + YSoapServer_getServicos(outro.get()), 1U);
+    EXPECT_EQ(YSoapServer_getServicos(dono), 1U);
+}
+
+// An object that would live for ever: it enters its server's live set in its own destructor.
+void destroiTeimoso(void *objeto) {
+    auto *servico = static_cast<YWebService *>(objeto);
+    YSoapServer_registraServico(YWebService_getSoapServer(servico), servico);
+    YWebService_setSoapServer(servico, YWebService_getSoapServer(servico));
+    Alvo::quebrados++;
+}
+
+const YRtti *Teimoso_rtti();
+const YRtti definicaoDoTeimoso = {YWebService_rtti, "Teimoso", sizeof(YWebService), nullptr, destroiTeimoso};
+const YRtti *Teimoso_rtti() {
+    return &definicaoDoTeimoso;
+}
+
+TEST_F(SoapRegistro, quemTerminaNaoVolta) {
+    YWebService *teimoso = nullptr;
+    YalocaObjeto(&teimoso, Teimoso_rtti);
+    YWebService_setSoapServer(teimoso, servidor.get());
+    YliberaObjeto(teimoso);
+    EXPECT_EQ(Alvo::quebrados.exchange(0), 1) << "its destructor ran once";
+    EXPECT_EQ(vivos(), 0U);
 }
 
 // An object that frees another one in its destructor, or fails there.
@@ -194,6 +241,9 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
     YPortType_setRttiDoServico(portType, YNo_rtti);
     EXPECT_EQ(apoio::excecao(constroi), "YExcSoap: PortType sem classe de servi\xE7o.") << "no service class";
 
+    definicao.nome = nullptr;
+    EXPECT_EQ(apoio::excecao([&] { YSoapServer_registraPortType(servidor.get(), &definicao); }),
+              "YExcSoap: PortType sem nome.");
     definicao = {"Tipo", nenhum, nullptr, nullptr, nullptr};
     EXPECT_EQ(YPortType_obtemTratador(YSoapServer_registraPortType(servidor.get(), &definicao), "um"),
               nullptr);

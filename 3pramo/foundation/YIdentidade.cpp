@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <cstring>
 #include <list>
+#include <new>
 #include <optional>
+#include <pthread.h>
 #include <sys/random.h>
 #include <unordered_map>
 #include <utility>
@@ -30,17 +32,20 @@ struct EspalhaFicha {
 struct Entrada {
     std::optional<Ficha> ficha;            // none until the identity is asked for
     std::list<const void *>::iterator vez; // place in `passageiras`; its end for a kept one
+    void *registro;                        // of a kept one
 };
 
 class Tabela {
 public:
-    void conserva(const void *ponteiro) {
+    void conserva(const void *ponteiro, void *registro) {
         const Tranca tranca(trinco_);
-        const auto [it, nova] = porPonteiro_.try_emplace(ponteiro, Entrada{std::nullopt, passageiras_.end()});
+        const auto [it, nova] =
+            porPonteiro_.try_emplace(ponteiro, Entrada{std::nullopt, passageiras_.end(), registro});
         if (!nova && it->second.vez != passageiras_.end()) {
             passageiras_.erase(it->second.vez);
             it->second.vez = passageiras_.end();
         }
+        it->second.registro = registro;
     }
 
     void esquece(const void *ponteiro) {
@@ -60,7 +65,7 @@ public:
         if (it == porPonteiro_.end()) {
             it = entraComoPassageira(ponteiro);
         }
-        porFicha_.emplace(ficha, ponteiro);
+        porFicha_.emplace(ficha, &*it); // elements of a map stay where they are
         it->second.ficha = ficha;
         return ficha;
     }
@@ -68,7 +73,22 @@ public:
     const void *ponteiroDe(const Ficha &ficha) {
         const Tranca tranca(trinco_);
         const auto it = porFicha_.find(ficha);
-        return it != porFicha_.end() ? it->second : nullptr;
+        return it != porFicha_.end() ? it->second->first : nullptr;
+    }
+
+    void *pina(const Ficha &ficha, bool (*aceita)(void *registro)) {
+        const Tranca tranca(trinco_);
+        const auto it = porFicha_.find(ficha);
+        void *registro = it != porFicha_.end() ? it->second->second.registro : nullptr;
+        return registro != nullptr && aceita(registro) ? registro : nullptr;
+    }
+
+    // In the child of a fork: what the parent fetched, the parent gives out too.
+    void trancaParaFork() Y_SEM_ANALISE { trinco_.tranca(); }
+    void soltaDepoisDoFork() Y_SEM_ANALISE { trinco_.solta(); }
+    void recomecaNoFilho() Y_SEM_ANALISE {
+        usadas_ = sorteadas_.size();
+        trinco_.solta();
     }
 
 private:
@@ -80,7 +100,9 @@ private:
         }
         passageiras_.push_back(ponteiro);
         try {
-            return porPonteiro_.emplace(ponteiro, Entrada{std::nullopt, std::prev(passageiras_.end())}).first;
+            return porPonteiro_
+                .emplace(ponteiro, Entrada{std::nullopt, std::prev(passageiras_.end()), nullptr})
+                .first;
         } catch (...) {
             passageiras_.pop_back();
             throw;
@@ -116,17 +138,19 @@ private:
 
     Trinco trinco_;
     PorPonteiro porPonteiro_ Y_GUARDADO_POR(trinco_);
-    std::unordered_map<Ficha, const void *, EspalhaFicha> porFicha_ Y_GUARDADO_POR(trinco_);
+    std::unordered_map<Ficha, PorPonteiro::value_type *, EspalhaFicha> porFicha_ Y_GUARDADO_POR(trinco_);
     std::list<const void *> passageiras_ Y_GUARDADO_POR(trinco_); // oldest first
     std::array<Ficha, 16> sorteadas_ Y_GUARDADO_POR(trinco_){};
     std::size_t usadas_ Y_GUARDADO_POR(trinco_) = 16;
 };
 
-// Never destroyed: statics of the application may still free service objects.
-Tabela &tabela() {
-    static auto *const unica = new Tabela;
-    return *unica;
-}
+// Made while the library is loaded, never destroyed: statics of the application may still free service
+// objects.
+alignas(Tabela) unsigned char lugarDaTabela[sizeof(Tabela)];
+Tabela &tabela = *new (lugarDaTabela) Tabela;
+
+const int aoFazerFork = pthread_atfork([] { tabela.trancaParaFork(); }, [] { tabela.soltaDepoisDoFork(); },
+                                       [] { tabela.recomecaNoFilho(); });
 
 constexpr char HEX[] = "0123456789abcdef";
 
@@ -154,12 +178,17 @@ std::optional<Ficha> leFicha(std::string_view texto) {
 
 } // namespace
 
-void pramo::conservaIdentidade(const void *ponteiro) {
-    semFaltaDeMemoria(FONTE, [&] { tabela().conserva(ponteiro); });
+void pramo::conservaIdentidade(const void *ponteiro, void *registro) {
+    semFaltaDeMemoria(FONTE, [&] { tabela.conserva(ponteiro, registro); });
+}
+
+void *pramo::pinaIdentidade(const char *texto, bool (*aceita)(void *registro)) {
+    const std::optional<Ficha> ficha = leFicha(texto != nullptr ? texto : "");
+    return ficha ? tabela.pina(*ficha, aceita) : nullptr;
 }
 
 void pramo::esqueceIdentidade(const void *ponteiro) noexcept {
-    tabela().esquece(ponteiro);
+    tabela.esquece(ponteiro);
 }
 
 void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
@@ -170,7 +199,7 @@ void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
     if (ponteiro == nullptr) {
         return;
     }
-    const Ficha ficha = semFaltaDeMemoria(FONTE, [&] { return tabela().fichaDe(ponteiro); });
+    const Ficha ficha = semFaltaDeMemoria(FONTE, [&] { return tabela.fichaDe(ponteiro); });
     for (std::size_t i = 0; i < DIGITOS; i++) {
         buffer[i] = HEX[ficha[i / 16] >> (60 - 4 * (i % 16)) & 15];
     }
@@ -180,5 +209,5 @@ void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
 void *YObStrToPtr(const char *texto) {
     const std::optional<Ficha> ficha = leFicha(texto != nullptr ? texto : "");
     // The table never writes through the pointer; it hands back what its caller gave.
-    return ficha ? const_cast<void *>(tabela().ponteiroDe(*ficha)) : nullptr;
+    return ficha ? const_cast<void *>(tabela.ponteiroDe(*ficha)) : nullptr;
 }

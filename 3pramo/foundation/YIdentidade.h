@@ -15,9 +15,10 @@ Y_INICIO_C
 
 /* Writes the pointer's identity into the buffer of `tamanho` bytes, zero-terminated; the same pointer gives
  * the same text while its identity is kept. Null is written as the empty text. The identity of a service
- * object (YWebService.h) is kept until the object is destroyed; of other pointers the latest 100,000 are
- * kept. Raises YExc "Buffer pequeno para a identidade." when the buffer has less than 33 bytes, and YExc
- * "Falta de números aleatórios." when the system gives no random bytes. */
+ * object (YWebService.h) that was in a live set is kept until the object is destroyed; of other pointers the
+ * latest 100,000 are kept. In the child of a fork other texts are issued than in its parent. Raises YExc
+ * "Buffer pequeno para a identidade." when the buffer has less than 33 bytes, and YExc "Falta de números
+ * aleatórios." when the system gives no random bytes. */
 Y_EXPORTA void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro);
 
 /* The pointer that has this identity; blanks around it are ignored. Unknown, empty or null text gives null.

@@ -14,8 +14,11 @@ Y_INICIO_C
 /* A method handler: runs on the thread of the connection that brought the call. `servico` is the object that
  * the call names, or a temporary one; `requisicao` the method's element, null when the request has no body;
  * `resposta` an empty, nameless node that the results are written into, usually with the typed setters. The
- * nodes live until the handler returns. An exception that leaves it, a standard C++ one too, becomes a SOAP
- * fault. */
+ * nodes live until the handler returns. An exception of the library's classes, or of a class derived from
+ * them, that leaves it becomes a SOAP fault with its class, message and place. Any other (a std::exception)
+ * is logged, with what may be card data masked, and answered as YExc "Erro interno.": its text was not
+ * written for a client. A handler that runs long asks YObThread_isAlive of its server whether a stop has been
+ * asked. */
 typedef void (*YTratadorSoap)(YWebService *servico, YNo *requisicao, YNo *resposta);
 
 Y_CLASSE(YPortType, YOb) {

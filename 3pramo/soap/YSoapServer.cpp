@@ -1,6 +1,8 @@
 // The SOAP server's life and settings.
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
+#include <3pramo/foundation/YObThread_interno.hpp>
+
 #include <algorithm>
 #include <ctime>
 
@@ -14,6 +16,7 @@ constexpr std::uint32_t INTERVALO_DA_VARREDURA = 1000; // milliseconds
 constexpr std::int64_t ESPERA_PELA_PORTA = 3;          // seconds
 
 void destroiSoapServer(void *objeto);
+void liberaWebServer(YObThread *thread);
 
 void constroiSoapServer(void *objeto) {
     auto *servidor = static_cast<YSoapServer *>(objeto);
@@ -28,25 +31,38 @@ void constroiSoapServer(void *objeto) {
         throw;
     }
     servidor->porta = PORTA_INICIAL;
+    aoLiberar(servidor, liberaWebServer);
 }
 
-YWebServer *retiraWebServer(YSoapServer *servidor) {
-    const Tranca tranca(privado(servidor).trinco);
-    return std::exchange(servidor->webServer, nullptr);
-}
-
-// Waits for the calls in flight, so no lock is held. The previous handler is back in place meanwhile.
-void destroiWebServer(YSoapServer *servidor) {
-    if (YWebServer *web = retiraWebServer(servidor)) {
-        YWebServer_setTratador(web, servidor->tratadorAnterior.contexto, servidor->tratadorAnterior.funcao);
-        YliberaObjeto(web);
+/// Gives the web server its previous handler back and stops it, if it serves for us.
+void desliga(YSoapServer *servidor) {
+    Privado &p = privado(servidor);
+    Tranca tranca(p.trinco);
+    YWebServer *web = servidor->webServer;
+    recusaEmUso(web);
+    if (!std::exchange(p.servindo, false)) {
+        return;
     }
+    YWebServer_setTratador(web, servidor->tratadorAnterior.contexto, servidor->tratadorAnterior.funcao);
+    tranca.solta(); // the stop waits, and our handlers may take the lock meanwhile
+    YObThread_stop(web);
+}
+
+/// Waits for the calls in flight. Only the end of the server frees its web server.
+void liberaWebServer(YObThread *thread) {
+    auto *servidor = static_cast<YSoapServer *>(thread);
+    desliga(servidor);
+    Tranca tranca(privado(servidor).trinco);
+    YWebServer *web = std::exchange(servidor->webServer, nullptr);
+    tranca.solta();
+    YliberaObjeto(web);
 }
 
 void destroiSoapServer(void *objeto) {
     auto *servidor = static_cast<YSoapServer *>(objeto);
     if (servidor->privado != nullptr) {
-        destroiWebServer(servidor);
+        YObThread_stopImpl(servidor); // a derived class whose constructor failed may have started it
+        liberaWebServer(servidor);
     }
     if (servidor->servicos != nullptr) {
         esvazia(servidor);
@@ -65,16 +81,33 @@ void aplica(YWebServer *web, void (*ajuste)(YWebServer *, VALOR), const std::opt
     }
 }
 
-void configura(YSoapServer *servidor, YWebServer *web) {
-    Privado &p = privado(servidor);
-    const Tranca tranca(p.trinco);
+void configura(YSoapServer *servidor, YWebServer *web) Y_EXIGE(privado(servidor).trinco) {
+    const Privado &p = privado(servidor);
     YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor->porta));
     YWebServer_setDiretorioBase(web, servidor->diretorioBase);
     aplica(web, YWebServer_setLimiteDoCabecalho, p.limiteDoCabecalho);
     aplica(web, YWebServer_setLimiteDoCorpo, p.limiteDoCorpo);
     aplica(web, YWebServer_setLimiteDeConexoes, p.limiteDeConexoes);
     aplica(web, YWebServer_setFechaLogo, p.fechaLogo);
-    servidor->webServer = web;
+}
+
+/// The web server with our settings and our handler in front of what it had.
+YWebServer *liga(YSoapServer *servidor) {
+    Privado &p = privado(servidor);
+    const Tranca tranca(p.trinco);
+    if (servidor->webServer == nullptr) {
+        servidor->webServer = cria<YWebServer>(YWebServer_rtti, FONTE).release();
+    }
+    YWebServer *web = servidor->webServer;
+    configura(servidor, web);
+    servidor->tratadorAnterior = YWebServer_setTratador(web, servidor, trataRequisicao);
+    p.servindo = true;
+    return web;
+}
+
+std::int32_t portaPedida(YSoapServer *servidor) {
+    const Tranca tranca(privado(servidor).trinco);
+    return servidor->porta;
 }
 
 // With port 0 the macro names the port that the system chose.
@@ -84,31 +117,33 @@ void publicaPortaEscolhida(YSoapServer *servidor, YWebServer *web) {
     }
 }
 
+// Starts, stops and frees come one after the other (YObThread_start); what fails here is undone.
 void inicia(YObThread *thread) {
     auto *servidor = static_cast<YSoapServer *>(thread);
     if (YObThread_isAlive(servidor) != 0) {
         return;
     }
     YObThread_stopImpl(servidor); // a stop that was only asked for ends now
-    destroiWebServer(servidor);
-    YWebServer *web = cria<YWebServer>(YWebServer_rtti, FONTE).release();
-    configura(servidor, web);
-    servidor->tratadorAnterior = YWebServer_setTratador(web, servidor, trataRequisicao);
-    YObThread_start(web);
-    if (servidor->porta == 0) {
-        publicaPortaEscolhida(servidor, web);
+    desliga(servidor);
+    try {
+        YWebServer *web = liga(servidor);
+        YObThread_start(web);
+        if (portaPedida(servidor) == 0) {
+            publicaPortaEscolhida(servidor, web);
+        }
+        YObThread_startImpl(servidor);
+    } catch (...) {
+        desliga(servidor);
+        throw;
     }
-    YObThread_startImpl(servidor);
 }
 
 void para(YObThread *thread) {
     auto *servidor = static_cast<YSoapServer *>(thread);
-    if (YObThread_isAlive(servidor) != 0) {
-        YWebServer_setTratador(servidor->webServer, servidor->tratadorAnterior.contexto,
-                               servidor->tratadorAnterior.funcao);
-        YObThread_stop(servidor->webServer);
+    if (!EmUso::por(servidor)) { // on its own thread a stop is only asked for
+        desliga(servidor);
     }
-    YObThread_stopImpl(servidor); // waits for a stop that is under way
+    YObThread_stopImpl(servidor);
 }
 
 void roda(YObThread *thread) {
@@ -120,6 +155,11 @@ void roda(YObThread *thread) {
             registraExcecaoCorrente("YSoapServer_run");
         }
     }
+}
+
+YWebServer *webServerDe(YSoapServer *servidor) {
+    const Tranca tranca(privado(servidor).trinco);
+    return servidor->webServer;
 }
 
 const YObThread_Rtti YSoapServer_definicao = {
@@ -135,7 +175,8 @@ const YRtti *YSoapServer_rtti(void) {
 }
 
 int YSoapServer_esperaPronto(YSoapServer *servidor, int64_t prazo) {
-    return YObThread_isAlive(servidor) != 0 ? YWebServer_esperaPronto(servidor->webServer, prazo) : 0;
+    YWebServer *web = webServerDe(servidor);
+    return web != nullptr && YObThread_isAlive(servidor) != 0 ? YWebServer_esperaPronto(web, prazo) : 0;
 }
 
 // ---- Settings ----
@@ -147,9 +188,9 @@ void YSoapServer_setPorta(YSoapServer *servidor, int32_t porta) {
 }
 
 int32_t YSoapServer_getPorta(YSoapServer *servidor) {
-    const Tranca tranca(privado(servidor).trinco);
-    return servidor->webServer != nullptr ? static_cast<int32_t>(YWebServer_getPorta(servidor->webServer))
-                                          : servidor->porta;
+    YWebServer *web = webServerDe(servidor);
+    const bool escuta = web != nullptr && YWebServer_esperaPronto(web, 0) != 0;
+    return escuta ? static_cast<int32_t>(YWebServer_getPorta(web)) : portaPedida(servidor);
 }
 
 void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio) {

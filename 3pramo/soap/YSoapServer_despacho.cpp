@@ -1,12 +1,8 @@
 #include <3pramo/soap/YSoapServer_despacho.hpp>
 
 #include <3pramo/foundation/YStream_interno.hpp>
-#include <3pramo/soap/YSoapParser.h>
+#include <3pramo/soap/referencias.hpp>
 #include <3pramo/soap/textoDaRequisicao.hpp>
-
-#include <cstring>
-#include <ctime>
-#include <vector>
 
 using namespace pramo;
 using namespace pramo::soap;
@@ -31,87 +27,70 @@ void limita(YSoapParser *parser, const YSoapServer *servidor) {
     }
 }
 
-Dono<YNo> leArvore(const Chamada &chamada, YStream *entrada) {
+/// The tree of a request, and in it the method's element: of that name under Body, else Body, else the root.
+struct Requisicao {
+    Dono<YNo> raiz;
+    YNo *elemento = nullptr;
+};
+
+Requisicao leRequisicao(const Chamada &chamada, YStream *entrada) {
     if (entrada == nullptr || YStream_tam(entrada) == 0) {
-        return nullptr;
+        return {};
     }
     preparaTexto(*entrada);
     const Dono<YSoapParser> parser = cria<YSoapParser>(YSoapParser_rtti, FONTE);
     limita(parser.get(), chamada.servidor);
     YNo *raiz = nullptr;
     YSoapParser_leNo(parser.get(), &raiz, entrada);
-    return Dono<YNo>(raiz);
-}
-
-/// True for "#id", and with single quotes around it, which the parser leaves in the value.
-bool ehReferencia(const char *href) {
-    return href != nullptr && (href[0] == '#' || (href[0] == '\'' && href[1] == '#'));
-}
-
-/// An element that only points at another one (href="#id") would read as having no value: it is refused.
-void recusaReferencias(const YNo *no) {
-    std::vector<const YNo *> pilha{no};
-    while (!pilha.empty()) {
-        const YNo *visitado = pilha.back();
-        pilha.pop_back();
-        const char *href = YNo_getAtributo(visitado, "href");
-        if (ehReferencia(href)) {
-            YContextoTry_printf("href: %s. ", href);
-            lanca(YExcSoap_rtti, "Referência entre elementos não suportada."_l1, FONTE);
-        }
-        if (const YVetor *filhos = YNo_getFilhos(visitado)) {
-            for (YVetorIt it = YVetor_inicio(filhos); it != YVetor_fim(filhos); it++) {
-                pilha.push_back(static_cast<const YNo *>(*it));
-            }
-        }
-    }
-}
-
-/// The method's element, its maps corrected; the Body, or the root, when there is none of that name.
-YNo *elementoDoMetodo(YNo *raiz, const char *metodo) {
+    Requisicao requisicao{Dono<YNo>(raiz)};
     if (raiz == nullptr) {
-        return nullptr;
+        return requisicao;
     }
     YNo *corpo = YNo_getFilho(raiz, "Body", 0);
     corpo = corpo != nullptr ? corpo : raiz;
-    YNo *elemento = YNo_getFilho(corpo, metodo, 0);
-    elemento = elemento != nullptr ? elemento : corpo;
-    recusaReferencias(elemento); // first: the correction of a map drops the attributes of its values
-    YNo_corrigeMaps(elemento);
-    return elemento;
+    YNo *elemento = YNo_getFilho(corpo, chamada.metodo, 0);
+    requisicao.elemento = elemento != nullptr ? elemento : corpo;
+    resolveReferencias(*corpo, *requisicao.elemento, sobraDaLeitura(*parser)); // a map may be referred to
+    YNo_corrigeMaps(requisicao.elemento);
+    return requisicao;
 }
 
 // ---- Service object and handler ----
 
+[[noreturn]] void servicoNaoConsta() {
+    lanca(YExcSoap_rtti, "Serviço não consta da lista de serviços ativos."_l1, FONTE);
+}
+
 Pino localizaServico(const Chamada &chamada, const YNo *requisicao) {
     const YNo *eu = requisicao != nullptr ? YNo_getFilho(requisicao, "eu", 0) : nullptr;
-    if (eu == nullptr || YNo_getValor(eu) == nullptr) {
+    const char *identidade = YNo_getValor(eu);
+    if (identidade == nullptr) {
         return {};
     }
-    Pino pino = pinaVivo(chamada.servidor, YNo_getPtr(requisicao, "eu"));
-    if (pino.servico() == nullptr) {
-        lanca(YExcSoap_rtti, "Serviço não consta da lista de serviços ativos."_l1, FONTE);
+    Pino pino = pinaVivo(chamada.servidor, identidade);
+    if (!pino) {
+        servicoNaoConsta();
     }
     return pino;
 }
 
+/// An object is called through the port type that carries its class's name, when that one is for such
+/// objects, else through the one of the URI. A port type for other objects never gets it.
 YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) {
-    std::optional<PortTypeLido> portType;
-    if (servico != nullptr) {
-        portType = procuraPortType(chamada.servidor, servico->rtti->name, chamada.metodo);
+    bool existe = false;
+    for (const char *nome : {servico != nullptr ? servico->rtti->name : nullptr, chamada.portType}) {
+        const auto portType =
+            nome != nullptr ? procuraPortType(chamada.servidor, nome, chamada.metodo) : std::nullopt;
+        if (portType && (servico == nullptr || portType->serve(*servico))) {
+            return portType->tratador;
+        }
+        existe = existe || portType;
     }
-    if (!portType) {
-        portType = procuraPortType(chamada.servidor, chamada.portType, chamada.metodo);
+    if (existe) {
+        servicoNaoConsta();
     }
-    if (!portType) {
-        YContextoTry_printf("nome: %s. ", chamada.portType);
-        lanca(YExcSoap_rtti, "PortType desconhecido."_l1, FONTE);
-    }
-    if (servico != nullptr && portType->rttiDoServico != nullptr &&
-        YRtti_deriva(servico->rtti, portType->rttiDoServico) == 0) {
-        lanca(YExcSoap_rtti, "Serviço não consta da lista de serviços ativos."_l1, FONTE);
-    }
-    return portType->tratador;
+    YContextoTry_printf("nome: %s. ", chamada.portType);
+    lanca(YExcSoap_rtti, "PortType desconhecido."_l1, FONTE);
 }
 
 Pino constroiServico(const Chamada &chamada, Entrada entrada) {
@@ -129,9 +108,7 @@ void chamaEmTemporario(const Chamada &chamada, YTratadorSoap tratador, YNo *requ
     try {
         tratador(temporario.servico(), requisicao, resposta);
     } catch (...) {
-        if (temporario.vivo()) {
-            YWebService_setMomentoLimite(temporario.servico(), std::time(nullptr));
-        }
+        abandonaTemporario(chamada.servidor, temporario);
         throw;
     }
     derruba(chamada.servidor, temporario);
@@ -201,8 +178,8 @@ void emiteResposta(const Chamada &chamada, YNo *resposta, YStream *saida) {
 
 void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *saida, Pino *dado) {
     const Dono<YNo> resposta = cria<YNo>(YNo_rtti, FONTE);
-    const Dono<YNo> raiz = leArvore(chamada, entrada);
-    YNo *requisicao = elementoDoMetodo(raiz.get(), chamada.metodo);
+    const Requisicao lida = leRequisicao(chamada, entrada);
+    YNo *requisicao = lida.elemento;
     Pino proprio;
     if (dado == nullptr) {
         proprio = localizaServico(chamada, requisicao);

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <optional>
+#include <string>
 
 namespace pramo::soap {
 
@@ -22,16 +23,25 @@ struct LimitesDaMensagem {
     std::uint64_t bytes = 0;
 };
 
-/// What stands behind YSoapServer.privado. `trinco` also guards the fields porta, webServer, portTypes,
-/// macros and diretorioBase of the server itself; no application code runs under it.
+/// What stands behind YSoapServer.privado. `trinco` also guards the fields porta, webServer,
+/// tratadorAnterior, portTypes, macros and diretorioBase of the server itself; no application code runs under
+/// it. The web server is made by the first start and freed with the server, so whoever reads its address may
+/// use it.
 struct Privado {
     Trinco trinco;
     LimitesDaMensagem limites Y_GUARDADO_POR(trinco);
+    std::optional<std::string> endereco Y_GUARDADO_POR(trinco);
     std::optional<std::uint64_t> limiteDoCabecalho Y_GUARDADO_POR(trinco);
     std::optional<std::uint64_t> limiteDoCorpo Y_GUARDADO_POR(trinco);
+    std::optional<std::uint64_t> limiteDosCorpos Y_GUARDADO_POR(trinco);
     std::optional<std::uint32_t> limiteDeConexoes Y_GUARDADO_POR(trinco);
+    std::optional<std::uint32_t> prazoDaRequisicao Y_GUARDADO_POR(trinco);
+    std::optional<std::uint32_t> prazoDeEncerramento Y_GUARDADO_POR(trinco);
     std::optional<int> fechaLogo Y_GUARDADO_POR(trinco);
+    bool servindo Y_GUARDADO_POR(trinco) =
+        false; // the web server was started with our handler and not stopped since
     std::atomic<std::uint64_t> limiteDeServicos{100'000};
+    std::uint64_t temporarios = 0; // of the live set, those of one call; guarded by the registry lock
 };
 
 inline Privado &privado(const YSoapServer *servidor) {
@@ -55,18 +65,26 @@ private:
 // ---- Registry ----
 
 /// How an object enters the live set: one made by "constroi" is refused beyond the bound, a temporary one
-/// gets its identity only if somebody asks for it.
+/// does not count for it and has no identity that a client could use.
 enum class Entrada { DO_CLIENTE, DA_APLICACAO, TEMPORARIA };
 
-/// Puts the object into the live set and pins it. Raises YExcSoap "Limite de serviços ativos atingido.".
+/// Puts the object into the live set, out of another server's, and pins it; empty, and nothing has changed,
+/// when the object is on its way out. Raises YExcSoap "Limite de serviços ativos atingido." and "O servidor
+/// está sendo liberado.".
 Pino entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada entrada);
 
-/// The pin of a live object of this server; empty when the pointer is not in the live set.
-Pino pinaVivo(YSoapServer *servidor, void *ponteiro);
+/// Takes the object out of whatever live set it is in.
+void saiDoConjunto(YWebService &servico);
 
-/// Takes the pinned object out of the live set and condemns it, unless it is gone or in this server's set no
-/// more.
-void derruba(YSoapServer *servidor, Pino &pino);
+/// The pin of the live object of this server that has this identity; empty when there is none.
+Pino pinaVivo(YSoapServer *servidor, const char *identidade);
+
+/// Takes the pinned object out of the live set and condemns it, unless it is in this server's set no more.
+void derruba(YSoapServer *servidor, const Pino &pino);
+
+/// The temporary object of a call that failed, unless its handler took it: the next sweep takes it, or its
+/// last pin when there are too many.
+void abandonaTemporario(YSoapServer *servidor, const Pino &pino);
 
 /// Frees the live objects whose deadline has passed.
 void varre(YSoapServer *servidor);
@@ -78,6 +96,11 @@ void esvazia(YSoapServer *servidor);
 struct PortTypeLido {
     YTratadorSoap tratador;
     YFuncaoRtti rttiDoServico;
+
+    /// Whether its handlers may be called on the object.
+    [[nodiscard]] bool serve(const YWebService &servico) const {
+        return rttiDoServico == nullptr || YRtti_deriva(servico.rtti, rttiDoServico) != 0;
+    }
 };
 std::optional<PortTypeLido> procuraPortType(YSoapServer *servidor, const char *nome, const char *metodo);
 

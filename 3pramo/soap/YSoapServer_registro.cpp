@@ -4,50 +4,111 @@
 #include <3pramo/foundation/YIdentidade_interno.hpp>
 
 #include <ctime>
-#include <vector>
+#include <utility>
 
 using namespace pramo;
 using namespace pramo::soap;
 
 // ---- Live service objects ----
 
-Pino soap::entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada entrada) {
-    const TrancaDoRegistro tranca(servidor);
-    Pino pino(*servico);
-    if (servidor->servicos == nullptr || registroDe(*servico).tem(Registro::CONDENADO)) {
-        return pino;
+namespace {
+
+/// Takes the object out of this server's set, unless it is not there; under the registry lock.
+bool tira(YSoapServer *servidor, Registro &registro) {
+    if (servidor->servicos == nullptr || registro.conjunto.load() != servidor) {
+        return false;
     }
+    YSet_remove(servidor->servicos, registro.servico);
+    privado(servidor).temporarios -= std::exchange(registro.temporario, false) ? 1 : 0;
+    registro.conjunto = nullptr;
+    return true;
+}
+
+std::uint64_t quantosContam(const YSoapServer *servidor) {
+    return YSet_tam(servidor->servicos) - privado(servidor).temporarios;
+}
+
+/// Puts the pinned object into the set, and renews its deadline; under the registry lock. False when it is in
+/// another one.
+bool tentaEntrar(YSoapServer *servidor, const Pino &pino, Entrada entrada) {
+    YWebService &servico = *pino.servico();
+    Registro &registro = pino.registro();
     if (entrada == Entrada::DO_CLIENTE &&
-        YSet_tam(servidor->servicos) >= privado(servidor).limiteDeServicos.load()) {
+        quantosContam(servidor) >= privado(servidor).limiteDeServicos.load()) {
         lanca(YExcSoap_rtti, "Limite de serviços ativos atingido."_l1, FONTE);
     }
     if (entrada != Entrada::TEMPORARIA) {
-        conservaIdentidade(servico);
+        conservaIdentidade(&servico, &registro);
     }
-    YSet_poe(servidor->servicos, servico);
-    YSoapServer *nenhum = nullptr;
-    servidorDe(*servico).compare_exchange_strong(nenhum, servidor);
-    YWebService_protelaDerrubada(servico);
-    return pino;
+    YSet_poe(servidor->servicos, &servico);
+    YSoapServer *onde = nullptr;
+    if (!registro.conjunto.compare_exchange_strong(onde, servidor) && onde != servidor) {
+        YSet_remove(servidor->servicos, &servico);
+        return false;
+    }
+    const bool temporario = entrada == Entrada::TEMPORARIA;
+    privado(servidor).temporarios += temporario ? 1 : 0;
+    privado(servidor).temporarios -= std::exchange(registro.temporario, temporario) ? 1 : 0;
+    servidorDe(servico).store(servidor);
+    YWebService_protelaDerrubada(&servico);
+    return true;
 }
 
-Pino soap::pinaVivo(YSoapServer *servidor, void *ponteiro) {
-    const TrancaDoRegistro tranca(servidor);
-    if (servidor->servicos == nullptr || YSet_tem(servidor->servicos, ponteiro) == 0) {
-        return {};
+} // namespace
+
+Pino soap::entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada entrada) {
+    for (;;) {
+        Pino pino(*servico); // goes after the lock
+        {
+            const TrancaDoRegistro tranca(servidor);
+            if (servidor->servicos == nullptr) {
+                lanca(YExcSoap_rtti, "O servidor está sendo liberado."_l1, FONTE);
+            }
+            if (!pino || tentaEntrar(servidor, pino, entrada)) {
+                return pino;
+            }
+        }
+        saiDoConjunto(*servico); // under that set's lock alone; another thread may move it meanwhile
     }
-    return Pino(*static_cast<YWebService *>(ponteiro));
 }
 
-void soap::derruba(YSoapServer *servidor, Pino &pino) {
+void soap::saiDoConjunto(YWebService &servico) {
+    Registro &registro = registroDe(servico);
+    while (YSoapServer *servidor = registro.conjunto.load()) {
+        const TrancaDoRegistro tranca(servidor);
+        if (tira(servidor, registro)) {
+            return;
+        }
+    }
+}
+
+Pino soap::pinaVivo(YSoapServer *servidor, const char *identidade) {
+    Pino pino = Pino::daIdentidade(identidade);
+    return pino && pino.registro().conjunto.load() == servidor ? std::move(pino) : Pino();
+}
+
+void soap::derruba(YSoapServer *servidor, const Pino &pino) {
     const TrancaDoRegistro tranca(servidor);
-    if (pino.vivo() && YSoapServer_removeServico(servidor, pino.servico()) != 0) {
-        pino.condena();
+    if (pino.vivo() && tira(servidor, pino.registro())) {
+        pino.registro().palavra.fetch_or(Registro::CONDENADO);
+    }
+}
+
+void soap::abandonaTemporario(YSoapServer *servidor, const Pino &pino) {
+    const TrancaDoRegistro tranca(servidor);
+    if (!pino.vivo() || pino.registro().conjunto.load() != servidor) {
+        return; // the handler took it
+    }
+    if (privado(servidor).temporarios > privado(servidor).limiteDeServicos.load()) {
+        tira(servidor, pino.registro());
+        pino.registro().palavra.fetch_or(Registro::CONDENADO);
+    } else {
+        YWebService_setMomentoLimite(pino.servico(), std::time(nullptr));
     }
 }
 
 void soap::varre(YSoapServer *servidor) {
-    std::vector<Pino> vencidos; // freed as it goes, after the lock
+    Fila vencidos; // freed after the lock
     const TrancaDoRegistro tranca(servidor);
     if (servidor->servicos == nullptr || YSet_tam(servidor->servicos) == 0) {
         return;
@@ -55,34 +116,35 @@ void soap::varre(YSoapServer *servidor) {
     const std::int64_t agora = std::time(nullptr);
     for (YSetIt it = YSet_inicio(servidor->servicos); it != YSet_fim(servidor->servicos);) {
         auto *servico = static_cast<YWebService *>(*it);
-        const std::int64_t limite = momentoDe(*servico).load(std::memory_order_relaxed);
+        const std::int64_t limite = momentoDe(*servico).load(); // whoever set it has let go of the object
         if (limite == 0 || agora <= limite) {
             it++;
             continue;
         }
-        vencidos.emplace_back(*servico);
-        YSet_remove(servidor->servicos, servico);
-        vencidos.back().condena();
+        Pino pino(*servico);
+        tira(servidor, registroDe(*servico));
+        if (pino) {
+            vencidos.poe(std::move(pino));
+        }
     }
 }
 
+// All are condemned before the first goes, as its destructor may free another one.
 void soap::esvazia(YSoapServer *servidor) {
+    Fila todos;
     YSet *servicos = nullptr;
     {
         const TrancaDoRegistro tranca(servidor);
+        while (YSet_tam(servidor->servicos) != 0) {
+            auto *servico = static_cast<YWebService *>(YSet_fim(servidor->servicos)[-1]);
+            Pino pino(*servico);
+            tira(servidor, registroDe(*servico));
+            if (pino) {
+                todos.poe(std::move(pino));
+            }
+        }
         servicos = std::exchange(servidor->servicos, nullptr);
     }
-    // All are pinned before the first goes, as its destructor may free another one; the pins stand in the
-    // set's own slots, so that ending a server takes no memory.
-    for (YSetIt it = YSet_inicio(servicos); it != YSet_fim(servicos); it++) {
-        Pino pino(*static_cast<YWebService *>(*it));
-        pino.condena();
-        *it = pino.cede();
-    }
-    for (YSetIt it = YSet_inicio(servicos); it != YSet_fim(servicos); it++) {
-        const Pino pino = Pino::adota(*it);
-    }
-    YSet_clear(servicos);
     YliberaObjeto(servicos);
 }
 
@@ -92,7 +154,11 @@ void YSoapServer_registraServico(YSoapServer *servidor, YWebService *servico) {
 
 int32_t YSoapServer_removeServico(YSoapServer *servidor, YWebService *servico) {
     const TrancaDoRegistro tranca(servidor);
-    return servidor->servicos != nullptr ? YSet_remove(servidor->servicos, servico) : 0;
+    if (!tira(servidor, registroDe(*servico))) {
+        return 0;
+    }
+    servidorDe(*servico).store(nullptr);
+    return 1;
 }
 
 uint64_t YSoapServer_getServicos(YSoapServer *servidor) {
@@ -103,6 +169,9 @@ uint64_t YSoapServer_getServicos(YSoapServer *servidor) {
 // ---- Port types ----
 
 YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoPortType *definicao) {
+    if (definicao->nome == nullptr) {
+        lanca(YExcSoap_rtti, "PortType sem nome."_l1, FONTE);
+    }
     // Whole before it is published: no call sees half a port type.
     Dono<YPortType> novo = cria<YPortType>(YPortType_rtti, FONTE);
     YPortType_setWsdl(novo.get(), definicao->wsdl);

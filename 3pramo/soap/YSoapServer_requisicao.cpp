@@ -8,6 +8,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <cxxabi.h>
 
 using namespace pramo;
 using namespace pramo::soap;
@@ -62,12 +63,31 @@ void emiteTextoDaFalha(YStream *saida, const std::string &descricao) {
     }
 }
 
-// In a catch block: the exception in flight as a fault.
+// In a catch block: what the client is told of the exception in flight. The text of one that is not the
+// library's was not written for it (it may hold a statement with a card number): it goes to the log, masked.
+std::string descricaoParaOCliente() {
+    try {
+        throw;
+    } catch (const abi::__forced_unwind &) {
+        throw;
+    } catch (const YExcecao &e) {
+        return e.descricao();
+    } catch (...) {
+        registraTexto(Y_LOG_ERRO, mascaraDadosDeCartao("YSoapServer: " + excecaoCorrente().descricao()));
+        return YExcecao(YExc_rtti, "", "Erro interno."_l1, FONTE, __LINE__).descricao();
+    }
+}
+
 void emiteFalha(YStream *saida) {
-    const std::string descricao = excecaoCorrente().descricao();
+    const std::string descricao = descricaoParaOCliente();
     acrescenta(*saida, INICIO_DA_FALHA);
     emiteTextoDaFalha(saida, descricao);
     acrescenta(*saida, FIM_DA_FALHA);
+}
+
+YTratadorHttp tratadorAnterior(const YSoapServer *servidor) {
+    const Tranca tranca(privado(servidor).trinco);
+    return servidor->tratadorAnterior;
 }
 
 void registraCorpo(const char *sentido, const char *portType, const char *metodo, const YStream *corpo) {
@@ -112,6 +132,6 @@ void soap::trataRequisicao(void *contexto, char *uri, YMensagemHttp *requisicao,
         YDIC_guarda(resposta->header, "Content-Type", TIPO_XML);
         return;
     }
-    const YTratadorHttp anterior = servidor->tratadorAnterior;
+    const YTratadorHttp anterior = tratadorAnterior(servidor);
     anterior.funcao(anterior.contexto, uri, requisicao, resposta);
 }

@@ -2,7 +2,9 @@
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/http/YMensagemHttp_interno.hpp>
 
+#include <algorithm>
 #include <string>
 
 using namespace pramo;
@@ -12,6 +14,17 @@ namespace {
 
 constexpr std::size_t MAIOR_NOME_DE_MACRO = 31;
 
+/// What a client sends goes into a document that others may read: a host is a name or an address with its
+/// port, and no field holds what would be markup.
+bool podeEntrar(std::string_view campo, std::string_view valor) {
+    const bool host = iguaisSemCaixa(campo, "Host");
+    return std::all_of(valor.begin(), valor.end(), [&](char c) {
+        const bool deNome = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                            std::string_view(".-_:[]").find(c) != std::string_view::npos;
+        return host ? deNome : std::string_view("<>&\"'").find(c) == std::string_view::npos;
+    });
+}
+
 const char *valorDaMacro(const YDIC *macros, const YDIC *header, std::string_view nome) {
     const bool doHeader = nome.starts_with('*');
     nome.remove_prefix(doHeader ? 1 : 0);
@@ -19,6 +32,10 @@ const char *valorDaMacro(const YDIC *macros, const YDIC *header, std::string_vie
     const char *valor = YDIC_recupera(doHeader ? header : macros, chave.c_str());
     if (valor == nullptr) {
         lanca(YExcSoap_rtti, "Macro desconhecida em WSDL."_l1, FONTE);
+    }
+    if (doHeader && !podeEntrar(chave, valor)) {
+        YContextoTry_printf("campo: %s. ", chave.c_str());
+        lanca(YExcSoap_rtti, "Valor inválido para o WSDL."_l1, FONTE);
     }
     return valor;
 }

@@ -2,27 +2,37 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YIdentidade_interno.hpp>
-#include <3pramo/foundation/YObLOG.h>
-#include <3pramo/soap/YSoapServer.h>
+#include <3pramo/soap/YSoapServer_interno.hpp>
 
 #include <ctime>
 
 using namespace pramo;
+using pramo::soap::saiDoConjunto;
 
 namespace {
 
 constexpr std::int64_t VIDA_SEM_CHAMADAS = 1800; // seconds
 
+void constroiServico(void *objeto) {
+    auto *servico = static_cast<YWebService *>(objeto);
+    servico->privado = semFaltaDeMemoria("YWebService", [&] { return new Registro(servico); });
+}
+
 void destroiServico(void *objeto) {
     auto *servico = static_cast<YWebService *>(objeto);
-    if (YSoapServer *servidor = servidorDe(*servico).load()) {
-        YSoapServer_removeServico(servidor, servico);
-    }
+    Registro &registro = registroDe(*servico);
+    saiDoConjunto(*servico); // it is still there only when a derived class's constructor failed
     esqueceIdentidade(servico);
-    auto *registro = static_cast<Registro *>(servico->privado);
-    if (registro != nullptr && (registro->palavra.fetch_or(Registro::MORTO) & Registro::PINOS) == 0) {
-        delete registro;
+    if ((registro.palavra.fetch_or(Registro::MORTO) & Registro::PINOS) == 0) {
+        delete &registro;
     }
+}
+
+/// The object leaves its live set at once and goes when nobody uses it.
+bool podeLiberar(void *objeto) {
+    auto &servico = *static_cast<YWebService *>(objeto);
+    saiDoConjunto(servico);
+    return (registroDe(servico).palavra.fetch_or(Registro::CONDENADO) & Registro::PINOS) == 0;
 }
 
 // The accessors of a const object read through the same atomic reference.
@@ -32,8 +42,10 @@ YWebService &mutavel(const YWebService *servico) {
 
 } // namespace
 
-const YRtti YWebService_definicaoRtti = {YOb_rtti, "YWebService", sizeof(YWebService), nullptr,
+const YRtti YWebService_definicaoRtti = {YOb_rtti, "YWebService", sizeof(YWebService), constroiServico,
                                          destroiServico};
+
+static const AntesDeLiberar liberacaoDoServico(YWebService_definicaoRtti, podeLiberar);
 
 const YRtti *YWebService_rtti(void) {
     return &YWebService_definicaoRtti;
@@ -41,11 +53,21 @@ const YRtti *YWebService_rtti(void) {
 
 // ---- Pins ----
 
-Registro &pramo::registroDe(YWebService &servico) {
-    if (servico.privado == nullptr) {
-        servico.privado = semFaltaDeMemoria("YWebService", [&] { return new Registro{0, &servico}; });
+bool Registro::pina() {
+    std::uint32_t antes = palavra.load();
+    while ((antes & (CONDENADO | MORTO)) == 0) {
+        if (palavra.compare_exchange_weak(antes, antes + 1)) {
+            return true;
+        }
     }
-    return *static_cast<Registro *>(servico.privado);
+    return false;
+}
+
+Pino Pino::daIdentidade(const char *texto) {
+    Pino pino;
+    pino.registro_ = static_cast<Registro *>(
+        pinaIdentidade(texto, [](void *registro) { return static_cast<Registro *>(registro)->pina(); }));
+    return pino;
 }
 
 Pino::~Pino() {
@@ -56,16 +78,12 @@ Pino::~Pino() {
     }
 }
 
-void Pino::condena() {
-    esqueceIdentidade(registro_->servico);
-    registro_->palavra.fetch_or(Registro::CONDENADO);
-}
-
 void Pino::solta() {
     Registro *registro = std::exchange(registro_, nullptr);
     if (registro == nullptr) {
         return;
     }
+    YWebService *servico = registro->servico;
     const std::uint32_t antes = registro->palavra.fetch_sub(1);
     if ((antes & Registro::PINOS) > 1) {
         return;
@@ -73,7 +91,21 @@ void Pino::solta() {
     if ((antes & Registro::MORTO) != 0) {
         delete registro;
     } else if ((antes & Registro::CONDENADO) != 0) {
-        YliberaObjeto(registro->servico);
+        YliberaObjeto(servico);
+    }
+}
+
+void Fila::poe(Pino pino) {
+    Registro *registro = std::exchange(pino.registro_, nullptr);
+    registro->palavra.fetch_or(Registro::CONDENADO);
+    registro->proximo = std::exchange(primeiro_, registro);
+}
+
+Fila::~Fila() {
+    while (primeiro_ != nullptr) {
+        Pino pino;
+        pino.registro_ = primeiro_;
+        primeiro_ = primeiro_->proximo;
     }
 }
 
@@ -92,13 +124,13 @@ int64_t YWebService_getMomentoLimite(const YWebService *servico) {
 }
 
 void YWebService_setSoapServer(YWebService *servico, YSoapServer *servidor) {
-    if (YSoapServer *antigo = servidorDe(*servico).load()) {
-        YSoapServer_removeServico(antigo, servico);
-    }
-    servidorDe(*servico).store(servidor);
     if (servidor != nullptr) {
         YSoapServer_registraServico(servidor, servico);
+        return;
     }
+    saiDoConjunto(*servico);
+    servidorDe(*servico).store(nullptr);
+    registroDe(*servico).palavra.fetch_and(~Registro::CONDENADO); // the library frees it no more
 }
 
 YSoapServer *YWebService_getSoapServer(const YWebService *servico) {

@@ -2,13 +2,22 @@
  *
  * An application derives its service classes from it: the descriptor names YWebService_rtti as the parent,
  * the struct begins with YWebService. A service object is in the live set of its server: clients can name it
- * in "eu", and the server frees it when its deadline has passed or when the server is freed. Two connections
- * may call the same object at once; handlers protect what they share. An object in use by a call is not freed
- * by "destroi", the sweep or the server before its last call has returned. An application that frees a
- * published object itself first takes it out with YWebService_setSoapServer(servico, NULL), or does so in a
- * handler called on it.
+ * in "eu". Two connections may call the same object at once; handlers protect what they share.
  *
- * The deadline and the server may be read and set from any thread while the object lives. */
+ * Who frees it. An object in a live set belongs to the server, which ends it for "destroi", after its
+ * deadline, and when the server is freed. An object in none belongs to the application. The application takes
+ * one out with YWebService_setSoapServer(servico, NULL), and ends one with YliberaObjeto, which takes it out
+ * too. Either is safe in a handler that is called on the object, whatever other connections do meanwhile.
+ * Anywhere else it is for an object that nobody else can end: one whose identity no client has, without a
+ * deadline, and whose server lives.
+ *
+ * When it goes. However it is ended, an object leaves its live set at once, so that no further call reaches
+ * it, and its destructors run when the last call on it has returned: at once when there is none. Until then
+ * it keeps its identity and its server. Once its end has begun it enters no live set again; only taking it
+ * out in a handler undoes an end that "destroi" or the sweep has begun.
+ *
+ * The deadline and the server may be read and set from any thread while the object lives; threads that put
+ * one object into different servers leave it in the one that came last. */
 #ifndef Y3PRAMO_SOAP_YWEBSERVICE_H
 #define Y3PRAMO_SOAP_YWEBSERVICE_H
 
@@ -40,7 +49,8 @@ Y_EXPORTA void YWebService_setMomentoLimite(YWebService *servico, int64_t moment
 Y_EXPORTA int64_t YWebService_getMomentoLimite(const YWebService *servico);
 
 /* Takes the object out of its server's live set, if it has one, and puts it into the other's, if that is not
- * null, with a new deadline. After null the object belongs to the caller again. */
+ * null, with a new deadline; raises as YSoapServer_registraServico does. After null the object belongs to the
+ * caller, and the library does not free it. */
 Y_EXPORTA void YWebService_setSoapServer(YWebService *servico, struct YSoapServer *servidor);
 Y_EXPORTA struct YSoapServer *YWebService_getSoapServer(const YWebService *servico);
 

@@ -1,4 +1,4 @@
-// How a service object is kept alive while calls use it.
+// How a service object is kept alive while calls use it, and who frees it.
 #ifndef Y3PRAMO_SOAP_YWEBSERVICE_INTERNO_HPP
 #define Y3PRAMO_SOAP_YWEBSERVICE_INTERNO_HPP
 
@@ -9,31 +9,43 @@
 
 namespace pramo {
 
-/// The fate of one service object. It may outlive the object: whoever still holds a pin learns from it that
-/// the object is gone, whatever lives at its address by then.
+/// The fate of one service object, made and freed with it; a pin that outlives the object keeps the record,
+/// and learns from it that the object is gone, whatever lives at its address by then.
 ///
-/// `palavra` counts the pins and holds two marks. CONDENADO: out of the live set, to be freed by the last pin
-/// that goes. MORTO: the object's destructor has run. A condemned object gets no new pins.
+/// `palavra` counts the pins and holds two marks. CONDENADO: to be freed by the last pin that goes; it gets
+/// no new pins. MORTO: the object's destructor has run.
+///
+/// `conjunto` is the server in whose live set the object is, null for none. It changes under that server's
+/// registry lock: from null when the object enters, to null when it leaves. So an object is in one live set
+/// at the most, however many threads move it.
 struct Registro {
     static constexpr std::uint32_t CONDENADO = 1U << 30;
     static constexpr std::uint32_t MORTO = 1U << 31;
     static constexpr std::uint32_t PINOS = CONDENADO - 1;
 
+    explicit Registro(YWebService *de) : servico(de) {}
+
     std::atomic<std::uint32_t> palavra{0};
-    YWebService *servico;
+    std::atomic<YSoapServer *> conjunto{nullptr};
+    YWebService *const servico;
+    bool temporario = false;     // in the live set for one call only; guarded by that set's lock
+    Registro *proximo = nullptr; // in a Fila; its pin's
 
     [[nodiscard]] bool tem(std::uint32_t marca) const { return (palavra.load() & marca) != 0; }
+    /// Counts one pin more, unless the object is on its way out.
+    bool pina();
 };
 
-/// The object's record, made on first use. Raises YExc "Memória insuficiente.".
-Registro &registroDe(YWebService &servico);
+inline Registro &registroDe(const YWebService &servico) {
+    return *static_cast<Registro *>(servico.privado);
+}
 
-/// Keeps a service object from being freed by the library. Taken under the registry lock of the server whose
-/// live set the object is in.
+/// Keeps a service object from being freed; the last one to go frees what was condemned.
 class Pino {
 public:
     Pino() = default;
-    explicit Pino(YWebService &servico) : registro_(&registroDe(servico)) { registro_->palavra.fetch_add(1); }
+    /// Empty when the object is on its way out.
+    explicit Pino(const YWebService &servico) : Pino(registroDe(servico)) {}
     ~Pino();
     Pino(Pino &&outro) noexcept : registro_(std::exchange(outro.registro_, nullptr)) {}
     Pino &operator=(Pino &&outro) noexcept {
@@ -41,25 +53,36 @@ public:
         return *this;
     }
 
+    /// A pin of the object of this identity; empty for none.
+    static Pino daIdentidade(const char *texto);
+
+    [[nodiscard]] explicit operator bool() const { return registro_ != nullptr; }
+    [[nodiscard]] Registro &registro() const { return *registro_; }
     [[nodiscard]] YWebService *servico() const { return registro_ != nullptr ? registro_->servico : nullptr; }
     [[nodiscard]] bool vivo() const { return registro_ != nullptr && !registro_->tem(Registro::MORTO); }
-
-    /// The object is to be freed when its last pin goes; it must be out of its live set already.
-    void condena();
 
     /// Lets go now; raises what the object's destructor raises.
     void solta();
 
-    /// Gives the pin away, as a plain pointer from which `adota` makes it a pin again.
-    void *cede() { return std::exchange(registro_, nullptr); }
-    static Pino adota(void *cedido) {
-        Pino pino;
-        pino.registro_ = static_cast<Registro *>(cedido);
-        return pino;
-    }
+private:
+    friend class Fila;
+    explicit Pino(Registro &registro) : registro_(registro.pina() ? &registro : nullptr) {}
+
+    Registro *registro_ = nullptr;
+};
+
+/// Condemned objects, pinned until the queue goes and frees them; takes no memory.
+class Fila {
+public:
+    Fila() = default;
+    ~Fila();
+    Fila(const Fila &) = delete;
+    Fila &operator=(const Fila &) = delete;
+
+    void poe(Pino pino);
 
 private:
-    Registro *registro_ = nullptr;
+    Registro *primeiro_ = nullptr;
 };
 
 /// The deadline is read by the sweep while calls postpone it.

@@ -72,7 +72,7 @@ void falha(YWebService * /*servico*/, YNo * /*requisicao*/, YNo *resposta) {
 }
 
 void padrao(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*/) {
-    throw std::out_of_range("fora da faixa");
+    throw std::out_of_range("fora da faixa: 4111111111111111");
 }
 
 void estranha(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*/) {

@@ -92,23 +92,31 @@ TEST_F(SoapVida, umObjetoEmUsoTerminaASuaChamada) {
     Alvo::aberto = false;
     const std::string derrubado = naAlvo("constroi");
     const std::string vencido = naAlvo("constroi");
+    const std::string liberado = naAlvo("constroi");
     const auto ocupa = [&](const std::string &parametros) {
         Cliente cliente(servidor.porta());
         cliente.envia(apoio::pedidoSoap("Alvo", "espera", envelope("espera", parametros)));
         return cliente;
     };
     std::vector<Cliente> ocupados;
-    for (const std::string &parametros : {eu(derrubado), eu(vencido), std::string()}) {
+    for (const std::string &parametros : {eu(derrubado), eu(vencido), eu(liberado), std::string()}) {
         ocupados.push_back(ocupa(parametros));
     }
-    ASSERT_TRUE(acontece([] { return Alvo::dentro == 3; }));
+    ASSERT_TRUE(acontece([] { return Alvo::dentro == 4; }));
 
     EXPECT_EQ(naAlvo("destroi", eu(derrubado)), "");
+    auto *daAplicacao = static_cast<YWebService *>(YObStrToPtr(liberado.c_str()));
+    YWebService_setSoapServer(daAplicacao, nullptr);
+    YliberaObjeto(daAplicacao);
     EXPECT_EQ(naAlvo("vence", eu(vencido)), "");
     EXPECT_TRUE(acontece([&] { return servidor.vivos() == 1; })) << "out of the live set at once";
     EXPECT_EQ(naAlvo("total", eu(derrubado)), NAO_CONSTA);
     EXPECT_EQ(naAlvo("total", eu(vencido)), NAO_CONSTA);
-    EXPECT_EQ(Alvo::vivos, 3) << "but freed by the last call on it";
+    EXPECT_EQ(naAlvo("total", eu(liberado)), NAO_CONSTA);
+    EXPECT_EQ(Alvo::vivos, 4) << "but freed by the last call on it";
+    char identidade[Y_TAMANHO_IDENTIDADE];
+    YObPtrToStr(identidade, sizeof identidade, YObStrToPtr(derrubado.c_str()));
+    EXPECT_EQ(identidade, derrubado) << "which still knows it by its name";
 
     std::thread fim([&] { servidor.libera(); }); // it waits for the calls
     Alvo::aberto = true;
@@ -189,6 +197,9 @@ TEST_F(SoapVida, umRecomecoConservaOsObjetos) {
         YObThread_stop(servidor.get());
         EXPECT_EQ(YSoapServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 0) << "not alive";
         EXPECT_THROW(Cliente{porta}, std::system_error);
+        YSoapServer_setPorta(servidor.get(), 4321);
+        EXPECT_EQ(YSoapServer_getPorta(servidor.get()), 4321) << "of the next start";
+        YSoapServer_setPorta(servidor.get(), 0);
         servidor.inicia();
         EXPECT_EQ(naAlvo("total", eu(objeto)), "7");
     }
@@ -199,6 +210,7 @@ TEST_F(SoapVida, umRecomecoConservaOsObjetos) {
 }
 
 TEST_F(SoapVida, destruidoSobCarga) {
+    const apoio::Diario diario(0);
     for (int volta = 0; volta < 10; volta++) {
         ServidorSoap outro({apoio::definicaoDoAlvo()});
         Carga carga(6, [porta = outro.porta()] {
@@ -215,16 +227,30 @@ TEST_F(SoapVida, destruidoSobCarga) {
     }
 }
 
-void destroiOServidor(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
-    YliberaObjeto(YWebService_getSoapServer(servico));
+template <auto ACAO>
+void noServidor(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
+    ACAO(YWebService_getSoapServer(servico));
 }
 
-TEST_F(SoapVida, umTratadorNaoDestroiOSeuServidor) {
-    constexpr YDefinicaoMetodo metodos[] = {{"fim", destroiOServidor}, {nullptr, nullptr}};
+void paraEComeca(YObThread *thread) {
+    try {
+        YObThread_stop(thread);
+    } catch (const YExcecao &) {
+        YObThread_start(thread); // alive still: nothing to do
+        throw;
+    }
+}
+
+TEST_F(SoapVida, umTratadorNaoMudaAVidaDoSeuServidor) {
+    const YDefinicaoMetodo metodos[] = {
+        {"fim", noServidor<YliberaObjeto>}, {"para", noServidor<paraEComeca>}, {nullptr, nullptr}};
     const YDefinicaoPortType definicao = {"Fim", metodos, YWebService_rtti, nullptr, nullptr};
     YSoapServer_registraPortType(servidor.get(), &definicao);
-    EXPECT_EQ(chama(servidor.porta(), "Fim", "fim"), "YExc: Objeto em uso pela propria thread.");
-    EXPECT_EQ(naAlvo("soma", "<a>2</a><b>3</b>"), "5");
+    for (const char *metodo : {"fim", "para"}) {
+        EXPECT_EQ(chama(servidor.porta(), "Fim", metodo), "YExc: Objeto em uso pela propria thread.")
+            << metodo;
+        EXPECT_EQ(naAlvo("soma", "<a>2</a><b>3</b>"), "5");
+    }
 }
 
 TEST_F(SoapVida, fechaLogo) {
