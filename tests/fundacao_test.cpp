@@ -137,7 +137,8 @@ TEST(RegiaoProtegida, apanhaRelancaEDescreve) {
     YContextoTry_inicia(&c);
     YContextoTry_executa(&c, corpoPadrao, nullptr);
     YContextoTry_voltaContexto(&c);
-    EXPECT_THROW(YContextoTry_finaliza(&c), YExcecao) << "what no catch took is raised again";
+    EXPECT_THROW(YContextoTry_finaliza(&c), std::logic_error)
+        << "what no catch took is raised again as it was";
     EXPECT_THROW(YContextoTry_executa(&c, corpoCalmo, &n), YExcecao) << "the region has ended";
 }
 

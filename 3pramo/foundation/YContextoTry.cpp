@@ -1,6 +1,11 @@
 #include <3pramo/foundation/YContextoTry.h>
-#include <3pramo/foundation/YContextoTry_interno.hpp>
+#include <3pramo/foundation/YExc_daThread.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+
+#include <algorithm>
+#include <cxxabi.h>
+#include <new>
+#include <utility>
 
 using namespace pramo;
 
@@ -10,44 +15,72 @@ namespace {
 constexpr std::int32_t ABERTA = 1;
 constexpr std::int32_t FECHADA = 2;
 
-thread_local std::exception_ptr ultimaTratada;
-thread_local const YContextoTry *regiaoQueTrata = nullptr;
+// `pendente` is the exception itself, as it was raised: keeping it takes no memory. An empty one is zero.
+static_assert(sizeof(std::exception_ptr) == sizeof(YContextoTry::pendente));
 
-YExcecao *pendente(const YContextoTry *contexto) {
-    return static_cast<YExcecao *>(contexto->pendente);
+std::exception_ptr &pendente(YContextoTry *contexto) {
+    return *std::launder(reinterpret_cast<std::exception_ptr *>(&contexto->pendente));
+}
+
+/// The region handles nothing any more; nor do those begun within it, which were abandoned.
+void deixaDeTratar(const YContextoTry *contexto) {
+    Lembrancas *l = lembrancas();
+    if (l == nullptr) {
+        return;
+    }
+    const auto inicio = l->regioes.begin();
+    const auto fim = inicio + static_cast<std::ptrdiff_t>(l->abertas);
+    const auto achada =
+        std::find_if(inicio, fim, [contexto](const RegiaoQueTrata &r) { return r.regiao == contexto; });
+    l->abertas = static_cast<std::size_t>(achada - inicio);
+    std::fill(achada, fim, RegiaoQueTrata());
+}
+
+void passaATratar(const YContextoTry *contexto, const std::exception_ptr &excecao) {
+    Lembrancas *l = lembrancasOuNovas();
+    if (l == nullptr) {
+        return;
+    }
+    l->ultimaTratada = excecao;
+    if (l->abertas == l->regioes.size()) {
+        std::move(l->regioes.begin() + 1, l->regioes.end(), l->regioes.begin());
+        l->abertas--;
+    }
+    l->regioes[l->abertas++] = {contexto, excecao, std::current_exception()};
 }
 
 } // namespace
 
-std::exception_ptr pramo::excecaoDaRegiao(bool aberta) {
-    return !aberta || regiaoQueTrata != nullptr ? ultimaTratada : nullptr;
-}
-
 void YContextoTry_inicia(YContextoTry *contexto) {
+    deixaDeTratar(contexto);
     *contexto = {ABERTA, 0, nullptr};
+    new (&contexto->pendente) std::exception_ptr();
 }
 
 int YContextoTry_executa(YContextoTry *contexto, void (*corpo)(void *), void *argumento) {
-    if (contexto->estado != ABERTA || contexto->pendente != nullptr) {
+    if (contexto->estado != ABERTA || pendente(contexto) != nullptr) {
         lanca(YExc_rtti, "Região protegida não está aberta."_l1, "YContextoTry");
     }
     try {
         corpo(argumento);
         return 1;
+    } catch (const abi::__forced_unwind &) {
+        throw; // the thread ends
     } catch (...) {
-        contexto->pendente = new YExcecao(excecaoCorrente());
+        pendente(contexto) = std::current_exception();
         return 0;
     }
 }
 
 int YContextoTry_catch(YContextoTry *contexto, YFuncaoRtti classe) {
-    const YExcecao *e = pendente(contexto);
-    if (e == nullptr || !e->ehDaClasse(classe)) {
+    const std::exception_ptr &excecao = pendente(contexto);
+    if (excecao == nullptr || !traduz(excecao).ehDaClasse(classe)) {
         return 0;
     }
-    contexto->tratada = 1;
-    ultimaTratada = std::make_exception_ptr(*e);
-    regiaoQueTrata = contexto;
+    if (contexto->tratada == 0) {
+        contexto->tratada = 1;
+        passaATratar(contexto, excecao);
+    }
     return 1;
 }
 
@@ -56,17 +89,16 @@ void YContextoTry_voltaContexto(YContextoTry *contexto) {
 }
 
 void YContextoTry_finaliza(YContextoTry *contexto) {
-    const std::unique_ptr<YExcecao> excecao(pendente(contexto));
+    const std::exception_ptr excecao = std::exchange(pendente(contexto), nullptr);
     const bool tratada = contexto->tratada != 0;
     *contexto = {0, 0, nullptr};
-    if (regiaoQueTrata == contexto) {
-        regiaoQueTrata = nullptr;
-    }
+    deixaDeTratar(contexto);
     if (excecao != nullptr && !tratada) {
-        throw YExcecao(*excecao);
+        std::rethrow_exception(excecao);
     }
 }
 
 const char *YContextoTry_mensagem(const YContextoTry *contexto) {
-    return contexto->pendente != nullptr ? pendente(contexto)->what() : nullptr;
+    const std::exception_ptr &excecao = pendente(const_cast<YContextoTry *>(contexto));
+    return excecao != nullptr ? mensagemDe(excecao) : nullptr;
 }

@@ -32,7 +32,9 @@ typedef struct YContextoTry {
 Y_EXPORTA void YContextoTry_inicia(YContextoTry *contexto);
 
 /* Runs the body in the region: 1 when it returned, 0 when an exception ended it, which then is pending
- * in the context. A standard C++ exception arrives as YExc with its what() as message. */
+ * in the context as it was raised. For the functions below a standard C++ exception is of the class YExc with
+ * its what() as message, a std::bad_alloc with "Memória insuficiente.", any other one with "Exceção
+ * desconhecida.". Keeping it takes no memory. */
 Y_EXPORTA int YContextoTry_executa(YContextoTry *contexto, void (*corpo)(void *argumento), void *argumento);
 
 /* Nonzero when an exception is pending whose class is the given one or derives from it; it is then marked
@@ -43,7 +45,8 @@ Y_EXPORTA int YContextoTry_catch(YContextoTry *contexto, YFuncaoRtti classe);
  * reach the enclosing region by themselves. A pending exception stays pending until YContextoTry_finaliza. */
 Y_EXPORTA void YContextoTry_voltaContexto(YContextoTry *contexto);
 
-/* Ends the region: a pending exception that no catch took is raised again. */
+/* Ends the region: a pending exception that no catch took is raised again, the very one that left the body.
+ */
 Y_EXPORTA void YContextoTry_finaliza(YContextoTry *contexto);
 
 /* The message of the pending or handled exception, detail text in front, valid until

@@ -1,13 +1,14 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 
 #include <3pramo/foundation/Formato.hpp>
-#include <3pramo/foundation/YContextoTry_interno.hpp>
+#include <3pramo/foundation/YExc_daThread.hpp>
 #include <3pramo/foundation/YObLOG.h>
 #include <3pramo/foundation/YStream_interno.hpp>
 
 #include <cxxabi.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 using namespace pramo;
@@ -30,28 +31,33 @@ const YRtti *YExcNaoImplementado_rtti(void) {
 
 // ---- The exception itself ----
 
+namespace {
+
+// By themselves: clang 14 crashes on the literals within the lines that use them.
+constexpr const char *SEM_MEMORIA = "Memória insuficiente."_l1;
+constexpr const char *DESCONHECIDA = "Exceção desconhecida."_l1;
+
+} // namespace
+
+// Without texts when there is no memory for them: SEM_MEMORIA then stands for the message.
 YExcecao::YExcecao(YFuncaoRtti qual, const char *detalhe, const char *mensagem, const char *arquivo,
                    int linha)
     : classe_(qual), linha_(linha) {
-    // Made beforehand, for when there is no memory even for the texts.
-    // By itself: clang 14 crashes on the literal within the next line.
-    static const char *const FALTA = "Memória insuficiente."_l1;
-    static const auto semMemoria = std::make_shared<const Textos>(Textos{FALTA, "YExc"});
     try {
         textos_ = std::make_shared<const Textos>(Textos{std::string(detalhe) + mensagem, arquivo});
     } catch (const std::bad_alloc &) {
-        textos_ = semMemoria;
+        textos_ = nullptr;
     }
 }
 
 YExcecao::~YExcecao() = default;
 
 const char *YExcecao::what() const noexcept {
-    return textos_->mensagem.c_str();
+    return textos_ != nullptr ? textos_->mensagem.c_str() : SEM_MEMORIA;
 }
 
 const char *YExcecao::arquivo() const noexcept {
-    return textos_->arquivo.c_str();
+    return textos_ != nullptr ? textos_->arquivo.c_str() : "YExc";
 }
 
 bool YExcecao::ehDaClasse(YFuncaoRtti qual) const noexcept {
@@ -59,90 +65,139 @@ bool YExcecao::ehDaClasse(YFuncaoRtti qual) const noexcept {
 }
 
 std::string YExcecao::descricao() const {
-    return std::string(classe_()->name) + ": " + what() + " (" + arquivo() + ":" + std::to_string(linha_) +
-           ")";
+    return semFaltaDeMemoria("YExc", [this] {
+        return std::string(classe_()->name) + ": " + what() + " (" + arquivo() + ":" +
+               std::to_string(linha_) + ")";
+    });
 }
 
 // ---- Raising ----
 
 namespace {
 
-constexpr std::size_t MAXIMO_DO_DETALHE = 1000;
-thread_local std::string detalheDaThread;
+constexpr std::size_t MAXIMO_DO_DETALHE = std::size_t{64} * 1024;
+constexpr std::size_t FIM_DO_DETALHE = 64; // what is kept of the end of a longer one, its ". " above all
 
 } // namespace
 
 void YContextoTry_printf(const char *formato, ...) {
+    Lembrancas *l = lembrancasOuNovas();
+    if (l == nullptr) {
+        return;
+    }
+    l->detalhe.clear(); // an old one must not survive a failure
     va_list argumentos;
     va_start(argumentos, formato);
     std::string detalhe = semFaltaDeMemoria("YExc", [&] { return formataTexto(formato, argumentos); });
     va_end(argumentos);
-    detalhe.resize(std::min(detalhe.size(), MAXIMO_DO_DETALHE));
-    detalheDaThread = std::move(detalhe);
+    if (detalhe.size() > MAXIMO_DO_DETALHE) {
+        detalhe.erase(MAXIMO_DO_DETALHE - FIM_DO_DETALHE, detalhe.size() - MAXIMO_DO_DETALHE);
+    }
+    l->detalhe = std::move(detalhe);
 }
 
 void YContextoTry_throw(YFuncaoRtti classe, const char *mensagem, const char *arquivo, int linha) {
-    const std::string detalhe = std::exchange(detalheDaThread, std::string());
+    std::string detalhe;
+    if (Lembrancas *l = lembrancas()) {
+        detalhe.swap(l->detalhe);
+    }
     throw YExcecao(classe, detalhe.c_str(), mensagem, arquivo, linha);
+}
+
+// ---- Translating ----
+
+namespace {
+
+/// In a catch (...) block.
+const char *mensagemCorrente() {
+    try {
+        throw;
+    } catch (const abi::__forced_unwind &) {
+        throw;
+    } catch (const std::bad_alloc &) {
+        return SEM_MEMORIA;
+    } catch (const std::exception &e) {
+        return e.what();
+    } catch (...) {
+        return DESCONHECIDA;
+    }
+}
+
+} // namespace
+
+YExcecao pramo::excecaoCorrente() {
+    try {
+        throw;
+    } catch (const YExcecao &e) {
+        return e;
+    } catch (...) {
+        return {YExc_rtti, "", mensagemCorrente(), "YExc", __LINE__};
+    }
+}
+
+YExcecao pramo::traduz(const std::exception_ptr &excecao) {
+    try {
+        std::rethrow_exception(excecao);
+    } catch (...) {
+        return excecaoCorrente();
+    }
+}
+
+const char *pramo::mensagemDe(const std::exception_ptr &excecao) {
+    try {
+        std::rethrow_exception(excecao);
+    } catch (...) {
+        return mensagemCorrente();
+    }
 }
 
 // ---- Describing ----
 
 namespace {
 
-/// The exception that YExc_descreve_no_log speaks of: the one a protected region of C code handles now, else
-/// the one whose catch block is running, else the last that a region handled.
+/// The exception that YExc_descreve_no_log speaks of: what is handled innermost, by a C++ catch block or by a
+/// protected region of C code, else the last that a region handled.
 std::exception_ptr excecaoApanhada() {
-    if (std::exception_ptr emTratamento = excecaoDaRegiao(true)) {
-        return emTratamento;
-    }
-    if (std::exception_ptr corrente = std::current_exception()) {
+    const std::exception_ptr corrente = std::current_exception();
+    const Lembrancas *l = lembrancas();
+    if (l == nullptr) {
         return corrente;
     }
-    return excecaoDaRegiao(false);
-}
-
-std::string descricaoDa(const std::exception_ptr &excecao) {
-    try {
-        std::rethrow_exception(excecao);
-    } catch (...) {
-        return excecaoCorrente().descricao();
+    // A catch block that was entered after the region took its exception is within the region.
+    if (l->abertas > 0 && l->regioes[l->abertas - 1].corrente == corrente) {
+        return l->regioes[l->abertas - 1].tratada;
     }
+    return corrente != nullptr ? corrente : l->ultimaTratada;
 }
 
 } // namespace
 
 void YExc_descreve_no_log(void) {
     if (const std::exception_ptr excecao = excecaoApanhada()) {
-        YObLOG_masc_print(Y_LOG_ERRO, "%s", descricaoDa(excecao).c_str());
+        const YExcecao e = traduz(excecao);
+        YObLOG_masc_print(Y_LOG_ERRO, "%s: %s (%s:%d)", e.classe()->name, e.what(), e.arquivo(), e.linha());
     }
 }
 
 void YExc_descreveEmStream(YStream *stream) {
     if (const std::exception_ptr excecao = excecaoApanhada()) {
-        acrescenta(*stream, descricaoDa(excecao));
+        acrescenta(*stream, traduz(excecao).descricao());
     }
 }
 
-YExcecao pramo::excecaoCorrente() {
-    try {
-        throw;
-    } catch (const abi::__forced_unwind &) {
-        throw;
-    } catch (const YExcecao &e) {
-        return e;
-    } catch (const std::bad_alloc &) {
-        return {YExc_rtti, "", "Memória insuficiente."_l1, "YExc", __LINE__};
-    } catch (const std::exception &e) {
-        return {YExc_rtti, "", e.what(), "YExc", __LINE__};
-    } catch (...) {
-        return {YExc_rtti, "", "Exceção desconhecida."_l1, "YExc", __LINE__};
-    }
+std::size_t pramo::descreveExcecaoCorrente(char *buffer, std::size_t tamanho) {
+    const YExcecao e = excecaoCorrente();
+    const int inteira =
+        std::snprintf(buffer, tamanho, "%s: %s (%s:%d)", e.classe()->name, e.what(), e.arquivo(), e.linha());
+    return tamanho != 0 ? std::min(static_cast<std::size_t>(inteira), tamanho - 1) : 0;
 }
 
 void pramo::registraExcecaoCorrente(const char *onde) {
     const YExcecao e = excecaoCorrente();
-    YObLOG_masc_print(Y_LOG_ERRO, "%s: %s", onde, e.descricao().c_str());
+    YObLOG_masc_print(Y_LOG_ERRO, "%s: %s: %s (%s:%d)", onde, e.classe()->name, e.what(), e.arquivo(),
+                      e.linha());
 }
 
-void pramo::esqueceExcecoes() noexcept {}
+void pramo::registraExcecaoAdiada(const char *onde) {
+    registraExcecaoCorrente(onde);
+}

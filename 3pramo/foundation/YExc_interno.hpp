@@ -5,6 +5,8 @@
 #include <3pramo/foundation/YExcecao.hpp>
 #include <3pramo/foundation/latin1.hpp>
 
+#include <cstddef>
+#include <exception>
 #include <new>
 
 namespace pramo {
@@ -30,15 +32,33 @@ auto semFaltaDeMemoria(const char *fonte, FUNCAO funcao, int linha = __builtin_L
 }
 
 /// In a catch (...) block: the exception in flight as one of ours; a standard one becomes YExc with its
-/// what(), anything else YExc "Exceção desconhecida.". The forced unwinding of a cancelled thread is passed
-/// on.
+/// what(), anything else YExc "Exceção desconhecida.". The forced unwinding of a thread that ends is passed
+/// on; nothing else is raised, also when there is no memory for the texts.
 YExcecao excecaoCorrente();
 
-/// Forgets this thread's detail text and last handled exception.
-void esqueceExcecoes() noexcept;
+/// The same of an exception that is kept.
+YExcecao traduz(const std::exception_ptr &excecao);
 
-/// In a catch (...) block: logs the exception in flight as an error. `onde` says what it ended.
+/// The message of an exception that is kept; lives as long as the exception.
+const char *mensagemDe(const std::exception_ptr &excecao);
+
+/// In a catch (...) block: writes what YExcecao::descricao gives for the exception in flight into the
+/// buffer, zero-terminated and cut to its size; gives the length written. Takes no memory and raises nothing,
+/// but for the forced unwinding of a thread that ends.
+std::size_t descreveExcecaoCorrente(char *buffer, std::size_t tamanho);
+
+/// In a catch (...) block: logs the exception in flight as an error; works without memory. `onde` says what
+/// it ended. Passes on the forced unwinding of a thread that ends, and that of a log sink that ends its
+/// thread.
 void registraExcecaoCorrente(const char *onde);
+
+/// The same from a destructor or a noexcept function: a sink of the application gets the record with the
+/// next one.
+void registraExcecaoAdiada(const char *onde);
+
+/// Forgets the detail text and the handled exceptions of the calling thread: for a thread that goes on to
+/// work for somebody else.
+void esqueceExcecoes() noexcept;
 
 } // namespace pramo
 

@@ -14,7 +14,8 @@
 ///     catch (const YExcecao &e) { if (!e.ehDaClasse(YExcSoap_rtti)) throw; ... }
 class Y_EXPORTA YExcecao : public std::exception {
 public:
-    /// Copies the texts. `detalhe` goes in front of the message.
+    /// Copies the texts. `detalhe` goes in front of the message. Never raises: without memory for the copies
+    /// the message is "Memória insuficiente." and the source "YExc".
     YExcecao(YFuncaoRtti qual, const char *detalhe, const char *mensagem, const char *arquivo, int linha);
     ~YExcecao() override;
     YExcecao(const YExcecao &) noexcept = default;
@@ -29,7 +30,7 @@ public:
     /// True when the exception's class is `qual` or derives from it.
     [[nodiscard]] bool ehDaClasse(YFuncaoRtti qual) const noexcept;
 
-    /// "CLASS: MESSAGE (SOURCE:LINE)", ISO-8859-1.
+    /// "CLASS: MESSAGE (SOURCE:LINE)", ISO-8859-1. Raises YExcecao "Memória insuficiente.".
     [[nodiscard]] std::string descricao() const;
 
 private:
@@ -39,7 +40,8 @@ private:
     };
 
     YFuncaoRtti classe_;
-    std::shared_ptr<const Textos> textos_; // shared, so that copying an exception in flight cannot fail
+    // Shared, so that copying an exception in flight cannot fail; null when there was no memory for them.
+    std::shared_ptr<const Textos> textos_;
     int linha_;
 };
 

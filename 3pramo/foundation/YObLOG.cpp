@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <string>
 
 using namespace pramo;
 
@@ -29,7 +30,7 @@ Log &registro() {
 // True while this thread is inside the sink.
 thread_local bool naSaida = false;
 
-std::string escapa(const std::string &texto) {
+std::string escapa(std::string_view texto) {
     std::string linha;
     linha.reserve(texto.size());
     for (const char c : texto) {
@@ -96,7 +97,7 @@ void entrega(int mascara, const std::string &linha) {
 
 } // namespace
 
-void pramo::registraTexto(int mascara, const std::string &texto) noexcept {
+void pramo::registraTexto(int mascara, std::string_view texto) {
     if ((YObLOG_habilitadas() & mascara) == 0) {
         return;
     }
@@ -106,6 +107,10 @@ void pramo::registraTexto(int mascara, const std::string &texto) noexcept {
         // Logging never fails its caller.
         escreveNoErroPadrao(mascara, "(registro perdido)");
     }
+}
+
+void pramo::registraAdiado(int mascara, std::string_view texto) noexcept {
+    registraTexto(mascara, texto);
 }
 
 void YObLOG_masc_print(int mascara, const char *formato, ...) {
