@@ -2,21 +2,20 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 
+#include <cerrno>
 #include <cstdio>
 #include <locale.h>
+#include <new>
 
 namespace pramo {
 
 namespace {
 
-locale_t localeC() {
-    static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
-    return c;
-}
+const locale_t C = newlocale(LC_ALL_MASK, "C", nullptr); // the system's own, which takes no memory
 
 } // namespace
 
-LocaleC::LocaleC() : anterior_(uselocale(localeC())) {}
+LocaleC::LocaleC() : anterior_(uselocale(C)) {}
 
 LocaleC::~LocaleC() {
     uselocale(static_cast<locale_t>(anterior_));
@@ -25,6 +24,9 @@ LocaleC::~LocaleC() {
 std::size_t formataEm(char *buffer, std::size_t tamanho, const char *formato, va_list argumentos) {
     const LocaleC c;
     const int escritos = std::vsnprintf(buffer, tamanho, formato, argumentos);
+    if (escritos < 0 && errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
     if (escritos < 0) {
         lanca(YExc_rtti, "Formato inválido."_l1, "YStream");
     }

@@ -2,7 +2,7 @@
 
 #include <3pramo/foundation/Formato.hpp>
 #include <3pramo/foundation/YExc_daThread.hpp>
-#include <3pramo/foundation/YObLOG.h>
+#include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
 
 #include <cxxabi.h>
@@ -199,5 +199,9 @@ void pramo::registraExcecaoCorrente(const char *onde) {
 }
 
 void pramo::registraExcecaoAdiada(const char *onde) {
-    registraExcecaoCorrente(onde);
+    char descricao[1024];
+    char texto[sizeof descricao + 128];
+    descreveExcecaoCorrente(descricao, sizeof descricao);
+    const int tamanho = std::snprintf(texto, sizeof texto, "%.100s: %s", onde, descricao);
+    registraAdiado(Y_LOG_ERRO, {texto, static_cast<std::size_t>(tamanho)});
 }

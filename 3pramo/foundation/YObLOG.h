@@ -1,6 +1,13 @@
 /* The log: one line a record, written when its mask is enabled.
  *
- * Only errors are enabled until an application enables more. May be called from any thread at any time. */
+ * Only errors are enabled until an application enables more. May be called from any thread at any time.
+ *
+ * Logging never holds up its caller for others: a record waits in a queue, and is delivered by the thread
+ * that wrote it unless another one is delivering, which then takes it along (128 records at most, before it
+ * goes on with its own work). So a sink that is slow, or does not return, holds one thread. The queue is of
+ * 1,024 records and 1 MiB at most; what does not fit is left out, and before the next record a line of the
+ * mask Y_LOG_ERRO tells how many: "Registros deixados de fora: 7.". Without memory a record is cut to 1,023
+ * bytes. In the child of a fork the log works on, with the records that were waiting. */
 #ifndef Y3PRAMO_FOUNDATION_YOBLOG_H
 #define Y3PRAMO_FOUNDATION_YOBLOG_H
 
@@ -26,10 +33,16 @@ Y_EXPORTA int YObLOG_habilita(int mascaras);
 Y_EXPORTA int YObLOG_habilitadas(void);
 
 /* Where records go: `funcao` is called with the context, the record's mask and the escaped text (zero-
- * terminated, no line end, valid during the call), one record at a time. It may log itself: such a record
- * goes to standard error. Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on standard
- * error, in UTF-8. When it returns, the sink that was set before is no longer running and will not be called
- * again (except when called from inside that sink). */
+ * terminated, no line end, valid during the call), one record at a time, in the order in which they were
+ * written. It may log itself: such a record goes to standard error, cut to 1,023 bytes. A record whose sink
+ * raises an exception of any kind goes there, too; a sink that ends its thread (pthread_exit) ends just that.
+ * Records from where that cannot be (the freeing of owned objects whose destructors fail) reach the sink with
+ * the next record, or when a connection ends.
+ * Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on standard error, in UTF-8. It never
+ * waits: what standard error (a pipe that nobody reads, say) does not take at once is left out and counted as
+ * above, and a reader that went away is no signal to the process.
+ * When it returns, the sink that was set before is no longer running and will not be called again (except
+ * when called from inside that sink). */
 typedef void (*YFuncaoLog)(void *contexto, int mascara, const char *texto);
 Y_EXPORTA void YObLOG_setSaida(YFuncaoLog funcao, void *contexto);
 

@@ -1,13 +1,15 @@
 // Functions run on threads of their own, which are kept for a while and used again.
 #include <3pramo/foundation/YObThread.h>
 
-#include <3pramo/foundation/Trinco.hpp>
+#include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YObLOG_interno.hpp>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <pthread.h>
-#include <vector>
+#include <utility>
 
 using namespace pramo;
 
@@ -22,29 +24,45 @@ struct Trabalho {
     void *argumento = nullptr;
 };
 
-/// One thread's place to wait for work; shared, so that whoever wakes it may do so after letting go of the
-/// lock.
-struct Ociosa {
+/// One thread's place to wait for work. Places are never freed, so that whoever wakes a thread may do so
+/// after letting go of the lock: at worst it wakes the next one that waits there, which waits on.
+struct Vaga {
     Condicao chegou;
     Trabalho trabalho;
+    Vaga *abaixo = nullptr;
 };
 
-using Vaga = std::shared_ptr<Ociosa>;
-
 struct Piscina {
-    Piscina() { ociosas.reserve(MAXIMO_DE_OCIOSAS); }
+    Piscina() noexcept {
+        const Tranca tranca(trinco);
+        noFilho();
+    }
+
+    /// In the child of a fork no thread waits; what is known of those that did, conditions included, is the
+    /// parent's.
+    void noFilho() Y_EXIGE(trinco) {
+        ociosas = livres = nullptr;
+        for (Vaga &vaga : vagas) {
+            new (&vaga) Vaga;
+            vaga.abaixo = std::exchange(livres, &vaga);
+        }
+    }
 
     Trinco trinco;
+    std::array<Vaga, MAXIMO_DE_OCIOSAS> vagas; // each is in one of the two lists, or was just given work
     // The last one in is the first one out: its stack is warm.
-    std::vector<Vaga> ociosas Y_GUARDADO_POR(trinco);
+    Vaga *ociosas Y_GUARDADO_POR(trinco) = nullptr;
+    Vaga *livres Y_GUARDADO_POR(trinco) = nullptr;
     std::uint64_t pilha Y_GUARDADO_POR(trinco) = std::uint64_t{1024} * 1024;
 };
 
-// Never destroyed: idle threads outlive main.
+Eterno<Piscina> unica;
+
 Piscina &piscina() {
-    static auto *const unica = new Piscina;
     return *unica;
 }
+
+const Bifurcavel<piscina> bifurcavel;
 
 void executa(const Trabalho &trabalho) {
     try {
@@ -52,54 +70,76 @@ void executa(const Trabalho &trabalho) {
     } catch (...) {
         registraExcecaoCorrente("YexecutaThread");
     }
+    // The thread's next work is somebody else's.
+    esqueceExcecoes();
+    entregaAdiados();
 }
 
-/// Waits for another function; false when none came.
-bool esperaTrabalho(const Vaga &eu) {
+void tira(Vaga *&lista, const Vaga *vaga) {
+    Vaga **lugar = &lista;
+    while (*lugar != vaga) {
+        lugar = &(*lugar)->abaixo;
+    }
+    *lugar = vaga->abaixo;
+}
+
+void poe(Vaga *&lista, Vaga *vaga) {
+    vaga->abaixo = std::exchange(lista, vaga);
+}
+
+/// Waits for another function; one without address when none came.
+Trabalho esperaTrabalho() {
     Piscina &p = piscina();
     const auto fim = std::chrono::steady_clock::now() + ESPERA_DA_OCIOSA;
     const Tranca tranca(p.trinco);
-    if (p.ociosas.size() >= MAXIMO_DE_OCIOSAS) {
-        return false;
+    Vaga *eu = p.livres;
+    if (eu == nullptr) {
+        return {};
     }
-    eu->trabalho.funcao = nullptr;
-    p.ociosas.push_back(eu);
+    p.livres = eu->abaixo;
+    poe(p.ociosas, eu);
     while (eu->trabalho.funcao == nullptr) {
         if (!eu->chegou.esperaAte(p.trinco, fim) && eu->trabalho.funcao == nullptr) {
-            std::erase(p.ociosas, eu);
-            return false;
+            tira(p.ociosas, eu);
+            break;
         }
     }
-    return true;
+    poe(p.livres, eu);
+    return std::exchange(eu->trabalho, {});
 }
 
 void *vidaDaThread(void *primeiro) {
-    const std::unique_ptr<Vaga> vaga(static_cast<Vaga *>(primeiro));
-    const Vaga eu = *vaga;
-    do {
-        executa(eu->trabalho);
-    } while (esperaTrabalho(eu));
+    Trabalho trabalho = *std::unique_ptr<Trabalho>(static_cast<Trabalho *>(primeiro));
+    while (trabalho.funcao != nullptr) {
+        executa(trabalho);
+        // Nobody ends it while it waits, which is in functions that no unwinding may leave.
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+        trabalho = esperaTrabalho();
+        pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+    }
     return nullptr;
 }
 
 /// Gives the work to an idle thread, which the caller then wakes; null when there is none.
-Vaga entregaAOciosa(Piscina &p, const Trabalho &trabalho) Y_EXIGE(p.trinco) {
-    if (p.ociosas.empty()) {
-        return nullptr;
+Vaga *entregaAOciosa(Piscina &p, const Trabalho &trabalho) Y_EXIGE(p.trinco) {
+    Vaga *ociosa = p.ociosas;
+    if (ociosa != nullptr) {
+        p.ociosas = ociosa->abaixo;
+        ociosa->trabalho = trabalho;
     }
-    Vaga ociosa = std::move(p.ociosas.back());
-    p.ociosas.pop_back();
-    ociosa->trabalho = trabalho;
     return ociosa;
 }
 
-bool criaThread(std::uint64_t pilha, Vaga *dela) {
+/// On success the thread frees `dela`.
+bool criaThread(std::uint64_t pilha, Trabalho *dela) {
     pthread_attr_t atributos;
-    pthread_attr_init(&atributos);
-    pthread_attr_setdetachstate(&atributos, PTHREAD_CREATE_DETACHED);
-    pthread_attr_setstacksize(&atributos, pilha);
+    if (dela == nullptr || pthread_attr_init(&atributos) != 0) {
+        return false;
+    }
     pthread_t thread{};
-    const bool criada = pthread_create(&thread, &atributos, vidaDaThread, dela) == 0;
+    const bool criada = pthread_attr_setdetachstate(&atributos, PTHREAD_CREATE_DETACHED) == 0 &&
+                        pthread_attr_setstacksize(&atributos, pilha) == 0 &&
+                        pthread_create(&thread, &atributos, vidaDaThread, dela) == 0;
     pthread_attr_destroy(&atributos);
     return criada;
 }
@@ -109,16 +149,14 @@ bool criaThread(std::uint64_t pilha, Vaga *dela) {
 void YexecutaThread(void (*funcao)(void *argumento), void *argumento) {
     Piscina &p = piscina();
     Tranca tranca(p.trinco);
-    const Vaga ociosa = entregaAOciosa(p, {funcao, argumento});
+    Vaga *const ociosa = entregaAOciosa(p, {funcao, argumento});
     const std::uint64_t pilha = p.pilha;
     tranca.solta(); // a thread woken under the lock would wait for it at once
     if (ociosa != nullptr) {
         ociosa->chegou.avisaUm();
         return;
     }
-    auto dela =
-        semFaltaDeMemoria("YObThread", [] { return std::make_unique<Vaga>(std::make_shared<Ociosa>()); });
-    (*dela)->trabalho = {funcao, argumento};
+    std::unique_ptr<Trabalho> dela(new (std::nothrow) Trabalho{funcao, argumento});
     if (!criaThread(pilha, dela.get())) {
         lanca(YExc_rtti, "Não foi possível criar a thread."_l1, "YObThread");
     }
