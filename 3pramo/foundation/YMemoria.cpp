@@ -1,10 +1,11 @@
-#include <3pramo/foundation/Trinco.hpp>
+#include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
 
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <unordered_map>
 
 namespace pramo {
@@ -14,7 +15,6 @@ std::atomic<bool> relatorioLigado{false};
 namespace {
 
 struct Anotacao {
-    std::uint64_t ordem;
     const char *classe;
     std::uint64_t tamanho;
     const char *arquivo;
@@ -23,15 +23,20 @@ struct Anotacao {
 
 struct Relatorio {
     Trinco trinco;
-    std::unordered_map<const void *, Anotacao> vivos Y_GUARDADO_POR(trinco);
-    std::uint64_t ordem Y_GUARDADO_POR(trinco) = 0;
+    std::map<std::uint64_t, Anotacao> vivos Y_GUARDADO_POR(trinco); // by the order they were made in
+    std::unordered_map<const void *, std::uint64_t> ordens Y_GUARDADO_POR(trinco);
+    std::uint64_t ordem Y_GUARDADO_POR(trinco) = 0; // of the next one
+
+    void noFilho() {}
 };
 
-// Never destroyed: other statics may free blocks after it.
+Eterno<Relatorio> unico;
+
 Relatorio &relatorio() {
-    static auto *const unico = new Relatorio;
     return *unico;
 }
+
+const Bifurcavel<relatorio> bifurcavel;
 
 } // namespace
 
@@ -39,7 +44,8 @@ void entraNoRelatorio(void *bloco, const char *classe, std::uint64_t tamanho, co
                       int linha) try {
     Relatorio &r = relatorio();
     const Tranca tranca(r.trinco);
-    r.vivos.insert_or_assign(bloco, Anotacao{r.ordem++, classe, tamanho, arquivo, linha});
+    r.ordens.insert_or_assign(bloco, r.ordem);
+    r.vivos.emplace_hint(r.vivos.end(), r.ordem++, Anotacao{classe, tamanho, arquivo, linha});
 } catch (const std::bad_alloc &) {
     // The block exists; only its entry is missing.
 }
@@ -47,7 +53,10 @@ void entraNoRelatorio(void *bloco, const char *classe, std::uint64_t tamanho, co
 void saiDoRelatorio(const void *bloco) {
     Relatorio &r = relatorio();
     const Tranca tranca(r.trinco);
-    r.vivos.erase(bloco);
+    if (const auto it = r.ordens.find(bloco); it != r.ordens.end()) {
+        r.vivos.erase(it->second);
+        r.ordens.erase(it);
+    }
 }
 
 void faltaMemoria(const char *fonte, int linha) {
@@ -114,6 +123,7 @@ void YMemoria_habilitaRelatorio(int ligado) {
     Relatorio &r = relatorio();
     const Tranca tranca(r.trinco);
     r.vivos.clear();
+    r.ordens.clear();
     relatorioLigado.store(ligado != 0, std::memory_order_relaxed);
 }
 
@@ -123,16 +133,33 @@ uint64_t YMemoria_vivos(void) {
     return r.vivos.size();
 }
 
-void YMemoria_relatorio(YFuncaoRelatorio funcao, void *contexto) {
-    std::map<std::uint64_t, Anotacao> emOrdem;
-    {
-        Relatorio &r = relatorio();
-        const Tranca tranca(r.trinco);
-        for (const auto &[bloco, anotacao] : r.vivos) {
-            emOrdem.emplace(anotacao.ordem, anotacao);
-        }
+namespace {
+
+/// The entry of `ordem`, or the next one before `fim`, whose order is then put there.
+std::optional<Anotacao> proxima(std::uint64_t &ordem, std::uint64_t fim) {
+    Relatorio &r = relatorio();
+    const Tranca tranca(r.trinco);
+    const auto it = r.vivos.lower_bound(ordem);
+    if (it == r.vivos.end() || it->first >= fim) {
+        return std::nullopt;
     }
-    for (const auto &[ordem, a] : emOrdem) {
-        funcao(contexto, a.classe, a.tamanho, a.arquivo, a.linha);
+    ordem = it->first;
+    return it->second;
+}
+
+std::uint64_t proximaOrdem() {
+    Relatorio &r = relatorio();
+    const Tranca tranca(r.trinco);
+    return r.ordem;
+}
+
+} // namespace
+
+void YMemoria_relatorio(YFuncaoRelatorio funcao, void *contexto) {
+    const std::uint64_t fim = proximaOrdem(); // others may go on making blocks
+    std::uint64_t ordem = 0;
+    while (const auto a = proxima(ordem, fim)) {
+        funcao(contexto, a->classe, a->tamanho, a->arquivo, a->linha);
+        ordem++;
     }
 }

@@ -88,8 +88,16 @@ void YSet_poeTudo(YSet *set, const YSet *outro) {
     if (set == outro) {
         return;
     }
-    for (YSetIt it = YSet_inicio(outro); it != YSet_fim(outro); YSetIt_anda(&it)) {
-        YSet_poe(set, *it);
+    const std::uint64_t antes = YSet_tam(set);
+    try {
+        for (YSetIt it = YSet_inicio(outro); it != YSet_fim(outro); YSetIt_anda(&it)) {
+            YSet_poe(set, *it);
+        }
+    } catch (const YExcecao &) {
+        while (YSet_tam(set) > antes) { // what is new stands last
+            YSet_remove(set, set->conteudo->elementos.back());
+        }
+        throw;
     }
 }
 

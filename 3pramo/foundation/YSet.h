@@ -23,7 +23,7 @@ Y_EXPORTA const YRtti *YSetQueDestroi_rtti(void);
 /* Adds the element if it is absent. Raises YExc "Memória insuficiente." and then holds what it held. */
 Y_EXPORTA void YSet_poe(YSet *set, void *elemento);
 
-/* Adds every element of the other set. */
+/* Adds every element of the other set. Raises YExc "Memória insuficiente." and then holds what it held. */
 Y_EXPORTA void YSet_poeTudo(YSet *set, const YSet *outro);
 
 /* Removes the element without freeing it: nonzero when it was there. */

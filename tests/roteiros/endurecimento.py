@@ -32,6 +32,8 @@ def main():
         "stack not executable": pilha and "E" not in pilha[1],
         "stack protector": "__stack_chk_fail" in importados,
         "_FORTIFY_SOURCE": args.tipo == "Debug" or any(n.endswith("_chk") for n in importados),
+        "no first use on a thread takes memory (thread_local with destructors, or made on demand)":
+            not importados & {"__cxa_thread_atexit", "__cxa_thread_atexit_impl", "__tls_get_addr"},
         f"no foreign libraries {sorted(alheias) or ''}": not alheias,
     }
     for prova, vale in provas.items():
