@@ -1,5 +1,6 @@
 #include <3pramo/foundation/YIdentidade_interno.hpp>
 
+#include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/Trinco.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
@@ -8,9 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <list>
-#include <new>
 #include <optional>
-#include <pthread.h>
 #include <sys/random.h>
 #include <unordered_map>
 #include <utility>
@@ -38,7 +37,7 @@ struct Entrada {
 class Tabela {
 public:
     void conserva(const void *ponteiro, void *registro) {
-        const Tranca tranca(trinco_);
+        const Tranca tranca(trinco);
         const auto [it, nova] =
             porPonteiro_.try_emplace(ponteiro, Entrada{std::nullopt, passageiras_.end(), registro});
         if (!nova && it->second.vez != passageiras_.end()) {
@@ -49,14 +48,14 @@ public:
     }
 
     void esquece(const void *ponteiro) {
-        const Tranca tranca(trinco_);
+        const Tranca tranca(trinco);
         if (const auto it = porPonteiro_.find(ponteiro); it != porPonteiro_.end()) {
             apaga(it);
         }
     }
 
     Ficha fichaDe(const void *ponteiro) {
-        const Tranca tranca(trinco_);
+        const Tranca tranca(trinco);
         auto it = porPonteiro_.find(ponteiro);
         if (it != porPonteiro_.end() && it->second.ficha) {
             return *it->second.ficha;
@@ -71,30 +70,27 @@ public:
     }
 
     const void *ponteiroDe(const Ficha &ficha) {
-        const Tranca tranca(trinco_);
+        const Tranca tranca(trinco);
         const auto it = porFicha_.find(ficha);
         return it != porFicha_.end() ? it->second->first : nullptr;
     }
 
     void *pina(const Ficha &ficha, bool (*aceita)(void *registro)) {
-        const Tranca tranca(trinco_);
+        const Tranca tranca(trinco);
         const auto it = porFicha_.find(ficha);
         void *registro = it != porFicha_.end() ? it->second->second.registro : nullptr;
         return registro != nullptr && aceita(registro) ? registro : nullptr;
     }
 
-    // In the child of a fork: what the parent fetched, the parent gives out too.
-    void trancaParaFork() Y_SEM_ANALISE { trinco_.tranca(); }
-    void soltaDepoisDoFork() Y_SEM_ANALISE { trinco_.solta(); }
-    void recomecaNoFilho() Y_SEM_ANALISE {
-        usadas_ = sorteadas_.size();
-        trinco_.solta();
-    }
+    // What the parent fetched, the parent gives out too.
+    void noFilho() Y_EXIGE(trinco) { usadas_ = sorteadas_.size(); }
+
+    Trinco trinco;
 
 private:
     using PorPonteiro = std::unordered_map<const void *, Entrada>;
 
-    PorPonteiro::iterator entraComoPassageira(const void *ponteiro) Y_EXIGE(trinco_) {
+    PorPonteiro::iterator entraComoPassageira(const void *ponteiro) Y_EXIGE(trinco) {
         if (passageiras_.size() >= MAXIMO_DE_PASSAGEIRAS) {
             apaga(porPonteiro_.find(passageiras_.front()));
         }
@@ -109,7 +105,7 @@ private:
         }
     }
 
-    void apaga(PorPonteiro::iterator it) Y_EXIGE(trinco_) {
+    void apaga(PorPonteiro::iterator it) Y_EXIGE(trinco) {
         if (it->second.ficha) {
             porFicha_.erase(*it->second.ficha);
         }
@@ -120,7 +116,7 @@ private:
     }
 
     // Random bits are fetched from the system in batches.
-    Ficha sorteia() Y_EXIGE(trinco_) {
+    Ficha sorteia() Y_EXIGE(trinco) {
         if (usadas_ == sorteadas_.size()) {
             auto *bytes = reinterpret_cast<unsigned char *>(sorteadas_.data());
             std::size_t lidos = 0;
@@ -136,21 +132,20 @@ private:
         return std::exchange(sorteadas_[usadas_++], Ficha{});
     }
 
-    Trinco trinco_;
-    PorPonteiro porPonteiro_ Y_GUARDADO_POR(trinco_);
-    std::unordered_map<Ficha, PorPonteiro::value_type *, EspalhaFicha> porFicha_ Y_GUARDADO_POR(trinco_);
-    std::list<const void *> passageiras_ Y_GUARDADO_POR(trinco_); // oldest first
-    std::array<Ficha, 16> sorteadas_ Y_GUARDADO_POR(trinco_){};
-    std::size_t usadas_ Y_GUARDADO_POR(trinco_) = 16;
+    PorPonteiro porPonteiro_ Y_GUARDADO_POR(trinco);
+    std::unordered_map<Ficha, PorPonteiro::value_type *, EspalhaFicha> porFicha_ Y_GUARDADO_POR(trinco);
+    std::list<const void *> passageiras_ Y_GUARDADO_POR(trinco); // oldest first
+    std::array<Ficha, 16> sorteadas_ Y_GUARDADO_POR(trinco){};
+    std::size_t usadas_ Y_GUARDADO_POR(trinco) = 16;
 };
 
-// Made while the library is loaded, never destroyed: statics of the application may still free service
-// objects.
-alignas(Tabela) unsigned char lugarDaTabela[sizeof(Tabela)];
-Tabela &tabela = *new (lugarDaTabela) Tabela;
+Eterno<Tabela> tabelaEterna;
 
-const int aoFazerFork = pthread_atfork([] { tabela.trancaParaFork(); }, [] { tabela.soltaDepoisDoFork(); },
-                                       [] { tabela.recomecaNoFilho(); });
+Tabela &tabela() {
+    return *tabelaEterna;
+}
+
+const Bifurcavel<tabela> bifurcavel;
 
 constexpr char HEX[] = "0123456789abcdef";
 
@@ -179,16 +174,16 @@ std::optional<Ficha> leFicha(std::string_view texto) {
 } // namespace
 
 void pramo::conservaIdentidade(const void *ponteiro, void *registro) {
-    semFaltaDeMemoria(FONTE, [&] { tabela.conserva(ponteiro, registro); });
+    semFaltaDeMemoria(FONTE, [&] { tabela().conserva(ponteiro, registro); });
 }
 
 void *pramo::pinaIdentidade(const char *texto, bool (*aceita)(void *registro)) {
     const std::optional<Ficha> ficha = leFicha(texto != nullptr ? texto : "");
-    return ficha ? tabela.pina(*ficha, aceita) : nullptr;
+    return ficha ? tabela().pina(*ficha, aceita) : nullptr;
 }
 
 void pramo::esqueceIdentidade(const void *ponteiro) noexcept {
-    tabela.esquece(ponteiro);
+    tabela().esquece(ponteiro);
 }
 
 void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
@@ -199,7 +194,7 @@ void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
     if (ponteiro == nullptr) {
         return;
     }
-    const Ficha ficha = semFaltaDeMemoria(FONTE, [&] { return tabela.fichaDe(ponteiro); });
+    const Ficha ficha = semFaltaDeMemoria(FONTE, [&] { return tabela().fichaDe(ponteiro); });
     for (std::size_t i = 0; i < DIGITOS; i++) {
         buffer[i] = HEX[ficha[i / 16] >> (60 - 4 * (i % 16)) & 15];
     }
@@ -209,5 +204,5 @@ void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
 void *YObStrToPtr(const char *texto) {
     const std::optional<Ficha> ficha = leFicha(texto != nullptr ? texto : "");
     // The table never writes through the pointer; it hands back what its caller gave.
-    return ficha ? const_cast<void *>(tabela.ponteiroDe(*ficha)) : nullptr;
+    return ficha ? const_cast<void *>(tabela().ponteiroDe(*ficha)) : nullptr;
 }

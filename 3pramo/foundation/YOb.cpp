@@ -98,7 +98,7 @@ void pramo::liberaSemLancar(void *objeto) noexcept {
     try {
         YliberaObjeto(objeto);
     } catch (...) {
-        registraExcecaoCorrente("YliberaObjeto");
+        registraExcecaoAdiada("YliberaObjeto");
     }
 }
 

@@ -74,7 +74,7 @@ Pino::~Pino() {
     try {
         solta();
     } catch (...) {
-        registraExcecaoCorrente("YWebService");
+        registraExcecaoAdiada("YWebService");
     }
 }
 

@@ -1,56 +1,20 @@
 // Every allocation of an operation fails once: the operation raises or succeeds, and nothing is lost or half
 // done.
+#include "faltas.hpp"
+
 #include <3pramo/3pramo.hpp>
 #include <3pramo/soap/YSoapServer_despacho.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <string>
 #include <vector>
 
 namespace {
 
-constexpr int NUNCA = -1;
-thread_local int ateFalhar = NUNCA; // allocations that still succeed on this thread
-
-bool deveFalhar() {
-    return ateFalhar != NUNCA && ateFalhar-- == 0;
-}
-
-} // namespace
-
-// The linker sends the library's and the tests' allocations here (-Wl,--wrap).
-extern "C" {
-void *__real_malloc(std::size_t tamanho);                 // NOLINT(bugprone-reserved-identifier)
-void *__real_calloc(std::size_t quantos, std::size_t de); // NOLINT(bugprone-reserved-identifier)
-void *__real_realloc(void *bloco, std::size_t tamanho);   // NOLINT(bugprone-reserved-identifier)
-void *__wrap_malloc(std::size_t tamanho) {
-    return deveFalhar() ? nullptr : __real_malloc(tamanho);
-} // NOLINT
-void *__wrap_calloc(std::size_t quantos, std::size_t de) { // NOLINT
-    return deveFalhar() ? nullptr : __real_calloc(quantos, de);
-}
-void *__wrap_realloc(void *bloco, std::size_t tamanho) { // NOLINT
-    return deveFalhar() ? nullptr : __real_realloc(bloco, tamanho);
-}
-}
-
-// Not inlined: the compiler would take the pair below for a mismatch.
-[[gnu::noinline]] void *operator new(std::size_t tamanho) {
-    void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
-    return bloco != nullptr ? bloco : throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void *bloco) noexcept {
-    std::free(bloco);
-}
-[[gnu::noinline]] void operator delete(void *bloco, std::size_t) noexcept {
-    std::free(bloco);
-}
-
-namespace {
+using apoio::ateFalhar;
+using apoio::NUNCA;
 
 /// Runs the operation with its n-th allocation failing, for every n, until it succeeds.
 void falhaEmCada(const char *nome, const std::function<void()> &operacao) {

@@ -1,0 +1,134 @@
+// A whole conversation over TCP while the system refuses something: the n-th allocation of the server, for
+// every n, or its n-th thread. It never ends the process, and the next client is served.
+#include "faltas.hpp"
+
+#include "apoio/soap.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+using apoio::ateFalharEmQualquer;
+using apoio::chama;
+using apoio::NUNCA;
+
+namespace {
+
+struct Ficha : Pramo_Operacao {
+    std::int32_t valor;
+};
+
+const Pramo_Operacao_Rtti FICHA = {{Pramo_Operacao_rtti, "Ficha", sizeof(Ficha), nullptr, nullptr}, nullptr};
+
+const YRtti *Ficha_rtti() {
+    return &FICHA.rtti;
+}
+
+void soma(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
+    YNo_setInt(resposta, "return", YNo_getInt(requisicao, "a") + YNo_getInt(requisicao, "b"));
+}
+
+void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
+    const auto ficha = pramo::cria<Ficha>(Ficha_rtti);
+    Pramo_Operacao_criaVariavel(ficha.get(), "valor", Pramo_Tipo_getTipoBIN(), &ficha->valor,
+                                sizeof ficha->valor);
+    Pramo_Operacao_carregaDaRequisicao(ficha.get(), requisicao);
+    Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(ficha.get(), "valor"));
+    Pramo_Operacao_descarregaNaResposta(ficha.get(), resposta);
+}
+
+pramo::Ponteiro<YSoapServer> novoServidor() {
+    constexpr YDefinicaoMetodo metodos[] = {{"soma", soma}, {"preenche", preenche}, {nullptr, nullptr}};
+    const YDefinicaoPortType portType = {"Caixa", metodos, YWebService_rtti, nullptr, nullptr};
+    auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
+    YSoapServer_setPorta(servidor.get(), 0);
+    YSoapServer_registraPortType(servidor.get(), &portType);
+    return servidor;
+}
+
+/// The client's part; what fails on the server's side it sees as no answer.
+void conversa(const YSoapServer *servidor) {
+    const auto porta = static_cast<std::uint32_t>(YSoapServer_getPorta(const_cast<YSoapServer *>(servidor)));
+    try {
+        chama(porta, "Caixa", "soma", "<a>2</a><b>3</b>");
+        chama(porta, "Caixa", "nada");
+        chama(porta, "Caixa", "soma", apoio::eu(chama(porta, "Caixa", "constroi")) + "<a>2</a>");
+        chama(porta, "Caixa", "preenche", "<campo nome=\"valor\">7</campo>");
+    } catch (const std::system_error &) {
+    }
+}
+
+void serve(YSoapServer *servidor, const std::string &quem) {
+    ASSERT_EQ(YSoapServer_esperaPronto(servidor, std::time(nullptr) + 10), 1) << quem;
+    EXPECT_EQ(chama(static_cast<std::uint32_t>(YSoapServer_getPorta(servidor)), "Caixa", "soma",
+                    "<a>2</a><b>3</b>"),
+              "5")
+        << quem;
+}
+
+/// Runs the action with the n-th allocation of the threads that are not spared failing, for every n until
+/// there is none, and `depois` behind each.
+template <typename ACAO, typename DEPOIS>
+void emCadaAlocacao(ACAO acao, DEPOIS depois) {
+    YObLOG_habilita(0);
+    int n = 0;
+    for (bool passou = false; !passou; n++) {
+        ASSERT_LT(n, 3000);
+        ateFalharEmQualquer = n;
+        acao();
+        passou = ateFalharEmQualquer.exchange(NUNCA) != NUNCA;
+        depois("allocation " + std::to_string(n));
+    }
+    EXPECT_GT(n, 4) << "the library allocates on its way";
+    YObLOG_habilita(Y_LOG_ERRO);
+}
+
+TEST(Conversa, semMemoriaNoComecoENoFim) {
+    const auto servidor = novoServidor();
+    const auto comecaEPara = [&] {
+        try {
+            YObThread_start(servidor.get());
+        } catch (const YExcecao &) {
+            EXPECT_EQ(YObThread_isAlive(servidor.get()), 0);
+        }
+        YObThread_stop(servidor.get());
+    };
+    emCadaAlocacao(comecaEPara, [&](const std::string &quem) {
+        YObThread_start(servidor.get());
+        serve(servidor.get(), quem);
+        YObThread_stop(servidor.get());
+    });
+}
+
+TEST(Conversa, semMemoriaNasChamadas) {
+    const auto servidor = novoServidor();
+    YObThread_start(servidor.get());
+    serve(servidor.get(), "at first");
+    apoio::poupada = true; // the client
+    emCadaAlocacao([&] { conversa(servidor.get()); },
+                   [&](const std::string &quem) { serve(servidor.get(), quem); });
+    apoio::poupada = false;
+}
+
+TEST(Conversa, semThreadOComecoSeDesfaz) {
+    for (int n = 0; n < 2; n++) {
+        const auto servidor = novoServidor();
+        apoio::threadsAteFalhar = n;
+        std::string falha;
+        try {
+            YObThread_start(servidor.get());
+        } catch (const YExcecao &e) {
+            falha = e.what();
+        }
+        apoio::threadsAteFalhar = NUNCA;
+        EXPECT_EQ(falha, "N\xE3o foi poss\xEDvel criar a thread.") << n;
+        EXPECT_EQ(YObThread_isAlive(servidor.get()), 0);
+        EXPECT_EQ(YObThread_isAlive(servidor->webServer), 0) << "nothing serves";
+        EXPECT_EQ(YSoapServer_getPorta(servidor.get()), 0);
+        YObThread_stop(servidor.get());
+        YObThread_start(servidor.get());
+        serve(servidor.get(), "thread " + std::to_string(n));
+    }
+}
+
+} // namespace

@@ -1,0 +1,68 @@
+#include "faltas.hpp"
+
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+#include <pthread.h>
+
+namespace apoio {
+
+thread_local int ateFalhar = NUNCA;
+std::atomic<int> ateFalharEmQualquer{NUNCA};
+thread_local bool poupada = false;
+std::atomic<int> threadsAteFalhar{NUNCA};
+
+} // namespace apoio
+
+namespace {
+
+using namespace apoio;
+
+bool chegouAVez(std::atomic<int> &contagem) {
+    int antes = contagem.load();
+    while (antes != NUNCA && !contagem.compare_exchange_weak(antes, antes - 1)) {
+    }
+    return antes == 0;
+}
+
+bool deveFalhar() {
+    return (ateFalhar != NUNCA && ateFalhar-- == 0) || (!poupada && chegouAVez(ateFalharEmQualquer));
+}
+
+} // namespace
+
+// The linker sends what the library and the tests ask for here (-Wl,--wrap).
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+void *__real_malloc(std::size_t tamanho);
+void *__real_calloc(std::size_t quantos, std::size_t de);
+void *__real_realloc(void *bloco, std::size_t tamanho);
+int __real_pthread_create(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *);
+void *__wrap_malloc(std::size_t tamanho) {
+    return deveFalhar() ? nullptr : __real_malloc(tamanho);
+}
+void *__wrap_calloc(std::size_t quantos, std::size_t de) {
+    return deveFalhar() ? nullptr : __real_calloc(quantos, de);
+}
+void *__wrap_realloc(void *bloco, std::size_t tamanho) {
+    return deveFalhar() ? nullptr : __real_realloc(bloco, tamanho);
+}
+int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *atributos, void *(*funcao)(void *),
+                          void *argumento) {
+    return chegouAVez(threadsAteFalhar) ? EAGAIN
+                                        : __real_pthread_create(thread, atributos, funcao, argumento);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+// Not inlined: the compiler would take the pair below for a mismatch.
+[[gnu::noinline]] void *operator new(std::size_t tamanho) {
+    void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
+    return bloco != nullptr ? bloco : throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void *bloco) noexcept {
+    std::free(bloco);
+}
+[[gnu::noinline]] void operator delete(void *bloco, std::size_t) noexcept {
+    std::free(bloco);
+}
