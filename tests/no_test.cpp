@@ -75,6 +75,20 @@ TEST(No, filhosMudamDePai) {
     YNo_setPai(a, b);
     YVetor_poe(YNo_getFilhos(b), a);
     EXPECT_EQ(grava(raiz.get()), "<r><b><a><z/></a></b></r>") << "an append in two steps";
+    YNo *z = YNo_procuraDescendente(a, "z");
+    for (int vez = 0; vez < 2; vez++) {
+        YNo_setPai(z, raiz.get());
+    }
+    EXPECT_EQ(YNo_getPai(z), raiz.get());
+    EXPECT_EQ(grava(raiz.get()), "<r><b><a></a></b></r>") << "linked, not listed";
+    for (int vez = 0; vez < 2; vez++) {
+        YNo_acrescentaFilho(raiz.get(), z);
+    }
+    EXPECT_EQ(grava(raiz.get()), "<r><b><a></a></b><z/></r>") << "listed once";
+    YNo_setPai(x, z);
+    YliberaObjeto(z);
+    EXPECT_EQ(YNo_getPai(x), nullptr) << "a link does not outlive the parent";
+    YNo_setPai(x, b);
     raiz.reset();
     std::thread([x] { // what was removed outlives its root
         EXPECT_EQ(grava(x), "<x t=\"1\"><c>w</c></x>");
@@ -93,6 +107,12 @@ TEST(No, nenhumNoFicaAbaixoDeSiMesmo) {
         EXPECT_EQ(excecao([&] { YNo_setPai(a, no); }), ciclo);
     }
     EXPECT_EQ(grava(raiz.get()), "<r><a><b><c/></b></a></r>");
+    const auto ligado = le("<l/>");
+    YNo_setPai(ligado.get(), YNo_procuraDescendente(a, "b/c"));
+    EXPECT_NE(excecao([&] { YNo_setPai(a, ligado.get()); }), "");
+    const auto x = le("<x/>");
+    YNo_setPai(x.get(), ligado.get());
+    EXPECT_NE(excecao([&] { YNo_setPai(ligado.get(), x.get()); }), "") << "a link alone is a parent too";
 }
 
 // ---- Nodes of a derived class ----

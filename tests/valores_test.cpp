@@ -108,9 +108,10 @@ TEST_F(Valores, datasLidas) {
         EXPECT_EQ(lido(YNo_getDateYVal, texto), dia) << texto;
     }
     EXPECT_EQ(lido(YNo_getDateYVal, "1980-01-00"), 0U) << "as day 0 is written";
-    for (const char *texto : {"1981-01-00", "2024-00-05", "2024-13-05", "2024-03-32", "2024-03", "",
-                              static_cast<const char *>(nullptr), "2024/03/05", "2024-03-05 14:07:09",
-                              "2024-03-05T14:07:09Z", "\xff\xff\xff\xff-\xff\xff-\xff\xff"}) {
+    for (const char *texto :
+         {"1981-01-00", "1980-01", "1980-1", "0080-01-00", "2024-00-05", "2024-13-05", "2024-03-32",
+          "2024-03", "", static_cast<const char *>(nullptr), "2024/03/05", "2024-03-05 14:07:09",
+          "2024-03-05T14:07:09Z", "\xff\xff\xff\xff-\xff\xff-\xff\xff"}) {
         const std::string invalida = std::string("YExcSoap: ") + "DateTime inválido."_l1;
         EXPECT_EQ(excecao([&] { lido(YNo_getDateTimeVal, texto); }), invalida);
         EXPECT_EQ(excecao([&] { lido(YNo_getDateYVal, texto); }), invalida);

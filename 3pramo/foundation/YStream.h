@@ -65,8 +65,9 @@ Y_EXPORTA int YStream_peek(const YStream *stream);
 
 /* The next unread character, where a reference is one character: &amp; &lt; &gt; &quot; &apos; and
  * decimal or hexadecimal numbers from 1 to 255. An & that no ; follows within ten characters is itself.
- * Raises YExc "Referência a caractere desconhecida." for any other name, and "Referência a caractere
- * fora de ISO-8859-1." for another number; the position then stays in front of the &. */
+ * Raises YExc "Referência a caractere fora de ISO-8859-1." for another number, and "Referência a caractere
+ * desconhecida." for anything else between an & and a ;, blanks and signs too; the position then stays in
+ * front of the &. */
 Y_EXPORTA int YStream_getHtmlChar(YStream *stream);
 
 /* How many bytes are unread. */

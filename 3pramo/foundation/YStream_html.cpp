@@ -76,20 +76,11 @@ unsigned char numeroDaReferencia(std::string_view digitos) {
     return static_cast<unsigned char>(numero);
 }
 
-bool ehDeNome(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '#';
-}
-
 } // namespace
 
 Referencia pramo::decodificaReferencia(std::string_view texto) {
-    constexpr std::size_t MAIS_LONGA = 11; // the & and ten characters
-    const std::size_t limite = std::min(texto.size(), MAIS_LONGA);
-    std::size_t fim = 1;
-    while (fim < limite && ehDeNome(texto[fim])) {
-        fim++;
-    }
-    if (fim == limite || texto[fim] != ';') {
+    const std::size_t fim = texto.substr(0, MAIOR_REFERENCIA).find(';');
+    if (fim == std::string_view::npos) {
         return {'&', 1};
     }
     const std::string_view nome = texto.substr(1, fim - 1);
@@ -118,7 +109,8 @@ void YStream_putHtmlString(YStream *stream, const char *texto) {
     if (ehDoProprioConteudo(*stream, texto)) {
         return YStream_putHtmlString(stream, Dono<char>(YduplicaString(texto)).get());
     }
-    constexpr std::size_t MAIOR_REFERENCIA = 6;
+    constexpr std::size_t MAIOR_ESCRITA = 6; // &quot;
+    TudoOuNada acrescimo(*stream);
     const char *inicio = texto != nullptr ? texto : "";
     for (const char *p = inicio;; p++) {
         const auto c = static_cast<unsigned char>(*p);
@@ -127,9 +119,9 @@ void YStream_putHtmlString(YStream *stream, const char *texto) {
         }
         YStream_putBloco(stream, inicio, p - inicio);
         if (c == 0) {
-            return;
+            return acrescimo.fica();
         }
-        avanca(*stream, poeReferencia(reserva(*stream, MAIOR_REFERENCIA), c));
+        avanca(*stream, poeReferencia(reserva(*stream, MAIOR_ESCRITA), c));
         inicio = p + 1;
     }
 }

@@ -38,11 +38,33 @@ inline std::string_view naoLido(const YStream &stream) {
     return {stream.dados + stream.lido, stream.tam - stream.lido};
 }
 
+/// Takes back what was appended to the stream since, unless `fica` was called: for what is appended in
+/// pieces, of which one may fail.
+class TudoOuNada {
+public:
+    explicit TudoOuNada(YStream &stream) : stream_(stream), antes_(stream.tam) {}
+    TudoOuNada(const TudoOuNada &) = delete;
+    TudoOuNada &operator=(const TudoOuNada &) = delete;
+    ~TudoOuNada() {
+        if (!fica_ && stream_.tam != antes_) {
+            stream_.tam = antes_;
+            stream_.dados[antes_] = 0;
+        }
+    }
+    void fica() { fica_ = true; }
+
+private:
+    YStream &stream_;
+    std::size_t antes_;
+    bool fica_ = false;
+};
+
 /// True when the text lies in the stream's own memory, which growing may move.
 bool ehDoProprioConteudo(const YStream &stream, const char *texto);
 
 /// What a reference at the start of the text stands for, and how many bytes it takes; see
-/// YStream_getHtmlChar. Raises its exceptions. Text that is no reference gives {'&', 1}.
+/// YStream_getHtmlChar. Raises its exceptions. An & that is itself gives {'&', 1}.
+constexpr std::size_t MAIOR_REFERENCIA = 11; // the & and ten characters
 struct Referencia {
     unsigned char caractere;
     std::size_t tamanho;

@@ -6,10 +6,13 @@
 #include <3pramo/foundation/YVetor_interno.hpp>
 #include <3pramo/foundation/liberaTodos.hpp>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <utility>
+#include <vector>
 
 using namespace pramo;
 
@@ -17,16 +20,87 @@ namespace {
 
 constexpr const char *FONTE = "YNo";
 
-// `interno` of a node of class YNo itself: the end of the texts that stand behind it in its own block, or
-// null. Of a node of a derived class: null, but while its parent's destruction frees it, the place of the
-// waiting list (below).
+// ---- `interno` ----
+//
+// An address, with two marks in its lowest bits. Of a node of class YNo itself: the end of the texts that
+// stand behind it in its own block, or null. Of a node of a derived class: null, but while its parent's
+// destruction frees it, the place of the waiting list (below).
+
+constexpr std::uintptr_t LIGADO = 1; // `pai` was set by YNo_setPai: `pai` has this node in its list of links
+constexpr std::uintptr_t TEM_LIGACOES = 2; // the address is that of a Ligacoes, which has the one above
+constexpr std::uintptr_t MARCAS = LIGADO | TEM_LIGACOES;
+
+// The nodes whose parent YNo_setPai made this one; whether they are in its list of children is the caller's
+// doing. They hear of its end.
+struct Ligacoes {
+    void *endereco;
+    std::vector<YNo *> nos;
+};
+
+std::uintptr_t interno(const YNo &no) {
+    return reinterpret_cast<std::uintptr_t>(no.interno);
+}
+
+bool tem(const YNo &no, std::uintptr_t marca) {
+    return (interno(no) & marca) != 0;
+}
+
+void poeInterno(YNo &no, const void *endereco, std::uintptr_t marcas) {
+    no.interno = reinterpret_cast<void *>(reinterpret_cast<std::uintptr_t>(endereco) | marcas);
+}
+
+Ligacoes *ligacoes(const YNo &no) {
+    return tem(no, TEM_LIGACOES) ? reinterpret_cast<Ligacoes *>(interno(no) & ~MARCAS) : nullptr;
+}
+
+void *endereco(const YNo &no) {
+    const Ligacoes *l = ligacoes(no);
+    return l != nullptr ? l->endereco : reinterpret_cast<void *>(interno(no) & ~MARCAS);
+}
+
+void poeEndereco(YNo &no, void *endereco) {
+    if (Ligacoes *l = ligacoes(no)) {
+        l->endereco = endereco;
+    } else {
+        poeInterno(no, endereco, interno(no) & LIGADO);
+    }
+}
+
+// First half of a link, which alone can fail.
+void anotaLigacao(YNo &pai, YNo *no) {
+    if (!tem(pai, TEM_LIGACOES)) {
+        poeInterno(pai, new Ligacoes{endereco(pai), {}}, TEM_LIGACOES | (interno(pai) & LIGADO));
+    }
+    ligacoes(pai)->nos.push_back(no);
+}
+
+void esqueceLigacao(YNo &no) {
+    auto &nos = ligacoes(*no.pai)->nos;
+    *std::find(nos.rbegin(), nos.rend(), &no) = nos.back();
+    nos.pop_back();
+    no.interno = reinterpret_cast<void *>(interno(no) & ~LIGADO);
+}
+
+// Nobody is linked to the node any more.
+void soltaLigados(YNo &no) {
+    if (Ligacoes *l = ligacoes(no)) {
+        while (!l->nos.empty()) {
+            mudaPai(*l->nos.back(), nullptr);
+        }
+        poeInterno(no, l->endereco, interno(no) & LIGADO);
+        delete l;
+    }
+}
+
+// ---- Texts ----
+
 bool ehDaPropriaClasse(const YNo &no) {
     return no.rtti == &YNo_definicaoRtti;
 }
 
 bool estaNoBloco(const YNo &no, const char *texto) {
     const std::less<const void *> antes;
-    return ehDaPropriaClasse(no) && !antes(texto, &no + 1) && antes(texto, no.interno);
+    return ehDaPropriaClasse(no) && !antes(texto, &no + 1) && antes(texto, endereco(no));
 }
 
 void liberaTexto(YNo &no, char *texto) {
@@ -45,7 +119,7 @@ void desligaDoPai(YNo &no) {
     if (no.pai != nullptr && no.pai->filhos != nullptr) {
         YVetor_remove(no.pai->filhos, &no);
     }
-    no.pai = nullptr;
+    mudaPai(no, nullptr);
 }
 
 // ---- Destruction ----
@@ -55,7 +129,7 @@ void desligaDoPai(YNo &no) {
 void poeFilhosEmEspera(YNo &no, YNo *&espera) {
     for (void *elemento : elementos(*no.filhos)) {
         auto *filho = static_cast<YNo *>(elemento);
-        filho->pai = espera;
+        mudaPai(*filho, espera);
         espera = filho;
     }
     no.filhos->tam = 0;
@@ -63,6 +137,7 @@ void poeFilhosEmEspera(YNo &no, YNo *&espera) {
 }
 
 void soltaConteudo(YNo &no, YNo *&espera) {
+    soltaLigados(no);
     if (no.filhos != nullptr) {
         poeFilhosEmEspera(no, espera);
     }
@@ -78,7 +153,7 @@ YNo *tiraDaEspera(YNo *&espera) {
         YNo *no = std::exchange(espera, espera->pai);
         no->pai = nullptr;
         if (!ehDaPropriaClasse(*no)) {
-            no->interno = &espera;
+            poeEndereco(*no, &espera);
             return no;
         }
         soltaConteudo(*no, espera);
@@ -91,8 +166,8 @@ YNo *tiraDaEspera(YNo *&espera) {
 void destroiNo(void *objeto) {
     auto *no = static_cast<YNo *>(objeto);
     desligaDoPai(*no);
-    if (!ehDaPropriaClasse(*no) && no->interno != nullptr) {
-        soltaConteudo(*no, *static_cast<YNo **>(no->interno));
+    if (!ehDaPropriaClasse(*no) && endereco(*no) != nullptr) {
+        soltaConteudo(*no, *static_cast<YNo **>(endereco(*no)));
         return;
     }
     YNo *espera = nullptr;
@@ -110,7 +185,7 @@ const YRtti *YNo_rtti(void) {
 
 Dono<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
     const auto espaco = [](std::string_view texto) { return texto.data() != nullptr ? texto.size() + 1 : 0; };
-    const std::size_t tamanho = sizeof(YNo) + espaco(nome) + espaco(valor);
+    const std::size_t tamanho = (sizeof(YNo) + espaco(nome) + espaco(valor) + MARCAS) & ~MARCAS;
     auto *no = static_cast<YNo *>(std::malloc(tamanho));
     if (no == nullptr) {
         faltaMemoria(FONTE, __LINE__);
@@ -130,7 +205,7 @@ Dono<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
     };
     no->nome = copia(nome);
     no->valor = copia(valor);
-    no->interno = fim;
+    poeInterno(*no, reinterpret_cast<char *>(no) + tamanho, 0);
     anotaAlocacao(no, YNo_definicaoRtti.name, tamanho, FONTE, __LINE__);
     return Dono<YNo>(no);
 }
@@ -142,12 +217,19 @@ void pramo::assume(YNo &destino, Dono<YNo> origem) {
     std::swap(destino.atributos, origem->atributos);
     if (destino.filhos != nullptr) {
         for (void *filho : elementos(*destino.filhos)) {
-            static_cast<YNo *>(filho)->pai = &destino;
+            mudaPai(*static_cast<YNo *>(filho), &destino);
         }
     }
     liberaTexto(destino, std::exchange(destino.nome, nome.release()));
     liberaTexto(destino, std::exchange(destino.valor, valor.release()));
     liberaTexto(destino, std::exchange(destino.prefixo, nullptr));
+}
+
+void pramo::mudaPai(YNo &no, YNo *pai) {
+    if (tem(no, LIGADO)) {
+        esqueceLigacao(no);
+    }
+    no.pai = pai;
 }
 
 // ---- Fields ----
@@ -197,9 +279,11 @@ int YNo_setAtributo(YNo *no, const char *nome, const char *valor) {
 
 namespace {
 
-// Only a node with children can lie above another one, so that growing a tree downwards costs no climb.
+// Only a node that is somebody's parent can lie above another one, so that growing a tree downwards costs no
+// climb.
 void recusaCiclo(const YNo *no, const YNo &filho) {
-    const bool podeEstarAcima = filho.filhos != nullptr && filho.filhos->tam != 0;
+    const bool podeEstarAcima =
+        (filho.filhos != nullptr && filho.filhos->tam != 0) || tem(filho, TEM_LIGACOES);
     const YNo *acima = no;
     while (acima != nullptr && acima != &filho) {
         acima = podeEstarAcima ? acima->pai : nullptr;
@@ -209,7 +293,6 @@ void recusaCiclo(const YNo *no, const YNo &filho) {
     }
 }
 
-// The child then stands twice in the list when it was there already.
 void poeNaLista(YNo &no, YNo *filho) {
     if (no.filhos != nullptr) {
         YVetor_poe(no.filhos, filho);
@@ -245,8 +328,13 @@ YNo *YNo_getPai(const YNo *no) {
 
 void YNo_setPai(YNo *no, YNo *pai) {
     recusaCiclo(pai, *no);
-    desligaDoPai(*no);
+    if (pai == nullptr) {
+        return desligaDoPai(*no);
+    }
+    semFaltaDeMemoria(FONTE, [&] { anotaLigacao(*pai, no); });
+    desligaDoPai(*no); // takes one note away when the parent is the same: there are two now
     no->pai = pai;
+    no->interno = reinterpret_cast<void *>(interno(*no) | LIGADO);
 }
 
 YVetor *YNo_getFilhos(const YNo *no) {
@@ -266,9 +354,10 @@ YNo *pramo::pendura(YNo &no, Dono<YNo> filho) {
 void YNo_acrescentaFilho(YNo *no, YNo *filho) {
     recusaCiclo(no, *filho);
     poeNaLista(*no, filho);
-    // Removal takes the first occurrence: a child of this very node stays at the end.
+    (void)tiraUltimo(*no->filhos); // there is room for it now: nothing below fails
     desligaDoPai(*filho);
-    filho->pai = no;
+    YVetor_poe(no->filhos, filho);
+    mudaPai(*filho, no);
 }
 
 int YNo_temFilho(const YNo *no) {
@@ -279,7 +368,7 @@ int YNo_removeFilho(YNo *no, YNo *filho) {
     if (no == nullptr || no->filhos == nullptr || YVetor_remove(no->filhos, filho) == 0) {
         return 0;
     }
-    filho->pai = nullptr;
+    mudaPai(*filho, nullptr);
     return 1;
 }
 

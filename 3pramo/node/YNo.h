@@ -82,9 +82,10 @@ Y_EXPORTA int YNo_setAtributo(YNo *no, const char *nome, const char *valor);
 Y_EXPORTA YNo *YNo_getPai(const YNo *no);
 
 /* Takes the node out of its parent's list and links it to the new parent (null for none), without placing it
- * in the new parent's list: whoever calls this puts it there too. YNo_acrescentaFilho does both. Raises
- * YExcSoap "Um nó não pode ficar abaixo de si mesmo." when the parent is the node itself or lies below it;
- * nothing has changed then. */
+ * in the new parent's list: it is neither found, written nor freed there before YNo_acrescentaFilho to that
+ * parent, or YVetor_poe on its list, puts it there. Until then the node is the caller's; when the parent is
+ * freed first, the node has none. Raises YExcSoap "Um nó não pode ficar abaixo de si mesmo." when the parent
+ * is the node itself or lies below it; nothing has changed then. */
 Y_EXPORTA void YNo_setPai(YNo *no, YNo *pai);
 
 /* The list of children itself, for iteration with the YVetor operations; it belongs to the node. Null when
@@ -96,7 +97,8 @@ Y_EXPORTA YVetor *YNo_getFilhos(const YNo *no);
 Y_EXPORTA YNo *YNo_getFilho(const YNo *no, const char *nome, uint32_t indice);
 
 /* Appends the child as the last one; from now on the node owns it. A child of another node leaves that node;
- * a child of this node moves to the end. Raises as YNo_setPai does, and nothing has changed then. */
+ * a child of this node moves to the end, and one that was only linked to it is listed, once. Raises as
+ * YNo_setPai does, and nothing has changed then. */
 Y_EXPORTA void YNo_acrescentaFilho(YNo *no, YNo *filho);
 
 /* 1 when a child was ever appended, even if none is left; else 0. */
@@ -220,7 +222,7 @@ Y_EXPORTA YNo *YNo_setDateTime(YNo *no, const char *caminho, time_t valor);
 Y_EXPORTA YNo *YNo_setDateTimeVal(YNo *no, time_t valor);
 
 /* A day number (yuliano.h) as a date, "1980-01-01" for day 1. Read as DateTime is, with the time of day left
- * out; a date before 1980 gives 0, and so does "1980-01-00", which is how day 0 is written. */
+ * out; a date before 1980 gives 0, and so does the whole text "1980-01-00", which is how day 0 is written. */
 Y_EXPORTA uint32_t YNo_getDateY(const YNo *no, const char *caminho);
 Y_EXPORTA uint32_t YNo_getDateYVal(const YNo *no);
 Y_EXPORTA YNo *YNo_setDateY(YNo *no, const char *caminho, uint32_t valor);
@@ -230,8 +232,10 @@ Y_EXPORTA YNo *YNo_setDateYVal(YNo *no, uint32_t valor);
 
 /* Appends the node and its subtree to the stream as XML, without declaration, white space or namespaces. An
  * element without children list and content is written as <a/>; one with both has its text after its
- * children. A nameless node has no tags of its own. Names are written as they are, contents and attribute
- * values through YStream_putHtmlString. */
+ * children. A nameless node has no tags of its own. Contents and attribute values are written through
+ * YStream_putHtmlString, as plain ASCII; names as they are stored, so that a letter with an accent in one is
+ * a byte of ISO-8859-1, and whatever XML does not take in a name is the caller's to keep out. When it raises,
+ * the stream holds what it held. */
 Y_EXPORTA void YNo_gravaEm(const YNo *no, YStream *stream);
 
 /* The same for what stands between the node's tags. */
@@ -245,11 +249,12 @@ Y_EXPORTA void YNo_leDe(YNo *no, YStream *stream);
 
 /* Turns every encoded map in the subtree into plain elements, from the leaves up. A map is an element with
  * children whose attribute "type" ends in ":Map" after its only prefix ("ns2:Map"). For each of its children
- * (entries), in order, it gets a child named after the content of the entry's "key" (without prefix), which
- * takes over the children of the entry's first "value", or else its content; an entry without "value" (a
- * null) gives a child without content. The attribute "type" goes. An entry without "key", or whose key is
- * empty, raises YExcSoap "Tag procurada: key. Faltou tag."; its map keeps its entries and its type, but
- * entries before it have lost the children of their "value". */
+ * (entries), in order, it gets a child named by the content of the entry's "key" as YNo_setNome names (so
+ * "ns:" gives the empty name), which takes over the children of the entry's first "value", or else its
+ * content; an entry without "value" (a null) gives a child without content. The attribute "type" goes. An
+ * entry without "key", or whose "key" has no content or the empty one, raises YExcSoap "Tag procurada: key.
+ * Faltou tag."; its map keeps its entries and its type, but entries before it have lost the children of their
+ * "value". */
 Y_EXPORTA void YNo_corrigeMaps(YNo *no);
 
 Y_FIM_C

@@ -15,6 +15,10 @@ Dono<YNo> criaNo(std::string_view nome, std::string_view valor = {});
 /// Appends a node that has no parent and does not lie above `no`; gives its address.
 YNo *pendura(YNo &no, Dono<YNo> filho);
 
+/// Every change of a node's `pai` goes through it: a parent that YNo_setPai gave the node keeps a note of it.
+/// Lists of children are the caller's to change.
+void mudaPai(YNo &no, YNo *pai);
+
 /// YNo_criaDescendente that gives the last node this content; a null path gives it to the node itself.
 YNo *criaDescendente(YNo &no, const char *caminho, const char *valor);
 

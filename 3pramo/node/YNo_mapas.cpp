@@ -21,20 +21,19 @@ bool ehMapa(const YNo &no) {
     return prefixado != nullptr && std::strcmp(prefixado, ":Map") == 0;
 }
 
-// The name that an entry's key gives. An empty one is as good as none: such an element could not be written.
+// The name that an entry's key gives, as YNo_setNome would. An empty key is as good as none.
 std::string_view nomeDaChave(const YNo &entrada) {
     const char *chave = YNo_getString(&entrada, "key");
-    const std::string_view nome = semPrefixo(chave != nullptr ? chave : "");
-    if (nome.empty()) {
+    if (chave == nullptr || *chave == 0) {
         faltouTag("key");
     }
-    return nome;
+    return semPrefixo(chave);
 }
 
 void adota(YNo &no, YVetor *filhos) {
     no.filhos = filhos;
     for (void *filho : elementos(*filhos)) {
-        static_cast<YNo *>(filho)->pai = &no;
+        mudaPai(*static_cast<YNo *>(filho), &no);
     }
 }
 
@@ -60,7 +59,7 @@ void corrigeMapa(YNo &mapa) {
     }
     const Dono<YVetor> entradas(mapa.filhos);
     for (void *entrada : elementos(*entradas)) {
-        static_cast<YNo *>(entrada)->pai = nullptr;
+        mudaPai(*static_cast<YNo *>(entrada), nullptr);
     }
     adota(mapa, novos.release());
     YDIC_remove(mapa.atributos, "type");

@@ -11,6 +11,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 using namespace pramo;
@@ -181,9 +182,11 @@ time_t leDateTime(const char *texto) {
 }
 
 uint32_t leDateY(const char *texto) {
+    if (texto != nullptr && std::strcmp(texto, "1980-01-00") == 0) { // as textoDateY writes day 0
+        return 0;
+    }
     const struct tm lido = leDataTexto(texto);
-    const bool diaZero = lido.tm_year == 80 && lido.tm_mon == 0 && lido.tm_mday == 0;
-    if (!diaZero && !ehDoCalendario(lido)) {
+    if (!ehDoCalendario(lido)) {
         dataInvalida();
     }
     return tm_to_yuliano(&lido);

@@ -114,14 +114,28 @@ private:
 
 } // namespace
 
+namespace {
+
+template <typename ESCREVE>
+void escreveTudoOuNada(YStream &stream, ESCREVE escreve) {
+    TudoOuNada acrescimo(stream);
+    semFaltaDeMemoria("YNo", [&] {
+        Escritor escritor(stream);
+        escreve(escritor);
+    });
+    acrescimo.fica();
+}
+
+} // namespace
+
 void YNo_gravaEm(const YNo *no, YStream *stream) {
     if (no != nullptr) {
-        semFaltaDeMemoria("YNo", [&] { Escritor(*stream).escreve(*no); });
+        escreveTudoOuNada(*stream, [&](Escritor &escritor) { escritor.escreve(*no); });
     }
 }
 
 void YNo_gravaConteudo(const YNo *no, YStream *stream) {
     if (no != nullptr) {
-        semFaltaDeMemoria("YNo", [&] { Escritor(*stream).escreveConteudo(*no); });
+        escreveTudoOuNada(*stream, [&](Escritor &escritor) { escritor.escreveConteudo(*no); });
     }
 }

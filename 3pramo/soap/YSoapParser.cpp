@@ -329,13 +329,19 @@ private:
         YStream_clear(&texto);
         acrescenta(texto, texto_);
         while (*p_ == '&') {
-            const Referencia referencia = decodificaReferencia({p_, fim_});
+            const Referencia referencia = decodificaReferencia(ateOFim(fim));
             YStream_put(&texto, referencia.caractere);
             const char *inicio = p_ += referencia.tamanho;
             andaAte(fim);
             acrescenta(texto, {inicio, p_});
         }
         texto_ = conteudo(texto);
+    }
+
+    // As much of the rest of the text as a reference can take.
+    [[nodiscard]] std::string_view ateOFim(char fim) const {
+        const std::string_view perto = std::string_view(p_, fim_).substr(0, MAIOR_REFERENCIA);
+        return perto.substr(0, perto.find(fim));
     }
 
     void andaAte(char fim) {

@@ -59,8 +59,16 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
         YNo_leDe(no.get(), entrada.get());
         YNo_corrigeMaps(no.get());
         YNo_setNome(no.get(), YNo_getNome(no.get()));
+        const auto ligado = pramo::cria<YNo>(YNo_rtti, "teste");
+        YNo_setPai(ligado.get(), no.get());
         auto saida = pramo::Dono<YStream>(pramo::cria<YStream>(YStream_rtti, "teste"));
-        YNo_gravaEm(no.get(), saida.get());
+        YStream_put(saida.get(), '-');
+        try {
+            YNo_gravaEm(no.get(), saida.get());
+        } catch (const YExcecao &) {
+            EXPECT_STREQ(YStream_str(saida.get()), "-");
+            throw;
+        }
     });
     std::vector<std::string> textos; // longer and longer; the operation itself makes none
     for (std::size_t i = 0; i < 40; i++) {
