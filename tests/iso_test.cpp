@@ -208,15 +208,16 @@ TEST(Iso, todoComecoDeMensagemDizOndeParou) {
 }
 
 TEST(Iso, formasDoFioEstranhas) {
+    constexpr const char *INVALIDO = "YExc: Bitmap 1. Bitmap com caractere inválido."_l1;
     const struct {
         const char *fio, *queixa, *emitida;
     } lidas[] = {
         {"0A0B2000000000000000003000", "", "00002000000000000000003000"},
         {"020040000000000000001x4", "", "02004000000000000000014"},
         {"02002000000000000000003000sobra", "", "02002000000000000000003000"},
-        {"0200600000000000000f00003000", "", "0200600000000000000000003000"},
-        {"0200c0000000000000000", "", "02000000000000000000"},
-        {"0200\xC0 0/0000000000000", "", "02000000000000000000"},
+        {"0200600000000000000f00003000", INVALIDO, "0200"},
+        {"0200\xC0 0/0000000000000", INVALIDO, "0200"},
+        {"0200000:00000000000000000", INVALIDO, "0200"},
         {"0200800000000000000080000000000000000000000000000000",
          "YExc: Mensagem ISO 8583 com terceiro bitmap.", "0200"},
     };
@@ -225,6 +226,7 @@ TEST(Iso, formasDoFioEstranhas) {
         const char *posicao = fio;
         EXPECT_EQ(excecao([&] { YMensagemIso_carrega(mensagem.get(), &posicao); }), queixa) << fio;
         EXPECT_EQ(emitida(mensagem), esperada) << fio;
+        EXPECT_TRUE(queixa != INVALIDO || posicao == fio + 4) << fio;
     }
     const char *nada = nullptr;
     EXPECT_NE(excecao([&] { YMensagemIso_carregaBloco(nova().get(), &nada, 0); }), "");
@@ -384,7 +386,11 @@ TEST(Iso, dumpMascarado) {
         {2, "4111 1111 1111 1111", "\"*******************\""}, {20, "076", "\"***\""}, {34, "4111", "\"****\""},
         {3, "a\"\n\x1B\x9B\xE7", "\"a\"\\x0A\\x1B\\x9B\xE7\""}, {35, "4111=3012", "(9 caracteres)"},
         {36, "", "(0 caracteres)"}, {45, "B4111^A^", "(8 caracteres)"}, {52, "0123456789ABCDEF", "(16 caracteres)"},
-        {53, "12", "\"**\""}, {55, "5A08", "\"****\""},
+        {53, "12", "\"**\""}, {55, "5A08", "\"****\""}, {48, "4111111111111111", "(16 caracteres)"},
+        {62, "", "(0 caracteres)"}, {102, "4111", "(4 caracteres)"}, {127, "x", "(1 caracteres)"},
+        {4, "000000012345", "\"000000012345\""}, {37, "ABCDEF123456", "\"ABCDEF123456\""},
+        {43, "a4111 1111-1111 1111b 1234567890123", "\"a4111 11**-**** 1111b 123456***0123\""},
+        {72, ";4111111111111111=251210100000123", "\";411111******1111=251210*****0123\""},
     };
     // clang-format on
     for (const auto &[bit, texto, mascarado] : casos) {
@@ -401,6 +407,21 @@ TEST(Iso, dumpMascarado) {
                        [&](auto *m, auto *s) { YMensagemIso_dumpElemento(m, bit, 1, s); });
     };
     EXPECT_EQ(linha(8) + linha(200) + linha(7), "  7 Transmission date & time : \"x\"\n");
+
+    const Mensagem privados = montada(1, {{48, "1234567890123\n"}, {97, "1234567890123456"}});
+    const std::string antes = escrito(privados, YMensagemIso_dumpMascaradoEmStream);
+    for (const int mostra : {1, 0}) {
+        YMensagemIso_mostraElemento(48, mostra);
+        YMensagemIso_mostraElemento(97, mostra);
+        const std::string depois = escrito(privados, YMensagemIso_dumpMascaradoEmStream);
+        EXPECT_EQ(depois.find("\"1234567890123\\x0A\"") != std::string::npos &&
+                      depois.find("\"1234567890123456\"") != std::string::npos,
+                  mostra != 0);
+        EXPECT_EQ(depois == antes, mostra == 0);
+    }
+    for (const int bit : {2, 20, 34, 35, 36, 45, 52, 53, 55, 0, 129}) {
+        EXPECT_NE(excecao([&] { YMensagemIso_mostraElemento(bit, 1); }), "") << bit;
+    }
 }
 
 TEST(Iso, validacao) {

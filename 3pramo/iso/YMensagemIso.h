@@ -118,12 +118,12 @@ Y_EXPORTA void YMensagemIso_emiteEmStream(const YMensagemIso *mensagem, YStream 
 
 /* Replaces the message by the one that begins at *posicao, in a zero-terminated text, and moves *posicao
  * behind it. The text is never read past its zero, and not all of it: only what the message needs. A text
- * that ends right after the code is a message without slots. Nothing is validated: what is no digit in the
- * code or in a length is skipped; in a bitmap, what is no upper-case hexadecimal digit counts as 0 (but : to
- * @ as 3 to 9); element 1 is not loaded.
+ * that ends right after the code is a message without slots. Nothing is validated but the bitmaps: what is no
+ * digit in the code or in a length is skipped; element 1 is not loaded.
  *
  * Raises YExc "PARTE. Mensagem ISO 8583 incompleta." when the text ends too early, where PARTE is "Código da
- * transação", "Bitmap 1", "Bitmap 2" or as "Elemento 35 (Track 2 data)"; and YExc "Mensagem ISO 8583 com
+ * transação", "Bitmap 1", "Bitmap 2" or as "Elemento 35 (Track 2 data)"; YExc "PARTE. Bitmap com caractere
+ * inválido." when a bitmap holds anything but upper-case hexadecimal digits; and YExc "Mensagem ISO 8583 com
  * terceiro bitmap." when the second bitmap announces a third. The message then holds what was read before
  * that part, and *posicao stands at the first character of the part (its length prefix, if it has one), or
  * behind the second bitmap. When there is no memory, message and position are what they were. */
@@ -134,6 +134,7 @@ Y_EXPORTA void YMensagemIso_carregaBloco(YMensagemIso *mensagem, const char **po
 
 /* ---- Dump ----
  *
+ * What is appended to a stream, here and below, is appended whole or, when there is no memory, not at all.
  * For reading: the line "Código da Transação: 200", then a line as `  3 Processing code : "003000"` for every
  * element. */
 
@@ -143,11 +144,20 @@ Y_EXPORTA void YMensagemIso_dumpEmStream(const YMensagemIso *mensagem, YStream *
 /* Writes it into a file, made or emptied. Nothing is reported when that fails. */
 Y_EXPORTA void YMensagemIso_dumpEmArquivo(const YMensagemIso *mensagem, const char *caminho);
 
-/* Appends the dump for logs and screens. Of element 2 it shows the first six and the last four digits, and
- * nothing when it is not 13 to 19 digits; of 35, 36, 45 and 52 the length alone, as (37 caracteres); of 20,
- * 34, 53 and 55 a * for every character. Control characters are written as \x0A. Elements whose use is
- * private may hold card data too: only the application knows. */
+/* Appends the dump for logs and screens: what is not known to be harmless is masked.
+ * - Element 2: its first six and last four digits; nothing when it is not 13 to 19 digits.
+ * - 35, 36, 45 and 52: the length alone, as (37 caracteres). 20, 34, 53 and 55: a * for every character.
+ * - Private and reserved ones, 44, 46 to 48, 54, 56 to 63 and 102 to 127: the length alone.
+ * - Of every other: the text, but of a run of 13 or more digits, with single blanks and hyphens between them
+ *   or not, only the first six and the last four.
+ * Control characters are written as \x0A. */
 Y_EXPORTA void YMensagemIso_dumpMascaradoEmStream(const YMensagemIso *mensagem, YStream *stream);
+
+/* Has masked dumps show the element's text as it is (nonzero), or masked again (0), in the whole process and
+ * for all messages: for the elements of which the application knows that they never hold card data. Raises
+ * YExc as YMensagemIso_setBit does for a number outside 1 to 128, and YExc "Elemento N. Dados do cartão nunca
+ * são mostrados." for 2, 20, 34 to 36, 45, 52, 53 and 55; nothing has changed then. Any thread. */
+Y_EXPORTA void YMensagemIso_mostraElemento(int32_t bit, int32_t mostra);
 
 /* Appends the line of one element, masked (nonzero) or as it is (0); nothing when YMensagemIso_getBit gives
  * null. */

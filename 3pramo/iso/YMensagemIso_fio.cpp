@@ -5,6 +5,7 @@
 #include <3pramo/foundation/YStream_interno.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <optional>
 
@@ -20,6 +21,18 @@ constexpr std::size_t MAIOR_PREFIXO = 3;
 
 /// A digit of a bitmap with its four bits in reverse: on the wire the first one is the highest.
 constexpr std::uint64_t AO_CONTRARIO[] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
+constexpr std::string_view DIGITOS = "0123456789ABCDEF";
+
+/// By character: those four bits, or NENHUM for what is no digit of a bitmap.
+constexpr std::uint8_t NENHUM = 0x10;
+constexpr auto BITS_DO_DIGITO = [] {
+    std::array<std::uint8_t, 256> bits{};
+    bits.fill(NENHUM);
+    for (std::size_t i = 0; i < DIGITOS.size(); i++) {
+        bits[static_cast<unsigned char>(DIGITOS[i])] = static_cast<std::uint8_t>(AO_CONTRARIO[i]);
+    }
+    return bits;
+}();
 
 // ---- Writing ----
 
@@ -39,7 +52,7 @@ char *poeCodigo(char *destino, std::int32_t transacao) {
 
 char *poeBitmap(char *destino, std::uint64_t bitmap) {
     for (std::size_t i = 0; i < DIGITOS_DO_BITMAP; i++, bitmap >>= 4) {
-        destino[i] = "0123456789ABCDEF"[AO_CONTRARIO[bitmap & 0xF]];
+        destino[i] = DIGITOS[AO_CONTRARIO[bitmap & 0xF]];
     }
     return destino + DIGITOS_DO_BITMAP;
 }
@@ -119,13 +132,20 @@ private:
     }
 
     std::uint64_t leBitmap(int qual) {
-        exige(DIGITOS_DO_BITMAP, [&] { YContextoTry_printf("Bitmap %d. ", qual); });
+        const auto diz = [&] { YContextoTry_printf("Bitmap %d. ", qual); };
+        exige(DIGITOS_DO_BITMAP, diz);
         std::uint64_t bitmap = 0;
+        unsigned vistos = 0;
         for (std::size_t i = 0; i < DIGITOS_DO_BITMAP; i++) {
-            const int c = static_cast<unsigned char>(*posicao_++);
-            const int digito = c < ':' ? c - '0' : c - '7';
-            bitmap |= digito >= 0 && digito <= 0xF ? AO_CONTRARIO[digito] << (4 * i) : 0;
+            const unsigned bits = BITS_DO_DIGITO[static_cast<unsigned char>(posicao_[i])];
+            vistos |= bits;
+            bitmap |= std::uint64_t{bits} << (4 * i);
         }
+        if ((vistos & NENHUM) != 0) [[unlikely]] {
+            diz();
+            lanca(YExc_rtti, "Bitmap com caractere inválido."_l1, FONTE);
+        }
+        posicao_ += DIGITOS_DO_BITMAP;
         return bitmap;
     }
 

@@ -3,15 +3,23 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/mascara.hpp>
 
-#include <algorithm>
+#include <atomic>
 
 using namespace pramo;
 using namespace pramo::iso;
 
 namespace {
 
-enum class Mascara { NENHUMA, CARTAO, TUDO, SO_TAMANHO };
+// What the masked dump makes of an element.
+enum class Mascara { NUMEROS, CARTAO, TUDO, SO_TAMANHO };
+
+// What such an element holds only its network knows.
+bool ehReservado(int bit) {
+    return bit == 44 || (bit >= 46 && bit <= 48) || bit == 54 || (bit >= 56 && bit <= 63) ||
+           (bit >= 102 && bit <= 127);
+}
 
 Mascara mascaraDe(int bit) {
     switch (bit) {
@@ -28,31 +36,20 @@ Mascara mascaraDe(int bit) {
     case 52: // PIN block
         return Mascara::SO_TAMANHO;
     default:
-        return Mascara::NENHUMA;
+        return ehReservado(bit) ? Mascara::SO_TAMANHO : Mascara::NUMEROS;
     }
 }
 
-constexpr std::size_t MENOR_CARTAO = 13;
-constexpr std::size_t MAIOR_CARTAO = 19;
-constexpr std::size_t INICIO_VISIVEL = 6;
-constexpr std::size_t FIM_VISIVEL = 4;
-
-// What is no card number may be anything: nothing of it is shown.
-bool pareceCartao(std::string_view texto) {
-    return texto.size() >= MENOR_CARTAO && texto.size() <= MAIOR_CARTAO &&
-           std::all_of(texto.begin(), texto.end(), [](char c) { return c >= '0' && c <= '9'; });
+bool temDadosDeCartao(int bit) {
+    return mascaraDe(bit) != Mascara::NUMEROS && !ehReservado(bit);
 }
 
-void poeEstrelas(YStream &stream, std::size_t quantas) {
-    std::fill_n(reserva(stream, quantas), quantas, '*');
-    avanca(stream, quantas);
-}
+// The elements that the application has shown, a bit each as in the bitmaps of a message.
+std::atomic<std::uint64_t> mostrados[2];
 
-void poeCartao(YStream &stream, std::string_view texto) {
-    const std::size_t visiveis = pareceCartao(texto) ? INICIO_VISIVEL + FIM_VISIVEL : 0;
-    acrescenta(stream, texto.substr(0, std::min(visiveis, INICIO_VISIVEL)));
-    poeEstrelas(stream, texto.size() - visiveis);
-    acrescenta(stream, texto.substr(texto.size() - std::min(visiveis, FIM_VISIVEL)));
+bool ehMostrado(int bit) {
+    const std::uint64_t bits = mostrados[(bit - 1) / BITS_POR_BITMAP].load(std::memory_order_relaxed);
+    return (bits & mascaraDoBit(bit)) != 0;
 }
 
 void poeSemControles(YStream &stream, std::string_view texto) {
@@ -66,27 +63,27 @@ void poeSemControles(YStream &stream, std::string_view texto) {
     }
 }
 
-void poeMascarado(YStream &stream, int bit, std::string_view texto) {
+std::string mascarado(int bit, std::string_view texto) {
     switch (mascaraDe(bit)) {
-    case Mascara::NENHUMA:
-        return poeSemControles(stream, texto);
+    case Mascara::NUMEROS:
+        return mascaraNumeros(texto);
     case Mascara::CARTAO:
-        return poeCartao(stream, texto);
-    case Mascara::TUDO:
-    case Mascara::SO_TAMANHO:
-        return poeEstrelas(stream, texto.size());
+        return mascaraCartao(texto);
+    default:
+        return std::string(texto.size(), '*');
     }
 }
 
-void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascarado) {
+void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascara) {
     YStream_printf(&stream, "%3d %s : ", bit, registro(bit).rotulo);
-    if (mascarado && mascaraDe(bit) == Mascara::SO_TAMANHO) {
+    const bool mostra = !mascara || ehMostrado(bit);
+    if (!mostra && mascaraDe(bit) == Mascara::SO_TAMANHO) {
         YStream_printf(&stream, "(%zu caracteres)\n", texto.size());
         return;
     }
     acrescenta(stream, "\"");
-    if (mascarado) {
-        poeMascarado(stream, bit, texto);
+    if (mascara) {
+        poeSemControles(stream, mostra ? texto : mascarado(bit, texto));
     } else {
         acrescenta(stream, texto);
     }
@@ -94,8 +91,13 @@ void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascarad
 }
 
 void dump(const YMensagemIso &mensagem, YStream &stream, bool mascarado) {
-    YStream_printf(&stream, "%s: %d\n", "Código da Transação"_l1, mensagem.transacao);
-    percorre(mensagem, [&](int bit, std::string_view texto) { poeElemento(stream, bit, texto, mascarado); });
+    TudoOuNada acrescimo(stream);
+    semFaltaDeMemoria(FONTE, [&] {
+        YStream_printf(&stream, "%s: %d\n", "Código da Transação"_l1, mensagem.transacao);
+        percorre(mensagem,
+                 [&](int bit, std::string_view texto) { poeElemento(stream, bit, texto, mascarado); });
+    });
+    acrescimo.fica();
 }
 
 } // namespace
@@ -111,6 +113,22 @@ void YMensagemIso_dumpMascaradoEmStream(const YMensagemIso *mensagem, YStream *s
 void YMensagemIso_dumpElemento(const YMensagemIso *mensagem, int32_t bit, int mascarado, YStream *stream) {
     const std::string_view texto = elemento(*mensagem, bit);
     if (texto.data() != nullptr) {
-        poeElemento(*stream, bit, texto, mascarado != 0);
+        TudoOuNada acrescimo(*stream);
+        semFaltaDeMemoria(FONTE, [&] { poeElemento(*stream, bit, texto, mascarado != 0); });
+        acrescimo.fica();
+    }
+}
+
+void YMensagemIso_mostraElemento(int32_t bit, int32_t mostra) {
+    exigeBit(bit);
+    if (temDadosDeCartao(bit)) {
+        YContextoTry_printf("Elemento %d. ", bit);
+        lanca(YExc_rtti, "Dados do cartão nunca são mostrados."_l1, FONTE);
+    }
+    std::atomic<std::uint64_t> &bits = mostrados[(bit - 1) / BITS_POR_BITMAP];
+    if (mostra != 0) {
+        bits.fetch_or(mascaraDoBit(bit), std::memory_order_relaxed);
+    } else {
+        bits.fetch_and(~mascaraDoBit(bit), std::memory_order_relaxed);
     }
 }

@@ -109,12 +109,14 @@ void YMensagemIso_salvaEmArquivo(const YMensagemIso *mensagem, const char *camin
 }
 
 void YMensagemIso_salvaEmStream(const YMensagemIso *mensagem, YStream *stream) {
+    TudoOuNada acrescimo(*stream);
     YStream_printf(stream, "%d\n", mensagem->transacao);
     percorre(*mensagem, [&](int bit, std::string_view texto) {
         YStream_printf(stream, "%03d ", bit);
         acrescenta(*stream, texto);
         acrescenta(*stream, "\n");
     });
+    acrescimo.fica();
 }
 
 void YMensagemIso_leDeArquivo(YMensagemIso *mensagem, const char *caminho) {

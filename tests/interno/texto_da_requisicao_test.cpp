@@ -1,5 +1,6 @@
 // What happens to a request's bytes before they are parsed, and before they are logged.
 #include <3pramo/3pramo.hpp>
+#include <3pramo/foundation/mascara.hpp>
 #include <3pramo/soap/mascara.hpp>
 #include <3pramo/soap/textoDaRequisicao.hpp>
 
@@ -72,7 +73,7 @@ TEST(Mascara, escondeCartoesTrilhasPinsEIdentidades) {
              {"fadedfacadefadedfa", "fadedfacadefadedfa"},
              {"", ""},
          }) {
-        EXPECT_EQ(pramo::soap::mascaraDadosDeCartao(caso.texto), caso.mascarado);
+        EXPECT_EQ(pramo::mascaraDadosDeCartao(caso.texto), caso.mascarado);
     }
 }
 

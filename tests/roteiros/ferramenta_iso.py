@@ -58,7 +58,7 @@ def mostra(iso):
     confere("dump", linhas[:2] + linhas[8:12], [
         "Código da Transação: 200", '  2 Primary account number (PAN) : "411111******1111"', "",
         "Código da Transação: 200", f' 43 Card acceptor name/location : "{"PADARIA SÃO JOÃO":40}"',
-        ' 62 Reserved private : "1\\x00\\x099"'])
+        ' 62 Reserved private : (4 caracteres)'])
 
 
 def conferencia(iso):

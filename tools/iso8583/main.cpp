@@ -25,7 +25,7 @@ constexpr const char *USO =
 Sem ARQUIVO, ou com -, lê a entrada padrão. Forma do fio: uma mensagem por linha; texto numerado: mensagens
 separadas por uma linha vazia.
 
-  --clear    mostra números de cartão, trilhas e blocos de PIN como são
+  --clear    mostra todos os elementos como são
   --help     mostra este texto
   --version  mostra a versão
 

@@ -1,0 +1,98 @@
+#include <3pramo/foundation/mascara.hpp>
+
+#include <algorithm>
+
+namespace pramo {
+
+namespace {
+
+constexpr std::ptrdiff_t MENOR_SEGREDO = 12;
+constexpr std::size_t MENOR_CARTAO = 13;
+constexpr std::size_t MAIOR_CARTAO = 19;
+constexpr std::size_t INICIO_VISIVEL = 6;
+constexpr std::size_t FIM_VISIVEL = 4;
+
+bool ehDecimal(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool ehDigito(char c) {
+    return ehDecimal(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+std::size_t decimais(std::string_view texto) {
+    return static_cast<std::size_t>(std::count_if(texto.begin(), texto.end(), ehDecimal));
+}
+
+/// Length of the run at the start of the text, 0 when it does not begin with a digit. A separator belongs to
+/// it between two decimal digits.
+template <typename DIGITO>
+std::size_t tamanhoDaSequencia(std::string_view texto, DIGITO ehDaSequencia, std::string_view separadores) {
+    const auto separa = [&](std::size_t i) {
+        return i > 0 && i + 1 < texto.size() && separadores.find(texto[i]) != std::string_view::npos &&
+               ehDecimal(texto[i - 1]) && ehDecimal(texto[i + 1]);
+    };
+    std::size_t i = 0;
+    while (i < texto.size() && (ehDaSequencia(texto[i]) || separa(i))) {
+        i++;
+    }
+    return i;
+}
+
+/// The text with what `mascara` makes of each of its runs.
+template <typename DIGITO, typename MASCARA>
+std::string mascaraSequencias(std::string_view texto, DIGITO ehDaSequencia, std::string_view separadores,
+                              MASCARA mascara) {
+    std::string saida;
+    saida.reserve(texto.size());
+    while (!texto.empty()) {
+        const std::size_t tamanho = tamanhoDaSequencia(texto, ehDaSequencia, separadores);
+        saida += tamanho != 0 ? mascara(texto.substr(0, tamanho)) : std::string(1, texto.front());
+        texto.remove_prefix(std::max<std::size_t>(tamanho, 1));
+    }
+    return saida;
+}
+
+/// A * for each decimal digit but the first six and the last four.
+std::string semOMeio(std::string_view texto) {
+    std::string saida(texto);
+    std::size_t antes = 0;
+    const std::size_t total = decimais(texto);
+    for (char &c : saida) {
+        if (ehDecimal(c) && antes++ >= INICIO_VISIVEL && antes + FIM_VISIVEL <= total) {
+            c = '*';
+        }
+    }
+    return saida;
+}
+
+bool pareceCartao(std::string_view texto) {
+    return texto.size() >= MENOR_CARTAO && texto.size() <= MAIOR_CARTAO && decimais(texto) == texto.size();
+}
+
+std::string semSegredo(std::string_view sequencia) {
+    const bool segredo = std::count_if(sequencia.begin(), sequencia.end(), ehDigito) >= MENOR_SEGREDO &&
+                         decimais(sequencia) != 0;
+    if (!segredo) {
+        return std::string(sequencia);
+    }
+    return pareceCartao(sequencia) ? semOMeio(sequencia) : "[" + std::to_string(sequencia.size()) + "*]";
+}
+
+} // namespace
+
+std::string mascaraDadosDeCartao(std::string_view texto) {
+    return mascaraSequencias(texto, ehDigito, " -=^", semSegredo);
+}
+
+std::string mascaraNumeros(std::string_view texto) {
+    return mascaraSequencias(texto, ehDecimal, " -", [](std::string_view sequencia) {
+        return decimais(sequencia) >= MENOR_CARTAO ? semOMeio(sequencia) : std::string(sequencia);
+    });
+}
+
+std::string mascaraCartao(std::string_view texto) {
+    return pareceCartao(texto) ? semOMeio(texto) : std::string(texto.size(), '*');
+}
+
+} // namespace pramo
