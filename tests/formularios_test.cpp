@@ -106,6 +106,11 @@ TEST(Operacao, gravaOsCamposMarcadosOsBotoesEOFoco) {
     Pramo_Operacao_habilitaPeriferico(op, Pramo_Periferico_getTECLADO());
     Pramo_Variavel *a = op.cria("a", nullptr, 2);
     Pramo_Operacao_habilitaPeriferico(op, nullptr);
+    const auto comNulo = pramo::cria<YSet>(YSet_rtti);
+    YSet_poe(comNulo.get(), nullptr);
+    Pramo_Variavel_incluiPeriferico(a, nullptr);
+    Pramo_Variavel_incluiPerifericos(a, comNulo.get());
+    Pramo_Variavel_incluiPerifericos(a, nullptr);
     Pramo_Variavel_setDescricao(a, "d<");
     Pramo_Variavel_setTitulo(a, "");
     Pramo_Variavel_setSomenteLeitura(a, 2);
@@ -168,14 +173,15 @@ TEST(Operacao, carregaEmOrdemAteAFalha) {
         {false, "<campo nome=\"a\"/><campo>9</campo>", "YExcSoap: Faltou atributo nome na tag campo.", "0 2* 3* "},
         {false, "<campo nome=\"a\">9</campo><campo nome=\"b\">x7</campo><campo nome=\"c\">9</campo>",
          "YExcSoap: Caractere inválido em número."_l1, "9 2* 3* "},
-        // Strict loading refuses before it stores.
-        {true, "<campo nome=\"a\">9</campo><campo nome=\"b\">8</campo>", "YExcSoap: O campo \"b\" não foi oferecido."_l1, "1* 2 3* "},
-        {true, "<campo nome=\"a\">9</campo><campo nome=\"c\">8</campo>", "YExcSoap: O campo \"c\" é somente para leitura."_l1, "1* 2 3* "},
-        {true, "<campo nome=\"a\">9</campo><campo nome=\"a\" opcao=\"3\">8</campo>",
-         "YExcSoap: A opção escolhida não existe no campo \"a\"."_l1, "1* 2 3* "},
+        // Strict loading takes all or nothing.
+        {true, "<campo nome=\"a\">9</campo><campo nome=\"b\">8</campo>", "YExcSoap: campo: b. O campo \"b\" não foi oferecido."_l1, "1* 2 3* "},
+        {true, "<campo nome=\"a\">9</campo><campo nome=\"c\">8</campo>", "YExcSoap: campo: c. O campo \"c\" é somente para leitura."_l1, "1* 2 3* "},
+        {true, "<campo nome=\"a\" opcao=\"3\">8</campo>",
+         "YExcSoap: campo: a. A opção escolhida não existe no campo \"a\"."_l1, "1* 2 3* "},
         {true, "<campo nome=\"a\">9</campo><campo nome=\"z\">8</campo>", "YExcSoap: Não existe o campo \"z\"."_l1, "1* 2 3* "},
         {true, "<campo nome=\"a\">9</campo><campo/>", "YExcSoap: Faltou atributo nome na tag campo.", "1* 2 3* "},
-        {true, "<campo nome=\"a\">9</campo><campo nome=\"a\" opcao=\"2\">8</campo>", "", "8 2 3* "},
+        {true, "<campo nome=\"a\">9</campo><campo nome=\"a\">8</campo>", "YExcSoap: campo: a. O campo \"a\" veio duas vezes.", "1* 2 3* "},
+        {true, "<campo nome=\"a\" opcao=\"2\">8</campo>", "", "8 2 3* "},
     };
     // clang-format on
     for (const auto &caso : casos) {
@@ -240,6 +246,35 @@ TEST(Operacao, classesDaAplicacaoPreenchemAsOperacoesQueFaltam) {
     EXPECT_EQ(pura.escrita().find("<valor"), std::string::npos);
     Pramo_Operacao_trataCampos(pura);
     EXPECT_EQ(diario.quantos(SEM_IMPLEMENTACAO), 2);
+}
+
+TEST(Operacao, cargaEstritaRecusadaDeixaTudoComoEra) {
+    const Operacao op;
+    Pramo_Operacao_setCargaEstrita(op, 1);
+    const auto tipo = pramo::cria<Pramo_Tipo>([] { return &tipoProprio.rtti; });
+    std::array<std::uint8_t, 6> memoria{1, 0x21, 0, 4, 5, 6};
+    Pramo_Variavel *a = op.cria("a", &memoria[0], 1, Pramo_Tipo_getTipoBIN());
+    Pramo_Variavel_acrescentaOpcao(a, "o", "O");
+    op.cria("d", &memoria[1], 0, Pramo_Tipo_getTipoDATAC());
+    op.cria("p", &memoria[3], 1, tipo.get());
+    op.cria("q", &memoria[3], 2, Pramo_Tipo_getTipoAutorizacao()); // the same memory
+    op.cria("c", &memoria[5], 1);
+    const auto estado = [&] {
+        const char *opcao = Pramo_Variavel_getOpcaoEscolhida(a);
+        return op.escrita() + (opcao != nullptr ? opcao : "-") + std::to_string(a->caracteresAntesDaVirgula) +
+               std::to_string(a->caracteresDepoisDaVirgula) + (a->perifericoUtilizado != nullptr ? "P" : "");
+    };
+    const auto antes = memoria;
+    const std::string estadoAntes = estado();
+    const std::string campos =
+        "<campo nome=\"a\" periferico=\"PIN\" opcao=\"o\">1.2</campo><campo nome=\"d\">"
+        "2024-03-05</campo><campo nome=\"p\"/><campo nome=\"q\">xy</campo><campo nome=\"c\">";
+    EXPECT_EQ(op.carrega(campos + "x</campo>"), "YExcSoap: campo: c. Caractere inválido em número."_l1);
+    EXPECT_EQ(memoria, antes);
+    EXPECT_EQ(estado(), estadoAntes);
+    EXPECT_EQ(op.carrega(campos + "7</campo>"), "") << "and can be corrected";
+    EXPECT_EQ(memoria, (std::array<std::uint8_t, 6>{12, 0x65, 0x58, 'x', 'y', 7}));
+    EXPECT_EQ(estado(), "<estilo>DialogoPadrao</estilo>o11P");
 }
 
 TEST(Periferico, seisComNomeECodigo) {

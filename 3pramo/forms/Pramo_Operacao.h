@@ -116,11 +116,18 @@ Y_EXPORTA const char *Pramo_Operacao_getRespostaDoPopup(const Pramo_Operacao *op
  * touched. */
 Y_EXPORTA void Pramo_Operacao_carregaDaRequisicao(Pramo_Operacao *operacao, const YNo *elemento);
 
-/* With nonzero, loading first looks at all fields and raises YExcSoap before anything is stored for one that
- * is unknown or nameless, "O campo "NAME" não foi oferecido." for one that is not marked, "O campo "NAME" é
- * somente para leitura." and "A opção escolhida não existe no campo "NAME"." for an attribute "opcao" that is
- * no key of its options. The content of a field and the peripheral that it names are the application's to
- * check. With 0, as at first, every field that names a variable is stored. */
+/* With nonzero, loading takes the fields of a request all or not at all, so that a client can correct what
+ * was refused. It first looks at all of them, and raises YExcSoap for one that is nameless or unknown, as
+ * above, and
+ * - "campo: NAME. O campo "NAME" não foi oferecido." for one that is not marked,
+ * - "campo: NAME. O campo "NAME" é somente para leitura.",
+ * - "campo: NAME. O campo "NAME" veio duas vezes.",
+ * - "campo: NAME. A opção escolhida não existe no campo "NAME"." for an attribute "opcao" that is no key of
+ * its options. Then it loads them; what a type raises becomes YExcSoap with "campo: NAME. " in front.
+ * Whatever is raised, also by a type of the application: every variable's memory (the bytes that Pramo_Tipo.h
+ * says a type touches, copied as they are), its mark and what is recorded of the client's answer are again
+ * what they were. The peripheral that a field names is the application's to check. With 0, as at first, every
+ * field that names a variable is stored. */
 Y_EXPORTA void Pramo_Operacao_setCargaEstrita(Pramo_Operacao *operacao, int32_t estrita);
 Y_EXPORTA int32_t Pramo_Operacao_getCargaEstrita(const Pramo_Operacao *operacao);
 

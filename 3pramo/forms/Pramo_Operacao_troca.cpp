@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
+#include <vector>
 
 using namespace pramo;
 using namespace pramo::forms;
@@ -32,28 +34,6 @@ Pramo_Variavel &variavelDoCampo(const Pramo_Operacao &operacao, const YNo &campo
     return *variavel;
 }
 
-bool temOpcao(const Pramo_Variavel &variavel, const char *chave) {
-    const auto ehEsta = [&](const void *opcao) {
-        const char *propria = static_cast<const Opcao *>(opcao)->chave;
-        return propria != nullptr && std::strcmp(propria, chave) == 0;
-    };
-    const auto opcoes = variavel.opcoes != nullptr ? elementos(*variavel.opcoes) : std::span<void *>();
-    return std::any_of(opcoes.begin(), opcoes.end(), ehEsta);
-}
-
-void recusaNaoOferecido(const Pramo_Variavel &variavel, const YNo &campo) {
-    const char *opcao = YNo_getAtributo(&campo, "opcao");
-    if (variavel.usada == 0) {
-        recusaCampo("O campo ", variavel.nome, " não foi oferecido."_l1);
-    }
-    if (variavel.somenteLeitura != 0) {
-        recusaCampo("O campo ", variavel.nome, " é somente para leitura."_l1);
-    }
-    if (opcao != nullptr && !temOpcao(variavel, opcao)) {
-        recusaCampo("A opção escolhida não existe no campo "_l1, variavel.nome, ".");
-    }
-}
-
 template <typename VISITA>
 void visitaCampos(const Pramo_Operacao &operacao, const YNo *elemento, VISITA visita) {
     const YVetor *filhos = YNo_getFilhos(elemento);
@@ -68,16 +48,124 @@ void visitaCampos(const Pramo_Operacao &operacao, const YNo *elemento, VISITA vi
     }
 }
 
+void carrega(Pramo_Variavel &variavel, const YNo &campo) {
+    Pramo_Variavel_leDeYNo(&variavel, &campo);
+    Pramo_Variavel_desmarcaUsada(&variavel);
+}
+
+// ---- Strict loading ----
+
+/// A type touches as many bytes as the variable has, dates and times always two.
+std::uint64_t bytesDe(const Pramo_Variavel &variavel) {
+    const YRtti *tipo = variavel.tipo->rtti;
+    const bool dois =
+        YRtti_deriva(tipo, Pramo_TipoDATAC_rtti) != 0 || YRtti_deriva(tipo, Pramo_TipoHORAC_rtti) != 0;
+    return dois ? 2 : variavel.tamanho;
+}
+
+/// What loading changes of a variable, as it was before.
+class Antes {
+public:
+    explicit Antes(Pramo_Variavel &variavel)
+        : variavel_(&variavel), campos_(variavel),
+          bytes_(YduplicaStringTam(static_cast<const char *>(variavel.endereco), bytesDe(variavel))),
+          opcao_(YduplicaString(variavel.opcaoEscolhida)) {}
+
+    [[nodiscard]] bool eh(const Pramo_Variavel &variavel) const { return variavel_ == &variavel; }
+
+    void volta() noexcept {
+        if (bytes_ != nullptr) {
+            std::memcpy(variavel_->endereco, bytes_.get(), bytesDe(*variavel_));
+        }
+        YliberaMemoria(std::exchange(variavel_->opcaoEscolhida, opcao_.release()));
+        variavel_->perifericoUtilizado = campos_.perifericoUtilizado;
+        variavel_->caracteresAntesDaVirgula = campos_.caracteresAntesDaVirgula;
+        variavel_->caracteresDepoisDaVirgula = campos_.caracteresDepoisDaVirgula;
+        variavel_->usada = campos_.usada;
+    }
+
+private:
+    Pramo_Variavel *variavel_;
+    Pramo_Variavel campos_; // its fields alone: it owns nothing
+    Dono<char> bytes_;
+    Dono<char> opcao_;
+};
+
+bool temOpcao(const Pramo_Variavel &variavel, const char *chave) {
+    const auto ehEsta = [&](const void *opcao) {
+        const char *propria = static_cast<const Opcao *>(opcao)->chave;
+        return propria != nullptr && std::strcmp(propria, chave) == 0;
+    };
+    const auto opcoes = variavel.opcoes != nullptr ? elementos(*variavel.opcoes) : std::span<void *>();
+    return std::any_of(opcoes.begin(), opcoes.end(), ehEsta);
+}
+
+/// Loads all fields of a request or, when one of them is refused, none.
+class CargaEstrita {
+public:
+    CargaEstrita() = default;
+    CargaEstrita(const CargaEstrita &) = delete;
+    CargaEstrita &operator=(const CargaEstrita &) = delete;
+    ~CargaEstrita() {
+        // Variables may share memory: the last one goes back first.
+        for (; !feita_ && !antes_.empty(); antes_.pop_back()) {
+            antes_.back().volta();
+        }
+    }
+
+    void carregaTudo(const Pramo_Operacao &operacao, const YNo *elemento) {
+        visitaCampos(operacao, elemento, [&](Pramo_Variavel &variavel, const YNo &campo) {
+            recusaNaoOferecido(variavel, campo);
+            semFaltaDeMemoria(FONTE_DA_OPERACAO, [&] { antes_.emplace_back(variavel); });
+        });
+        visitaCampos(operacao, elemento, carregaComNome);
+        feita_ = true;
+    }
+
+private:
+    void recusaNaoOferecido(const Pramo_Variavel &variavel, const YNo &campo) const {
+        const char *opcao = YNo_getAtributo(&campo, "opcao");
+        if (variavel.usada == 0) {
+            recusa(variavel, "O campo ", " não foi oferecido."_l1);
+        }
+        if (variavel.somenteLeitura != 0) {
+            recusa(variavel, "O campo ", " é somente para leitura."_l1);
+        }
+        if (std::any_of(antes_.begin(), antes_.end(), [&](const Antes &a) { return a.eh(variavel); })) {
+            recusa(variavel, "O campo ", " veio duas vezes.");
+        }
+        if (opcao != nullptr && !temOpcao(variavel, opcao)) {
+            recusa(variavel, "A opção escolhida não existe no campo "_l1, ".");
+        }
+    }
+
+    [[noreturn]] static void recusa(const Pramo_Variavel &variavel, const char *antes, const char *depois) {
+        YContextoTry_printf("campo: %s. ", variavel.nome);
+        recusaCampo(antes, variavel.nome, depois);
+    }
+
+    /// Whatever the type raises is said of its field, as an exception of the exchange.
+    static void carregaComNome(Pramo_Variavel &variavel, const YNo &campo) {
+        try {
+            carrega(variavel, campo);
+        } catch (const YExcecao &e) {
+            YContextoTry_printf("campo: %s. ", variavel.nome);
+            lanca(YExcSoap_rtti, e.what(), FONTE_DA_OPERACAO);
+        }
+    }
+
+    std::vector<Antes> antes_;
+    bool feita_ = false;
+};
+
 } // namespace
 
 void Pramo_Operacao_carregaDaRequisicao(Pramo_Operacao *operacao, const YNo *elemento) {
     if (privado(*operacao).cargaEstrita) {
-        visitaCampos(*operacao, elemento, recusaNaoOferecido);
+        CargaEstrita().carregaTudo(*operacao, elemento);
+    } else {
+        visitaCampos(*operacao, elemento, carrega);
     }
-    visitaCampos(*operacao, elemento, [](Pramo_Variavel &variavel, const YNo &campo) {
-        Pramo_Variavel_leDeYNo(&variavel, &campo);
-        Pramo_Variavel_desmarcaUsada(&variavel);
-    });
 }
 
 void Pramo_Operacao_setCargaEstrita(Pramo_Operacao *operacao, int32_t estrita) {

@@ -46,7 +46,9 @@ typedef struct Pramo_Tipo_Rtti {
     YRtti rtti;
 
     /* Reads the element's content into the variable's memory, or raises and stores nothing. What it raises
-     * reaches the client and maybe a log: it should not quote the content. */
+     * reaches the client and maybe a log: it should not quote the content. Strict loading
+     * (Pramo_Operacao_setCargaEstrita) may put the bytes back that stood there before: what owns something
+     * else does not belong there. */
     void (*leDeYNo)(Pramo_Tipo *tipo, struct Pramo_Variavel *variavel, const YNo *elemento);
 
     /* Appends a child "valor" with the value's text to the element, and names the type in its attribute

@@ -95,11 +95,19 @@ YSet *perifericosDe(Pramo_Variavel &variavel) {
 } // namespace
 
 void Pramo_Variavel_incluiPeriferico(Pramo_Variavel *variavel, Pramo_Periferico *periferico) {
-    YSet_poe(perifericosDe(*variavel), periferico);
+    if (periferico != nullptr) {
+        YSet_poe(perifericosDe(*variavel), periferico);
+    }
 }
 
 void Pramo_Variavel_incluiPerifericos(Pramo_Variavel *variavel, const YSet *perifericos) {
-    YSet_poeTudo(perifericosDe(*variavel), perifericos);
+    YSet *todos = perifericosDe(*variavel);
+    if (perifericos == nullptr || perifericos == todos) {
+        return;
+    }
+    for (YSetIt it = YSet_inicio(perifericos); it != YSet_fim(perifericos); YSetIt_anda(&it)) {
+        Pramo_Variavel_incluiPeriferico(variavel, static_cast<Pramo_Periferico *>(*it));
+    }
 }
 
 void Pramo_Variavel_acrescentaOpcao(Pramo_Variavel *variavel, const char *chave, const char *texto) {

@@ -76,7 +76,7 @@ Y_EXPORTA void Pramo_Variavel_setDescricao(Pramo_Variavel *variavel, const char 
 Y_EXPORTA const char *Pramo_Variavel_getDescricao(const Pramo_Variavel *variavel);
 
 /* Adds one peripheral, or all of a set, to those that may fill the field; one that is there already stays
- * once. */
+ * once. Null, as the peripheral, in the set or as the set, adds none. */
 Y_EXPORTA void Pramo_Variavel_incluiPeriferico(Pramo_Variavel *variavel, Pramo_Periferico *periferico);
 Y_EXPORTA void Pramo_Variavel_incluiPerifericos(Pramo_Variavel *variavel, const YSet *perifericos);
 

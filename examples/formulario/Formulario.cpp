@@ -30,8 +30,8 @@ const YRtti *Formulario_rtti() {
     return &definicao;
 }
 
-/// Without answers it gives the form again. An answer that is refused becomes the client's fault; those
-/// before it count, and the next form asks for the rest.
+/// Without answers it gives the form again. An answer that is refused becomes the client's fault; nothing of
+/// its request counts, and the next form asks for all of it again.
 void preenche(YWebService *servico, YNo *requisicao, YNo *resposta) {
     auto &formulario = *static_cast<Formulario *>(servico);
     const std::lock_guard tranca(formulario.trinco);

@@ -71,27 +71,28 @@ TEST(Formulario, umaVendaEmDuasRodadasComUmCampoRecusado) {
     Terminal terminal(programa.porta());
     terminal.constroi();
 
-    const std::string horaEQuem = campo("hora", "hora", "Hora", "00:00") +
-        campo("identificacao", "id", "Identifica&#231;&#227;o", "0000 ", "<descricao>Matr&#237;cula de quem vende</descricao>");
-    EXPECT_EQ(terminal.preenche(""),
-              campo("valor", "bin", "Valor", "0000 ") + "<focado>valor</focado>" +
-              campo("quantidade", "qtde3", "Quantidade", "0.000") + campo("data", "data", "Data", "1980-01-00") + horaEQuem + FIM);
-    EXPECT_EQ(terminal.preenche("<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo>"
-                                "<campo nome=\"valor\">12.50</campo><campo nome=\"data\">2024-03-05</campo>"
-                                "<campo nome=\"hora\">1430</campo><campo nome=\"identificacao\">123456789</campo>"),
-              "YExcSoap: Conteudo de hora mal formado.");
-    EXPECT_EQ(terminal.preenche("<campo nome=\"valor\">1</campo>"), "YExcSoap: O campo \"valor\" nao foi oferecido.");
-    EXPECT_EQ(terminal.preenche(""), horaEQuem + FIM) << "what was taken is not asked again";
-    EXPECT_EQ(terminal.preenche("<campo nome=\"hora\">14:30</campo><campo nome=\"identificacao\">123456789</campo>"),
+    const std::string item = campo("valor", "bin", "Valor", "0000 ") + "<focado>valor</focado>" +
+        campo("quantidade", "qtde3", "Quantidade", "0.000") + campo("data", "data", "Data", "1980-01-00") +
+        campo("hora", "hora", "Hora", "00:00") +
+        campo("identificacao", "id", "Identifica&#231;&#227;o", "0000 ", "<descricao>Matr&#237;cula de quem vende</descricao>") + FIM;
+    const auto respostas = [](const std::string &hora) {
+        return "<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo><campo nome=\"valor\">12.50</campo>"
+               "<campo nome=\"data\">2024-03-05</campo><campo nome=\"hora\">" + hora + "</campo>"
+               "<campo nome=\"identificacao\">123456789</campo>";
+    };
+    EXPECT_EQ(terminal.preenche(""), item);
+    EXPECT_EQ(terminal.preenche(respostas("1430")), "YExcSoap: campo: hora. Conteudo de hora mal formado.");
+    EXPECT_EQ(terminal.preenche(""), item) << "nothing was taken: all can be corrected";
+    EXPECT_EQ(terminal.preenche(respostas("14:30")),
               campo("parcelas", "escolhaMultipla", "Parcelas", "", "",
                     "<opcao><chave>1</chave><texto>&#224; vista</texto></opcao><opcao><chave>3</chave><texto>3 vezes</texto></opcao>") +
               "<focado>parcelas</focado>" + campo("senha", "senha", "", "0000 ", "", "<periferico>PIN</periferico>", false, true) +
               campo("autorizacao", "autorizacao", "Autoriza&#231;&#227;o", "") + FIM);
     EXPECT_EQ(terminal.preenche("<campo nome=\"parcelas\" opcao=\"3\">3</campo><campo nome=\"senha\" periferico=\"PIN\">987654</campo>"
                                 "<campo nome=\"autorizacao\">AUT 42</campo>"),
-              campo("total", "bin", "Total", "1875 ", "", "", true) + "<focado>total</focado>" + FIM)
-        << "value and quantity of the round that was refused";
-    EXPECT_EQ(terminal.preenche("<campo nome=\"total\">1</campo>"), "YExcSoap: O campo \"total\" e somente para leitura.");
+              campo("total", "bin", "Total", "1875 ", "", "", true) + "<focado>total</focado>" + FIM);
+    EXPECT_EQ(terminal.preenche("<campo nome=\"valor\">1</campo>"), "YExcSoap: campo: valor. O campo \"valor\" nao foi oferecido.");
+    EXPECT_EQ(terminal.preenche("<campo nome=\"total\">1</campo>"), "YExcSoap: campo: total. O campo \"total\" e somente para leitura.");
     EXPECT_EQ(terminal.chama("destroi", ""), "");
 
     EXPECT_EQ(programa.termina(), 0) << programa.erros();
