@@ -36,7 +36,7 @@ void confere(const YMensagemHttp &mensagem, std::size_t cabeca, std::size_t corp
         const std::string_view nome = YDIC_IT_getChave(i);
         const std::string_view valor = YDIC_IT_getValor(i);
         assert(nome == pramo::semBrancos(nome) && valor == pramo::semBrancos(valor));
-        assert(nome.find_first_of(":\n") == std::string_view::npos &&
+        assert(nome.find_first_of(":\n\r\t ") == std::string_view::npos &&
                valor.find('\n') == std::string_view::npos);
         tamanho += nome.size() + valor.size() + 2;
     }
@@ -46,11 +46,12 @@ void confere(const YMensagemHttp &mensagem, std::size_t cabeca, std::size_t corp
 
 /// False when nothing more is to be read.
 bool leUma(YMensagemHttp &mensagem, std::size_t cabeca, std::size_t corpo) {
-    const pramo::Cabeca lida = pramo::leCabeca(mensagem, 0, cabeca);
-    if (lida != pramo::Cabeca::COMPLETA && lida != pramo::Cabeca::COM_SOBRA) {
+    pramo::Prazo prazo = pramo::Prazo::daqui(0);
+    const pramo::Cabeca lida = pramo::leCabeca(mensagem, prazo, cabeca);
+    if (lida != pramo::Cabeca::COMPLETA && lida != pramo::Cabeca::ULTIMA) {
         return false;
     }
-    const pramo::Corpo corpoLido = pramo::leCorpo(mensagem, 0, corpo);
+    const pramo::Corpo corpoLido = pramo::leCorpo(mensagem, prazo, corpo);
     confere(mensagem, cabeca, corpo);
     try {
         const pramo::RequestLine linha = pramo::analisaRequestLine(pramo::conteudo(*mensagem.primeiraLinha));

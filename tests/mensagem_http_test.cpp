@@ -5,11 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -61,7 +63,7 @@ protected:
 
 TEST_F(Mensagem, lidaDeNovoSoTemONovo) {
     envia("GET /a HTTP/1.1\r\nX-Um: 1\r\ncontent-length: 5\r\nX-Um: 2\r\n\r\n12345"
-          "HTTP/1.1 200 OK\nX-Dois : a: b \n\n"
+          "HTTP/1.1 200 OK\nX-Dois: a: b \n\n"
           "incompleta");
     ASSERT_EQ(YMensagemHttp_obtemDoSocket(m.get(), daqui(10)), 1);
     EXPECT_EQ(linha(), "GET /a HTTP/1.1");
@@ -89,18 +91,42 @@ TEST_F(Mensagem, cortadaTrazOQueChegou) {
 }
 
 TEST_F(Mensagem, recusasLevantamExcecao) {
-    const auto mensagemDe = [this](const std::string &bytes) {
+    const auto recusa = [this](const std::string &bytes) {
+        conexao.reset();
+        cliente = pramo::cria<YSocket>(YSocket_rtti);
+        SetUp();
         envia(bytes);
         return apoio::excecao([&] { YMensagemHttp_obtemDoSocket(m.get(), daqui(10)); });
     };
-    EXPECT_EQ(mensagemDe("A HTTP/1.1\nContent-Length: 3\nContent-Length: 4\n"),
-              "YExc: Mensagem HTTP mal formada.");
-    EXPECT_EQ(mensagemDe("A HTTP/1.1\nExpect: 100-continue\nContent-Length: 67108865\n\n"),
+    const std::string mal = "YExc: Mensagem HTTP mal formada.";
+    // What two readers might take differently.
+    const char *const campos[] = {"Content-Length: 3\nContent-Length: 4",
+                                  "Content-Length: 3\nContent-Length: 03",
+                                  "Content-Length: -3\nContent-Length: -4",
+                                  "Content-Length: -1",
+                                  "Content-Length: 0x1A",
+                                  "Content-Length: +0X1A",
+                                  "Content-Length: 3, 5",
+                                  "Content-Length: L, 5",
+                                  "Content-Length: 3 4",
+                                  "Content-Length: \v3",
+                                  "Content-Length : 3",
+                                  "Content-Length\t: 3",
+                                  "\vContent-Length: 3",
+                                  "B: c\n d",
+                                  "B: c\n\tContent-Length: 3",
+                                  "B: c\rContent-Length: 3",
+                                  " B: c"};
+    for (const char *campo : campos) {
+        EXPECT_EQ(recusa(std::string("A HTTP/1.1\n") + campo + "\n\nabc"), mal) << campo;
+    }
+    for (const std::string &primeira : {std::string("B\0\n", 3), std::string("B\rC\n")}) {
+        EXPECT_EQ(recusa(primeira), mal);
+        EXPECT_EQ(linha(), "A HTTP/1.1") << "its first line was not read";
+    }
+    EXPECT_EQ(recusa(std::string(65537, 'x')), "YExc: Mensagem HTTP grande demais.");
+    EXPECT_EQ(recusa("A HTTP/1.1\nExpect: 100-continue\nContent-Length: 67108865\n\n"),
               "YExc: Mensagem HTTP grande demais.");
-    EXPECT_EQ(linha(), "A HTTP/1.1");
-    EXPECT_EQ(mensagemDe(std::string("B\0\n", 3)), "YExc: Mensagem HTTP mal formada.");
-    EXPECT_EQ(linha(), "A HTTP/1.1") << "its first line was not read";
-    EXPECT_EQ(mensagemDe(std::string(65537, 'x')), "YExc: Mensagem HTTP grande demais.");
     EXPECT_EQ(recebidoPeloCliente(), "") << "no 100 Continue for a body that is refused";
 }
 
@@ -145,8 +171,18 @@ TEST_F(Mensagem, salvaNoFimDoArquivo) {
     YMensagemHttp_salvaEmArquivo(m.get(), caminho.c_str());
     YMensagemHttp_salvaEmArquivo(m.get(), caminho.c_str());
     YMensagemHttp_salvaEmArquivo(m.get(), "/nao/existe/tal/pasta");
-    std::ifstream arquivo(caminho, std::ios::binary);
+    // A file that may grow by ten bytes only: no half message stays.
     const std::string uma = "POST / HTTP/1.1\nA: b\n\ncorpo\n\n";
+    rlimit antes{};
+    getrlimit(RLIMIT_FSIZE, &antes);
+    const rlimit quase{2 * uma.size() + 10, antes.rlim_max};
+    const auto sinal = signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &quase);
+    EXPECT_EQ(apoio::excecao([&] { YMensagemHttp_salvaEmArquivo(m.get(), caminho.c_str()); }),
+              "YExcIOError: " + caminho + ". Falha na grava\xE7\xE3o do arquivo.");
+    setrlimit(RLIMIT_FSIZE, &antes);
+    signal(SIGXFSZ, sinal);
+    std::ifstream arquivo(caminho, std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(arquivo), {}), uma + uma);
     std::filesystem::remove(caminho);
 }

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
+#include <atomic>
 #include <csignal>
 #include <ctime>
+#include <functional>
 #include <netinet/in.h>
 #include <pthread.h>
 #include <sys/socket.h>
@@ -84,55 +86,140 @@ TEST_F(Socket, grandeVolumeChegaInteiroEAosPedacos) {
     EXPECT_TRUE(linhas + texto() == dados);
 }
 
-TEST_F(Socket, ouveIPv4EIPv6) {
-    const int v6 = socket(AF_INET6, SOCK_STREAM, 0);
-    sockaddr_in6 local{};
-    local.sin6_family = AF_INET6;
-    local.sin6_addr = in6addr_loopback;
-    const bool temV6 = v6 >= 0 && bind(v6, reinterpret_cast<sockaddr *>(&local), sizeof local) == 0;
-    close(v6);
-    if (!temV6) {
-        GTEST_SKIP() << "no IPv6 loopback here";
+std::string erroDe(const std::function<void()> &funcao) {
+    try {
+        funcao();
+    } catch (const YExcecao &e) {
+        return e.what();
     }
+    return "";
+}
+
+TEST_F(Socket, escutaOndeSePede) {
     liga("::1");
-}
-
-TEST_F(Socket, escritaParaQuemSeFoiLancaSemSinal) {
-    liga();
-    cliente.reset();
-    EXPECT_THROW(
-        for (int i = 0; i < 1000; i++) {
-            YSocket_printf(conexao.get(), "x");
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        },
-        YExcecao);
-}
-
-TEST_F(Socket, portaOcupadaEPortaImpossivelLancam) {
-    YSocket_escuta(ouvinte.get(), 0);
+    cliente = pramo::cria<YSocket>(YSocket_rtti);
     auto outro = pramo::cria<YSocket>(YSocket_rtti);
-    EXPECT_THROW(YSocket_aceitaConexao(outro.get(), YSocket_getPorta(ouvinte.get())), YExcecao);
-    EXPECT_THROW(YSocket_escuta(outro.get(), 70'000), YExcecao);
+    const uint32_t porta = YSocket_getPorta(ouvinte.get());
+    const std::string fim = "Porta n\xE3o p\xF4"
+                            "de ser usada.";
+    struct {
+        const char *endereco;
+        uint32_t porta;
+        std::string mensagem;
+    } const recusas[] = {
+        {nullptr, porta, "porta: " + std::to_string(porta) + ". J\xE1 est\xE1 em uso. "},
+        {nullptr, 70'000, "porta: 70000. N\xE3o existe. "},
+        {"localhost", 0, "endere\xE7o: localhost, porta: 0. O endere\xE7o n\xE3o \xE9 num\xE9rico. "},
+        {"192.0.2.1", 0, "endere\xE7o: 192.0.2.1, porta: 0. O endere\xE7o n\xE3o \xE9 desta m\xE1quina. "},
+    };
+    for (const auto &r : recusas) {
+        EXPECT_EQ(erroDe([&] { YSocket_escutaEm(outro.get(), r.endereco, r.porta); }), r.mensagem + fim);
+    }
     EXPECT_EQ(YSocket_getPorta(outro.get()), 0U);
-    EXPECT_EQ(YSocket_aceitaConexao(ouvinte.get(), 0), nullptr) << "nobody came";
-    EXPECT_THROW(YSocket_conecta(outro.get(), "127.0.0.1", 1, daqui(5)), YExcecao);
+    for (const char *endereco : {"127.0.0.1", "::1"}) {
+        outro = pramo::cria<YSocket>(YSocket_rtti);
+        YSocket_escutaEm(outro.get(), endereco, 0);
+        for (const char *alvo : {"127.0.0.1", "::1", "127.0.0.2"}) {
+            cliente = pramo::cria<YSocket>(YSocket_rtti);
+            const int fim2 = YSocket_conectaMs(cliente.get(), alvo, YSocket_getPorta(outro.get()), 5000);
+            EXPECT_EQ(fim2, std::string(alvo) == endereco ? Y_ESPERA_PRONTA : Y_ESPERA_FECHADA) << alvo;
+        }
+    }
 }
 
-TEST_F(Socket, sinaisNaoInterrompemARecepcao) {
+// Each operation that waits, under each end that a wait can have.
+TEST_F(Socket, cadaFimDeCadaEspera) {
+    liga();
+    const auto muito = pramo::cria<YStream>(YStream_rtti);
+    YStream_puts(muito.get(), std::string(32 << 20, 'm').c_str());
+    auto nova = pramo::cria<YSocket>(YSocket_rtti);
+    YSocket *aceita = nullptr;
+    const uint32_t porta = YSocket_getPorta(ouvinte.get());
+    YSocket_printf(cliente.get(), "uma\nab");
+    EXPECT_EQ(YSocket_recebeLinhaMs(conexao.get(), s.get(), 9000), Y_ESPERA_PRONTA);
+    EXPECT_EQ(YSocket_recebeLinhaMs(conexao.get(), s.get(), 20), Y_ESPERA_PRAZO);
+    EXPECT_EQ(YSocket_recebeBlocoMs(conexao.get(), s.get(), 3, 20), Y_ESPERA_PRAZO);
+    EXPECT_EQ(texto(), "ab") << "what came is there";
+    EXPECT_EQ(YSocket_aceitaConexaoMs(ouvinte.get(), 0, &aceita, 20), Y_ESPERA_PRAZO);
+    EXPECT_EQ(YSocket_enviaMs(cliente.get(), muito.get(), 20), Y_ESPERA_PRAZO);
+    EXPECT_EQ(YSocket_conectaMs(nova.get(), "localhost", porta, 9000), Y_ESPERA_PRONTA) << "a name";
+    EXPECT_EQ(YSocket_aceitaConexaoMs(ouvinte.get(), 0, &aceita, 9000), Y_ESPERA_PRONTA);
+    EXPECT_EQ(YSocket_enviaMs(nova.get(), s.get(), 9000), Y_ESPERA_PRONTA);
+    const pramo::Ponteiro<YSocket> outra(aceita);
+
+    // The second of time() has come when the first form gives up, so that the two can be told apart.
+    const int64_t prazo = daqui(1);
+    EXPECT_EQ(YSocket_recebeBloco(outra.get(), s.get(), 3, prazo), 0);
+    EXPECT_GE(std::time(nullptr), prazo);
+
+    const std::function<int()> esperas[] = {
+        [&] { return YSocket_recebeLinhaMs(outra.get(), s.get(), 9000); },
+        [&] { return YSocket_enviaMs(conexao.get(), muito.get(), 9000); },
+        [&] { return YSocket_aceitaConexaoMs(ouvinte.get(), 0, &aceita, 9000); },
+    };
+    YSocket *const sockets[] = {outra.get(), conexao.get(), ouvinte.get()};
+    for (const int i : {0, 1, 2}) {
+        std::thread cancela([&] {
+            std::this_thread::yield(); // before the wait or within it
+            YSocket_cancela(sockets[i]);
+        });
+        EXPECT_EQ(esperas[i](), Y_ESPERA_CANCELADA) << i;
+        cancela.join();
+        EXPECT_EQ(esperas[i](), Y_ESPERA_CANCELADA) << i << ": for good";
+    }
+    cliente = pramo::cria<YSocket>(YSocket_rtti);
+    YSocket_cancela(cliente.get());
+    EXPECT_EQ(YSocket_conectaMs(cliente.get(), "127.0.0.1", porta, 9000), Y_ESPERA_CANCELADA);
+    EXPECT_EQ(YSocket_recebeBlocoMs(nova.get(), s.get(), 0, 0), Y_ESPERA_PRONTA) << "nothing to wait for";
+
+    ouvinte = pramo::cria<YSocket>(YSocket_rtti);
+    cliente = pramo::cria<YSocket>(YSocket_rtti);
+    conexao.reset();
+    liga();
+    conexao.reset();
+    EXPECT_EQ(YSocket_recebeLinhaMs(cliente.get(), s.get(), 9000), Y_ESPERA_FECHADA);
+    EXPECT_EQ(YSocket_enviaMs(cliente.get(), muito.get(), 9000), Y_ESPERA_FECHADA);
+    EXPECT_THROW(YSocket_printf(cliente.get(), "x"), YExcecao) << "and no signal";
+    EXPECT_EQ(YSocket_conectaMs(nova.get(), "127.0.0.1", 1, 9000), Y_ESPERA_FECHADA);
+}
+
+// Signals all the time: no wait ends for them, none begins anew, and none takes one for what it waits for.
+TEST_F(Socket, sinaisNaoMudamNada) {
     liga();
     struct sigaction acao {};
     struct sigaction antiga {};
     acao.sa_handler = [](int) {};
     sigaction(SIGUSR1, &acao, &antiga);
+    // A listener whose queue is full: a connection to it stays on its way.
+    const int surdo = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in local{};
+    local.sin_family = AF_INET;
+    local.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t tamanho = sizeof local;
+    ASSERT_EQ(bind(surdo, reinterpret_cast<sockaddr *>(&local), sizeof local) + listen(surdo, 0), 0);
+    ASSERT_EQ(getsockname(surdo, reinterpret_cast<sockaddr *>(&local), &tamanho), 0);
+    const uint32_t porta = ntohs(local.sin_port);
+    const auto naFila = pramo::cria<YSocket>(YSocket_rtti);
+    ASSERT_EQ(YSocket_conectaMs(naFila.get(), "127.0.0.1", porta, 9000), Y_ESPERA_PRONTA);
+
     int chegou = -1;
-    std::thread leitor([&] { chegou = YSocket_recebeLinha(conexao.get(), s.get(), daqui(20)); });
-    for (int i = 0; i < 50; i++) {
+    int conectou = -1;
+    std::atomic<bool> acabou{false};
+    std::thread leitor([&] {
+        const auto novo = pramo::cria<YSocket>(YSocket_rtti);
+        conectou = YSocket_conectaMs(novo.get(), "127.0.0.1", porta, 200);
+        YSocket_printf(cliente.get(), "linha\n");
+        chegou = YSocket_recebeLinha(conexao.get(), s.get(), daqui(20));
+        acabou = true;
+    });
+    while (!acabou) {
         pthread_kill(leitor.native_handle(), SIGUSR1);
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    YSocket_printf(cliente.get(), "linha\n");
     leitor.join();
+    close(surdo);
     sigaction(SIGUSR1, &antiga, nullptr);
+    EXPECT_EQ(conectou, Y_ESPERA_PRAZO);
     EXPECT_EQ(chegou, 1);
     EXPECT_EQ(texto(), "linha");
 }

@@ -1,3 +1,4 @@
+// The socket object, its buffer, and what it receives and sends.
 #include <3pramo/foundation/YSocket_interno.hpp>
 
 #include <3pramo/foundation/Dono.hpp>
@@ -8,9 +9,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <vector>
 
 using namespace pramo;
 
@@ -18,8 +19,10 @@ namespace {
 
 constexpr const char *FONTE = "YSocket";
 constexpr std::size_t CAPACIDADE_INICIAL = 8192;
+constexpr std::size_t CAPACIDADE_GUARDADA = std::size_t{64} * 1024;
 constexpr std::size_t LINHA_MAXIMA = std::size_t{1} << 20;
 constexpr std::size_t PEDACO_DIRETO = std::size_t{64} * 1024;
+constexpr int SEM_PROGRESSO = 30'000; // milliseconds
 
 void constroiSocket(void *objeto) {
     static_cast<YSocket *>(objeto)->fd = -1;
@@ -39,8 +42,14 @@ std::string_view pendentes(const YSocket &socket) {
 
 void consome(YSocket &socket, std::size_t quantos) {
     socket.inicio += quantos;
-    if (socket.inicio == socket.fim) {
-        socket.inicio = socket.fim = 0;
+    if (socket.inicio < socket.fim) {
+        return;
+    }
+    socket.inicio = socket.fim = 0;
+    if (socket.capacidade > CAPACIDADE_GUARDADA) {
+        YliberaMemoria(socket.buffer);
+        socket.buffer = nullptr;
+        socket.capacidade = 0;
     }
 }
 
@@ -64,22 +73,39 @@ void abreEspaco(YSocket &socket) {
     socket.fim = resto.size();
 }
 
-/// Receives some bytes straight to `destino`; 0 when the deadline passed or the connection ended.
-std::size_t recebe(YSocket &socket, char *destino, std::size_t espaco, std::int64_t prazo) {
-    if (socket.fd < 0 || socket.acabou) {
-        return 0;
-    }
-    const ssize_t recebidos = sistema::recebe(socket.fd, destino, espaco, prazo);
-    socket.acabou = recebidos == sistema::FIM;
-    return recebidos > 0 ? static_cast<std::size_t>(recebidos) : 0;
+/// How a connection stands that gives no more bytes.
+YFimDaEspera fimDaConexao(const YSocket &socket) {
+    return socket.cancelado ? Y_ESPERA_CANCELADA : Y_ESPERA_FECHADA;
 }
 
-bool recebeNoBuffer(YSocket &socket, std::int64_t prazo) {
+/// Receives some bytes straight to `destino`.
+YFimDaEspera recebe(YSocket &socket, char *destino, std::size_t espaco, const Prazo &prazo,
+                    std::size_t &recebidos) {
+    recebidos = 0;
+    const Despertador *despertador = socket.despertador;
+    if (socket.fd < 0 || socket.acabou || socket.cancelado ||
+        (despertador != nullptr && despertador->tocou())) {
+        return fimDaConexao(socket);
+    }
+    const ssize_t n =
+        sistema::recebe(socket.fd, destino, espaco, prazo, despertador != nullptr ? despertador->fd() : -1);
+    if (n > 0) {
+        recebidos = static_cast<std::size_t>(n);
+        return Y_ESPERA_PRONTA;
+    }
+    if (n == sistema::FIM) {
+        socket.acabou = true;
+    }
+    return n == sistema::PRAZO && !socket.cancelado ? Y_ESPERA_PRAZO : fimDaConexao(socket);
+}
+
+YFimDaEspera recebeNoBuffer(YSocket &socket, const Prazo &prazo) {
     abreEspaco(socket);
-    const std::size_t recebidos =
-        recebe(socket, socket.buffer + socket.fim, socket.capacidade - socket.fim, prazo);
+    std::size_t recebidos = 0;
+    const YFimDaEspera fim =
+        recebe(socket, socket.buffer + socket.fim, socket.capacidade - socket.fim, prazo, recebidos);
     socket.fim += recebidos;
-    return recebidos > 0;
+    return fim;
 }
 
 std::string_view semFimDeLinha(std::string_view linha) {
@@ -90,6 +116,31 @@ std::string_view semFimDeLinha(std::string_view linha) {
     return linha;
 }
 
+YFimDaEspera recebeLinhaAte(YSocket &socket, YStream &stream, const Prazo &prazo) {
+    std::size_t consumidos = 0;
+    switch (recebeLinha(socket, stream, prazo, LINHA_MAXIMA, consumidos)) {
+    case Linha::COMPLETA:
+        return Y_ESPERA_PRONTA;
+    case Linha::PRAZO:
+        return Y_ESPERA_PRAZO;
+    case Linha::FECHADA:
+        return fimDaConexao(socket);
+    case Linha::LONGA:
+        break;
+    }
+    lanca(YExcIOError_rtti, "Linha longa demais."_l1, FONTE);
+}
+
+sistema::Envio envia(YSocket &socket, std::span<const std::string_view> partes, const Prazo &prazo,
+                     sistema::Ritmo ritmo) {
+    const bool aberta = socket.fd >= 0 && !socket.cancelado;
+    const auto fim = aberta ? sistema::envia(socket.fd, partes, prazo, ritmo) : sistema::Envio::ACABOU;
+    if (fim != sistema::Envio::FEITO) {
+        socket.acabou = true; // whatever followed would stand behind a part
+    }
+    return fim;
+}
+
 } // namespace
 
 const YRtti YSocket_definicaoRtti = {YOb_rtti, "YSocket", sizeof(YSocket), constroiSocket, destroiSocket};
@@ -98,48 +149,9 @@ const YRtti *YSocket_rtti(void) {
     return &YSocket_definicaoRtti;
 }
 
-// ---- Listening and connecting ----
-
-void YSocket_escuta(YSocket *ouvinte, uint32_t porta) {
-    if (ouvinte->fd >= 0) {
-        return;
-    }
-    ouvinte->fd = sistema::escuta(porta);
-    if (ouvinte->fd < 0) {
-        YContextoTry_printf("porta: %u. ", porta);
-        lanca(YExc_rtti, "Porta não pôde ser usada."_l1, FONTE);
-    }
-    ouvinte->ouvinte = true;
-}
-
-YSocket *YSocket_aceitaConexao(YSocket *ouvinte, uint32_t porta) {
-    YSocket_escuta(ouvinte, porta);
-    // Made first: a connection is never accepted only to be lost for want of memory.
-    Dono<YSocket> novo = cria<YSocket>(YSocket_rtti, FONTE);
-    novo->fd = sistema::aceita(ouvinte->fd);
-    if (novo->fd == sistema::FALTA_RECURSO) {
-        novo->fd = -1;
-        lanca(YExc_rtti, "Falha aceitando conexão."_l1, FONTE);
-    }
-    return novo->fd >= 0 ? novo.release() : nullptr;
-}
-
-uint32_t YSocket_getPorta(const YSocket *socket) {
-    return socket->fd >= 0 ? sistema::portaLocal(socket->fd) : 0;
-}
-
-void YSocket_conecta(YSocket *socket, const char *endereco, uint32_t porta, int64_t prazo) {
-    const int fd = socket->fd < 0 ? sistema::conecta(endereco, porta, prazo) : -1;
-    if (fd < 0) {
-        YContextoTry_printf("%s:%u. ", endereco, porta);
-        lanca(YExcIOError_rtti, "Falha na conexão."_l1, FONTE);
-    }
-    socket->fd = fd;
-}
-
 // ---- Receiving ----
 
-Linha pramo::recebeLinha(YSocket &socket, YStream &stream, std::int64_t prazo, std::size_t maximo,
+Linha pramo::recebeLinha(YSocket &socket, YStream &stream, const Prazo &prazo, std::size_t maximo,
                          std::size_t &consumidos) {
     YStream_clear(&stream);
     std::size_t vistos = 0;
@@ -156,45 +168,64 @@ Linha pramo::recebeLinha(YSocket &socket, YStream &stream, std::int64_t prazo, s
         if (vistos == maximo) {
             return Linha::LONGA;
         }
-        if (!recebeNoBuffer(socket, prazo)) {
-            return Linha::INCOMPLETA;
+        const YFimDaEspera fimDaEspera = recebeNoBuffer(socket, prazo);
+        if (fimDaEspera != Y_ESPERA_PRONTA) {
+            return fimDaEspera == Y_ESPERA_PRAZO ? Linha::PRAZO : Linha::FECHADA;
         }
     }
 }
 
 int YSocket_recebeLinha(YSocket *socket, YStream *stream, int64_t prazo) {
-    std::size_t consumidos = 0;
-    const Linha linha = recebeLinha(*socket, *stream, prazo, LINHA_MAXIMA, consumidos);
-    if (linha == Linha::LONGA) {
-        lanca(YExcIOError_rtti, "Linha longa demais."_l1, FONTE);
+    return recebeLinhaAte(*socket, *stream, Prazo::noSegundo(prazo)) == Y_ESPERA_PRONTA ? 1 : 0;
+}
+
+YFimDaEspera YSocket_recebeLinhaMs(YSocket *socket, YStream *stream, uint32_t milissegundos) {
+    return recebeLinhaAte(*socket, *stream, Prazo::daqui(milissegundos));
+}
+
+YFimDaEspera pramo::recebeBloco(YSocket &socket, YStream &stream, std::uint64_t quantos, const Prazo &prazo) {
+    const std::string_view prontos = pendentes(socket).substr(0, quantos);
+    acrescenta(stream, prontos);
+    consome(socket, prontos.size());
+    std::uint64_t faltam = quantos - prontos.size();
+    while (faltam > 0) {
+        // What is announced is not taken on trust: room is made for one piece at a time.
+        const std::size_t pedaco = std::min<std::uint64_t>(faltam, PEDACO_DIRETO);
+        std::size_t recebidos = 0;
+        const YFimDaEspera fim = recebe(socket, reserva(stream, pedaco), pedaco, prazo, recebidos);
+        if (fim != Y_ESPERA_PRONTA) {
+            return fim;
+        }
+        avanca(stream, recebidos);
+        faltam -= recebidos;
     }
-    return linha == Linha::COMPLETA ? 1 : 0;
+    return Y_ESPERA_PRONTA;
 }
 
 int YSocket_recebeBloco(YSocket *socket, YStream *stream, int64_t quantos, int64_t prazo) {
-    auto faltam = static_cast<std::size_t>(std::max<int64_t>(quantos, 0));
-    const std::string_view prontos = pendentes(*socket).substr(0, faltam);
-    acrescenta(*stream, prontos);
-    consome(*socket, prontos.size());
-    faltam -= prontos.size();
-    while (faltam > 0) {
-        // What is announced is not taken on trust: room is made for one piece at a time.
-        const std::size_t pedaco = std::min(faltam, PEDACO_DIRETO);
-        const std::size_t recebidos = recebe(*socket, reserva(*stream, pedaco), pedaco, prazo);
-        if (recebidos == 0) {
-            return 0;
-        }
-        avanca(*stream, recebidos);
-        faltam -= recebidos;
-    }
-    return 1;
+    const auto n = static_cast<std::uint64_t>(std::max<int64_t>(quantos, 0));
+    return recebeBloco(*socket, *stream, n, Prazo::noSegundo(prazo)) == Y_ESPERA_PRONTA ? 1 : 0;
+}
+
+YFimDaEspera YSocket_recebeBlocoMs(YSocket *socket, YStream *stream, int64_t quantos,
+                                   uint32_t milissegundos) {
+    const auto n = static_cast<std::uint64_t>(std::max<int64_t>(quantos, 0));
+    return recebeBloco(*socket, *stream, n, Prazo::daqui(milissegundos));
+}
+
+bool pramo::temAlgo(const YSocket &socket) {
+    return socket.inicio < socket.fim;
+}
+
+bool pramo::esperaAlgo(YSocket &socket, const Prazo &prazo) {
+    return temAlgo(socket) || recebeNoBuffer(socket, prazo) == Y_ESPERA_PRONTA;
 }
 
 // ---- Sending ----
 
-void pramo::enviaPartes(YSocket &socket, std::span<const std::string_view> partes) {
-    if (socket.fd < 0 || !sistema::envia(socket.fd, partes)) {
-        socket.acabou = true;
+void pramo::enviaPartes(YSocket &socket, std::span<const std::string_view> partes, std::int64_t porJanela) {
+    const Prazo sempre = Prazo::daqui(INT64_MAX);
+    if (envia(socket, partes, sempre, {porJanela, SEM_PROGRESSO}) != sistema::Envio::FEITO) {
         lanca(YExcIOError_rtti, "Falha no envio pelo socket."_l1, FONTE);
     }
 }
@@ -202,6 +233,20 @@ void pramo::enviaPartes(YSocket &socket, std::span<const std::string_view> parte
 void YSocket_envia(YSocket *socket, YStream *stream) {
     const std::string_view parte = conteudo(*stream);
     enviaPartes(*socket, {&parte, 1});
+}
+
+YFimDaEspera YSocket_enviaMs(YSocket *socket, YStream *stream, uint32_t milissegundos) {
+    const std::string_view parte = conteudo(*stream);
+    const auto prazo = Prazo::daqui(milissegundos);
+    switch (envia(*socket, {&parte, 1}, prazo, {0, SEM_PROGRESSO})) {
+    case sistema::Envio::FEITO:
+        return Y_ESPERA_PRONTA;
+    case sistema::Envio::LENTO:
+        return Y_ESPERA_PRAZO;
+    case sistema::Envio::ACABOU:
+        break;
+    }
+    return fimDaConexao(*socket);
 }
 
 void YSocket_printf(YSocket *socket, const char *formato, ...) {
@@ -229,11 +274,34 @@ void pramo::encerraTudo(YSocket &socket) {
     shutdown(socket.fd, SHUT_RDWR);
 }
 
-void pramo::despede(YSocket &socket, int milissegundos) {
+void YSocket_cancela(YSocket *socket) {
+    // In this order: a thread that is just connecting looks at the mark after it has stored the descriptor.
+    socket->cancelado = true;
+    if (socket->fd >= 0) {
+        encerraTudo(*socket);
+    }
+}
+
+void pramo::despede(YSocket &socket, int limite, int silencio) {
     if (socket.fd < 0 || socket.acabou) {
         return;
     }
     shutdown(socket.fd, SHUT_WR);
-    sistema::jogaFora(socket.fd, milissegundos);
+    sistema::jogaFora(socket.fd, limite, silencio);
     socket.acabou = true;
+}
+
+Despertador::Despertador() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (fd_ < 0) {
+        lanca(YExc_rtti, "Falta descritor."_l1, FONTE);
+    }
+}
+
+Despertador::~Despertador() {
+    close(fd_);
+}
+
+void Despertador::toca() noexcept {
+    tocou_ = true;
+    eventfd_write(fd_, 1);
 }

@@ -1,10 +1,15 @@
 /* A TCP endpoint with a receive buffer of its own.
  *
  * Made with YalocaObjeto(&socket, YSocket_rtti), freed with YliberaObjeto, which closes the connection. One
- * thread at a time reads and one writes. A deadline is an absolute time in whole seconds as time() gives it;
- * a wait ends when that second begins. Interrupted system calls are begun again. No write ever raises
- * SIGPIPE: a write to a peer that has gone, or that takes nothing for 30 seconds, raises YExcIOError "Falha
- * no envio pelo socket." */
+ * thread at a time reads and one writes; any thread may cancel (YSocket_cancela).
+ *
+ * Each operation that waits comes in two forms. The first takes a deadline in absolute whole seconds as
+ * time() gives them; it waits until that second begins, so that time() has reached it when the wait was in
+ * vain, and does not tell a deadline from a closed connection: a peer may close in the second of the
+ * deadline. The second form, whose name ends in Ms, takes milliseconds from the call (0: only what is there
+ * already), measured on a clock that nobody sets, and says how the wait ended. Interrupted system calls are
+ * taken up again, with what remains of the time. No write ever raises SIGPIPE: a write to a peer that has
+ * gone, or that takes nothing for 30 seconds, raises YExcIOError "Falha no envio pelo socket." */
 #ifndef Y3PRAMO_FOUNDATION_YSOCKET_H
 #define Y3PRAMO_FOUNDATION_YSOCKET_H
 
@@ -14,6 +19,14 @@ Y_INICIO_C
 
 typedef struct YSocket YSocket;
 
+/* How a wait ended. */
+typedef enum YFimDaEspera {
+    Y_ESPERA_PRONTA = 1,     /* what was waited for is there, whole */
+    Y_ESPERA_PRAZO = 0,      /* the time passed first */
+    Y_ESPERA_FECHADA = -1,   /* the peer closed, the connection failed, or there is none */
+    Y_ESPERA_CANCELADA = -2, /* YSocket_cancela */
+} YFimDaEspera;
+
 Y_EXPORTA extern const YRtti YSocket_definicaoRtti;
 Y_EXPORTA const YRtti *YSocket_rtti(void);
 
@@ -22,43 +35,72 @@ Y_EXPORTA const YRtti *YSocket_rtti(void);
 /* The first call makes the socket listen on the port (0: a free one that the system chooses), on all IPv4
  * and IPv6 addresses; later calls go on with that port whatever they are given. Waits up to 100 ms for a
  * connection: a new socket that the caller owns, or null. Raises YExc "Porta não pôde ser usada." when
- * the port cannot be used, and "Falha aceitando conexão." when the system has no means for another
- * connection. */
+ * the port cannot be used, with the reason in front ("porta: 80. Permissão negada. "), and "Falha aceitando
+ * conexão." when the system has no means for another connection or the listener has failed. */
 Y_EXPORTA YSocket *YSocket_aceitaConexao(YSocket *ouvinte, uint32_t porta);
+
+/* The same with the time given; stores the new socket or null at `nova`. Never Y_ESPERA_FECHADA. */
+Y_EXPORTA YFimDaEspera YSocket_aceitaConexaoMs(YSocket *ouvinte, uint32_t porta, YSocket **nova,
+                                               uint32_t milissegundos);
 
 /* Makes the socket listen now, as the first YSocket_aceitaConexao would; nothing when it already does. */
 Y_EXPORTA void YSocket_escuta(YSocket *ouvinte, uint32_t porta);
+
+/* The same on one address of this machine, numeric ("127.0.0.1", "::1"; "::" is all of IPv6 alone); null is
+ * all addresses. Raises as YSocket_aceitaConexao, also for an address that is not numeric or not this
+ * machine's. Later calls of YSocket_aceitaConexao go on with it. */
+Y_EXPORTA void YSocket_escutaEm(YSocket *ouvinte, const char *endereco, uint32_t porta);
 
 /* The local port, of a listener or a connection; 0 when there is none. */
 Y_EXPORTA uint32_t YSocket_getPorta(const YSocket *socket);
 
 /* ---- Connecting ---- */
 
-/* Connects to a numeric address or host name; waits until the deadline. Raises YExcIOError "Falha na
- * conexão." with the address as detail. */
+/* Connects to a numeric address or host name; waits until the deadline, also for the name. Raises
+ * YExcIOError "Falha na conexão." with the address as detail. A name whose search lasts longer goes on being
+ * searched for on a thread of its own; with 64 such searches under way the next name fails at once. */
 Y_EXPORTA void YSocket_conecta(YSocket *socket, const char *endereco, uint32_t porta, int64_t prazo);
+
+/* The same; Y_ESPERA_FECHADA when it is refused or the name is not known. */
+Y_EXPORTA YFimDaEspera YSocket_conectaMs(YSocket *socket, const char *endereco, uint32_t porta,
+                                         uint32_t milissegundos);
 
 /* ---- Receiving ---- */
 
 /* Empties the stream, then stores one line without its LF and without a CR just before it: 1 when a whole
- * line arrived, which may be empty. 0 when the deadline passed or the peer closed first: the stream is then
- * empty and the bytes of the unfinished line wait in the socket. */
+ * line arrived, which may be empty. 0 when the deadline passed or the peer closed first (which of them is not
+ * told): the stream is then empty and the bytes of the unfinished line wait in the socket. Raises YExcIOError
+ * "Linha longa demais." when 1 MiB came without an end of line; the bytes stay in the socket. */
 Y_EXPORTA int YSocket_recebeLinha(YSocket *socket, YStream *stream, int64_t prazo);
+Y_EXPORTA YFimDaEspera YSocket_recebeLinhaMs(YSocket *socket, YStream *stream, uint32_t milissegundos);
 
 /* Appends the next `quantos` bytes to the stream; 1 when all arrived, 0 when it stopped early at the
- * deadline or because the peer closed (what arrived is in the stream). Memory is taken as bytes arrive.
- * Zero or less gives 1. */
+ * deadline or because the peer closed (which of them is not told). What arrived is in the stream, in the
+ * second form too: ask again for the rest. Memory is taken as bytes arrive. Zero or less gives 1. */
 Y_EXPORTA int YSocket_recebeBloco(YSocket *socket, YStream *stream, int64_t quantos, int64_t prazo);
+Y_EXPORTA YFimDaEspera YSocket_recebeBlocoMs(YSocket *socket, YStream *stream, int64_t quantos,
+                                             uint32_t milissegundos);
 
 /* ---- Sending: returns when the system has taken all bytes ---- */
 
 /* The stream's whole content. */
 Y_EXPORTA void YSocket_envia(YSocket *socket, YStream *stream);
 
+/* The same with the time given; raises nothing. After another end than Y_ESPERA_PRONTA nobody knows how much
+ * was sent, and the connection is of no more use. */
+Y_EXPORTA YFimDaEspera YSocket_enviaMs(YSocket *socket, YStream *stream, uint32_t milissegundos);
+
 /* Text formatted as YStream_printf does. */
 Y_EXPORTA void YSocket_printf(YSocket *socket, const char *formato, ...) Y_FORMATO(2, 3);
 
 Y_EXPORTA void YSocket_putchar(YSocket *socket, int byte);
+
+/* ---- Cancelling ---- */
+
+/* Ends what the socket's threads wait for, now and later; its connection is over. From any thread while the
+ * socket lives. Waits end within 50 ms as Y_ESPERA_CANCELADA; the forms without a result end as with a peer
+ * that closed. Lines and bytes that had already arrived may still be received. */
+Y_EXPORTA void YSocket_cancela(YSocket *socket);
 
 Y_FIM_C
 

@@ -1,17 +1,17 @@
 #include <3pramo/foundation/YSocket_sistema.hpp>
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <array>
 #include <cerrno>
-#include <chrono>
-#include <climits>
 #include <fcntl.h>
-#include <memory>
+#include <linux/sockios.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <optional>
 #include <poll.h>
-#include <string>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -20,16 +20,14 @@ namespace pramo::sistema {
 
 namespace {
 
-constexpr timeval ESPERA_NO_NUCLEO{0, 100'000}; // of accept, and of a receive before it turns to poll
-constexpr int ESPERA_NO_NUCLEO_MS = 100;
+constexpr int ESPERA_NO_NUCLEO_MS = 50; // of accept, and of a receive before it turns to poll
+constexpr timeval ESPERA_NO_NUCLEO{0, 1000 * ESPERA_NO_NUCLEO_MS};
 constexpr int FILA = 4096;
-constexpr int SEM_PROGRESSO_MS = 30'000;
 constexpr std::size_t PARTES_POR_CHAMADA = 16;
 constexpr std::uint32_t MAIOR_PORTA = 65535;
 
-int liga(int fd, int nivel, int opcao) {
-    const int sim = 1;
-    return setsockopt(fd, nivel, opcao, &sim, sizeof sim);
+int liga(int fd, int nivel, int opcao, int valor = 1) {
+    return setsockopt(fd, nivel, opcao, &valor, sizeof valor);
 }
 
 // A connection takes over the options of the listener that accepted it.
@@ -38,61 +36,140 @@ void preparaConexao(int fd) {
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &ESPERA_NO_NUCLEO, sizeof ESPERA_NO_NUCLEO);
 }
 
-bool amarra(int fd, int familia, std::uint16_t porta) {
-    if (familia == AF_INET6) {
-        const int nao = 0;
-        setsockopt(fd, IPPROTO_IPV6, IPV6_V6ONLY, &nao, sizeof nao);
-        sockaddr_in6 endereco{};
-        endereco.sin6_family = AF_INET6;
-        endereco.sin6_addr = in6addr_any;
-        endereco.sin6_port = htons(porta);
-        return bind(fd, reinterpret_cast<const sockaddr *>(&endereco), sizeof endereco) == 0;
-    }
-    sockaddr_in endereco{};
-    endereco.sin_family = AF_INET;
-    endereco.sin_addr.s_addr = htonl(INADDR_ANY);
-    endereco.sin_port = htons(porta);
-    return bind(fd, reinterpret_cast<const sockaddr *>(&endereco), sizeof endereco) == 0;
+bool tenteDeNovo(int erro) {
+    return erro == EINTR || erro == EAGAIN || erro == EWOULDBLOCK;
 }
 
-int milissegundosAte(std::int64_t prazo) {
-    using namespace std::chrono;
-    const std::int64_t agora = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-    if (prazo > INT64_MAX / 1000) {
-        return INT_MAX;
-    }
-    return static_cast<int>(std::clamp<std::int64_t>(prazo * 1000 - agora, 0, INT_MAX));
+// ---- Listening ----
+
+struct Endereco {
+    sockaddr_storage onde{};
+    socklen_t tamanho = 0;
+    bool duplo = false; // IPv6 that takes IPv4 too
+};
+
+Endereco enderecoV6(const in6_addr &numero, std::uint16_t porta, bool duplo) {
+    Endereco endereco{{}, sizeof(sockaddr_in6), duplo};
+    auto &v6 = reinterpret_cast<sockaddr_in6 &>(endereco.onde);
+    v6.sin6_family = AF_INET6;
+    v6.sin6_addr = numero;
+    v6.sin6_port = htons(porta);
+    return endereco;
 }
 
-/// False when the wait passed without the event.
-bool espera(int fd, short evento, int milissegundos) {
-    pollfd p{fd, evento, 0};
-    const int n = poll(&p, 1, milissegundos);
-    return n > 0 || (n < 0 && errno == EINTR);
+Endereco enderecoV4(in_addr numero, std::uint16_t porta) {
+    Endereco endereco{{}, sizeof(sockaddr_in), false};
+    auto &v4 = reinterpret_cast<sockaddr_in &>(endereco.onde);
+    v4.sin_family = AF_INET;
+    v4.sin_addr = numero;
+    v4.sin_port = htons(porta);
+    return endereco;
+}
+
+int escutaEm(const Endereco &endereco) {
+    const int fd = socket(endereco.onde.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) {
+        return -1;
+    }
+    liga(fd, SOL_SOCKET, SO_REUSEADDR);
+    if (endereco.onde.ss_family == AF_INET6) {
+        liga(fd, IPPROTO_IPV6, IPV6_V6ONLY, endereco.duplo ? 0 : 1);
+    }
+    preparaConexao(fd);
+    if (bind(fd, reinterpret_cast<const sockaddr *>(&endereco.onde), endereco.tamanho) == 0 &&
+        listen(fd, FILA) == 0) {
+        return fd;
+    }
+    const int erro = errno;
+    close(fd);
+    errno = erro;
+    return -1;
+}
+
+// ---- Sending ----
+
+/// What the peer has acknowledged of the bytes that the system took.
+std::int64_t confirmados(int fd, std::int64_t aceitos) {
+    int naFila = 0;
+    return ioctl(fd, SIOCOUTQ, &naFila) == 0 ? aceitos - naFila : aceitos;
+}
+
+/// Waits for room, for one call of `envia`; begins with the first wait.
+class Cadencia {
+public:
+    Cadencia(int fd, std::int64_t aceitos, Ritmo ritmo)
+        : fd_(fd), ritmo_(ritmo), janela_(Prazo::daqui(ritmo.janela)), noInicio_(confirmados(fd, aceitos)) {}
+
+    /// False when the peer took too little.
+    bool espera(std::int64_t aceitos, const Prazo &prazo) {
+        const Prazo &primeiro = prazo.resta() < janela_.resta() ? prazo : janela_;
+        if (sistema::espera(fd_, POLLOUT, primeiro) == Espera::PRAZO && prazo.resta() == 0) {
+            return false;
+        }
+        const std::int64_t agora = confirmados(fd_, aceitos);
+        if (agora - noInicio_ >= ritmo_.bytes) {
+            noInicio_ = agora;
+            janela_ = Prazo::daqui(ritmo_.janela);
+        }
+        return janela_.resta() > 0;
+    }
+
+private:
+    int fd_;
+    Ritmo ritmo_;
+    Prazo janela_;
+    std::int64_t noInicio_;
+};
+
+ssize_t enviaUmaVez(int fd, std::span<const std::string_view> partes, std::size_t jaDaPrimeira) {
+    std::array<iovec, PARTES_POR_CHAMADA> vetor{};
+    const std::size_t n = std::min(partes.size(), vetor.size());
+    for (std::size_t i = 0; i < n; i++) {
+        vetor[i] = {const_cast<char *>(partes[i].data()), partes[i].size()};
+    }
+    vetor[0] = {const_cast<char *>(partes[0].data()) + jaDaPrimeira, partes[0].size() - jaDaPrimeira};
+    msghdr mensagem{};
+    mensagem.msg_iov = vetor.data();
+    mensagem.msg_iovlen = n;
+    return sendmsg(fd, &mensagem, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
 } // namespace
 
-int escuta(std::uint32_t porta) {
+Espera espera(int fd, short evento, const Prazo &prazo, int despertador) {
+    std::array<pollfd, 2> dois = {{{fd, evento, 0}, {despertador, POLLIN, 0}}};
+    for (;;) {
+        const int resta = prazo.resta();
+        const int n = poll(dois.data(), despertador < 0 ? 1 : 2, resta);
+        if (n > 0) {
+            return dois[0].revents != 0 ? Espera::EVENTO : Espera::DESPERTADOR;
+        }
+        if (resta == 0 || (n < 0 && errno != EINTR)) {
+            return Espera::PRAZO;
+        }
+    }
+}
+
+int escuta(const char *endereco, std::uint32_t porta) {
     if (porta > MAIOR_PORTA) {
+        errno = ERANGE;
         return -1;
     }
-    for (const int familia : {AF_INET6, AF_INET}) {
-        const int fd = socket(familia, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        if (fd < 0) {
-            continue; // a system without IPv6
-        }
-        liga(fd, SOL_SOCKET, SO_REUSEADDR);
-        preparaConexao(fd);
-        if (amarra(fd, familia, static_cast<std::uint16_t>(porta)) && listen(fd, FILA) == 0) {
-            return fd;
-        }
-        const int erro = errno;
-        close(fd);
-        if (erro != EAFNOSUPPORT && erro != EADDRNOTAVAIL) {
-            break;
-        }
+    const auto p = static_cast<std::uint16_t>(porta);
+    if (endereco == nullptr) {
+        const int fd = escutaEm(enderecoV6(in6addr_any, p, true));
+        const bool semV6 = fd < 0 && (errno == EAFNOSUPPORT || errno == EADDRNOTAVAIL);
+        return semV6 ? escutaEm(enderecoV4({htonl(INADDR_ANY)}, p)) : fd;
     }
+    in_addr v4{};
+    in6_addr v6{};
+    if (inet_pton(AF_INET, endereco, &v4) == 1) {
+        return escutaEm(enderecoV4(v4, p));
+    }
+    if (inet_pton(AF_INET6, endereco, &v6) == 1) {
+        return escutaEm(enderecoV6(v6, p, false));
+    }
+    errno = EINVAL;
     return -1;
 }
 
@@ -101,37 +178,41 @@ int aceita(int ouvinte) {
     if (fd >= 0) {
         return fd;
     }
-    const bool falta = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
-    return falta ? FALTA_RECURSO : NENHUMA;
+    switch (errno) {
+    case EMFILE:
+    case ENFILE:
+    case ENOBUFS:
+    case ENOMEM:
+        return FALTA_RECURSO;
+    case EBADF:
+    case EINVAL:
+    case ENOTSOCK:
+    case EOPNOTSUPP:
+        return OUVINTE_RUIM;
+    default: // none came, or the one that came is already gone
+        return NENHUMA;
+    }
 }
 
-int conecta(const char *endereco, std::uint32_t porta, std::int64_t prazo) {
-    addrinfo pedido{};
-    pedido.ai_socktype = SOCK_STREAM;
-    addrinfo *achados = nullptr;
-    if (porta > MAIOR_PORTA || getaddrinfo(endereco, std::to_string(porta).c_str(), &pedido, &achados) != 0) {
-        return -1;
+int comecaConexao(const addrinfo &endereco) {
+    const int fd = socket(endereco.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0 || connect(fd, endereco.ai_addr, endereco.ai_addrlen) == 0 || errno == EINPROGRESS ||
+        errno == EINTR) {
+        return fd;
     }
-    const std::unique_ptr<addrinfo, void (*)(addrinfo *)> lista(achados, freeaddrinfo);
-    for (const addrinfo *a = achados; a != nullptr; a = a->ai_next) {
-        const int fd = socket(a->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-        if (fd < 0) {
-            continue;
-        }
-        bool conectado = connect(fd, a->ai_addr, a->ai_addrlen) == 0;
-        if (!conectado && errno == EINPROGRESS && espera(fd, POLLOUT, milissegundosAte(prazo))) {
-            int erro = 0;
-            socklen_t tamanho = sizeof erro;
-            conectado = getsockopt(fd, SOL_SOCKET, SO_ERROR, &erro, &tamanho) == 0 && erro == 0;
-        }
-        if (conectado) {
-            fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
-            preparaConexao(fd);
-            return fd;
-        }
-        close(fd);
-    }
+    close(fd);
     return -1;
+}
+
+bool terminaConexao(int fd) {
+    int erro = 0;
+    socklen_t tamanho = sizeof erro;
+    if (getsockopt(fd, SOL_SOCKET, SO_ERROR, &erro, &tamanho) != 0 || erro != 0) {
+        return false;
+    }
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    preparaConexao(fd);
+    return true;
 }
 
 std::uint32_t portaLocal(int fd) {
@@ -144,74 +225,79 @@ std::uint32_t portaLocal(int fd) {
                                           : ntohs(reinterpret_cast<sockaddr_in &>(endereco).sin_port);
 }
 
-ssize_t recebe(int fd, char *destino, std::size_t espaco, std::int64_t prazo) {
+ssize_t recebe(int fd, char *destino, std::size_t espaco, const Prazo &prazo, int despertador) {
     // The common case is one system call: the kernel itself waits a moment. Only a longer wait polls, and
     // near the deadline nothing waits in the kernel.
     for (;;) {
-        const int resta = milissegundosAte(prazo);
-        const int opcoes = resta > ESPERA_NO_NUCLEO_MS ? 0 : MSG_DONTWAIT;
+        const int opcoes = prazo.resta() > ESPERA_NO_NUCLEO_MS ? 0 : MSG_DONTWAIT;
         const ssize_t n = recv(fd, destino, espaco, opcoes);
         if (n >= 0) {
             return n;
         }
+        if (!tenteDeNovo(errno)) {
+            return FIM;
+        }
         if (errno == EINTR) {
             continue;
         }
-        if (errno != EAGAIN && errno != EWOULDBLOCK) {
-            return FIM;
-        }
-        if (!espera(fd, POLLIN, milissegundosAte(prazo))) {
+        switch (espera(fd, POLLIN, prazo, despertador)) {
+        case Espera::EVENTO:
+            break;
+        case Espera::PRAZO:
             return PRAZO;
+        case Espera::DESPERTADOR:
+            return DESPERTADO;
         }
     }
 }
 
-bool envia(int fd, std::span<const std::string_view> partes) {
-    std::array<iovec, PARTES_POR_CHAMADA> vetor{};
-    std::size_t enviadosDaPrimeira = 0;
+Envio envia(int fd, std::span<const std::string_view> partes, const Prazo &prazo, Ritmo ritmo) {
+    std::optional<Cadencia> cadencia;
+    std::size_t daPrimeira = 0;
+    std::int64_t aceitos = 0;
     while (!partes.empty()) {
-        const std::size_t n = std::min(partes.size(), vetor.size());
-        for (std::size_t i = 0; i < n; i++) {
-            vetor[i] = {const_cast<char *>(partes[i].data()), partes[i].size()};
+        const ssize_t r = enviaUmaVez(fd, partes, daPrimeira);
+        if (r < 0 && !tenteDeNovo(errno)) {
+            return Envio::ACABOU;
         }
-        vetor[0] = {const_cast<char *>(partes[0].data()) + enviadosDaPrimeira,
-                    partes[0].size() - enviadosDaPrimeira};
-        msghdr mensagem{};
-        mensagem.msg_iov = vetor.data();
-        mensagem.msg_iovlen = n;
-        const ssize_t r = sendmsg(fd, &mensagem, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (r < 0 && errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK) {
-            return false;
+        if (r < 0 && errno != EINTR) {
+            if (!cadencia) {
+                cadencia.emplace(fd, aceitos, ritmo);
+            }
+            if (!cadencia->espera(aceitos, prazo)) {
+                return Envio::LENTO;
+            }
         }
-        if (r < 0 && errno != EINTR && !espera(fd, POLLOUT, SEM_PROGRESSO_MS)) {
-            return false;
-        }
-        enviadosDaPrimeira += r > 0 ? static_cast<std::size_t>(r) : 0;
-        while (!partes.empty() && enviadosDaPrimeira >= partes[0].size()) {
-            enviadosDaPrimeira -= partes[0].size();
+        aceitos += std::max<ssize_t>(r, 0);
+        daPrimeira += static_cast<std::size_t>(std::max<ssize_t>(r, 0));
+        while (!partes.empty() && daPrimeira >= partes[0].size()) {
+            daPrimeira -= partes[0].size();
             partes = partes.subspan(1);
         }
     }
-    return true;
+    return Envio::FEITO;
 }
 
-void jogaFora(int fd, int milissegundos) {
-    using Relogio = std::chrono::steady_clock;
+void jogaFora(int fd, int limite, int silencio) {
     constexpr std::size_t MAXIMO = std::size_t{64} << 20;
-    const auto fim = Relogio::now() + std::chrono::milliseconds(milissegundos);
+    constexpr int PASSO = 10; // milliseconds between two looks at what was acknowledged
+    const Prazo fim = Prazo::daqui(limite);
+    Prazo calado = Prazo::daqui(silencio);
     std::array<char, 16384> lixo{};
     for (std::size_t total = 0; total < MAXIMO;) {
         const ssize_t n = recv(fd, lixo.data(), lixo.size(), MSG_DONTWAIT);
         if (n > 0) {
             total += static_cast<std::size_t>(n);
+            calado = Prazo::daqui(silencio);
             continue;
         }
-        const auto resta =
-            std::chrono::duration_cast<std::chrono::milliseconds>(fim - Relogio::now()).count();
-        const bool espere = n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
-        if (!espere || resta <= 0 || !espera(fd, POLLIN, static_cast<int>(resta))) {
+        const bool acabou = n == 0 || !tenteDeNovo(errno);
+        const bool entregue = calado.resta() == 0 && confirmados(fd, 0) == 0;
+        if (acabou || entregue || fim.resta() == 0) {
             return;
         }
+        const int passo = calado.resta() > 0 ? calado.resta() : PASSO;
+        espera(fd, POLLIN, Prazo::daqui(std::min(passo, fim.resta())));
     }
 }
 

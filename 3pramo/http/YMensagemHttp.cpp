@@ -7,23 +7,31 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <limits>
-#include <optional>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace pramo;
 
 namespace {
 
 constexpr const char *FONTE = "YMensagemHttp";
-constexpr std::size_t MEMORIA_GUARDADA = std::size_t{1} << 20;
+constexpr std::size_t MEMORIA_GUARDADA = Reserva::PEQUENO;
 constexpr std::string_view CONTINUE = "HTTP/1.1 100 Continue\n\n";
 
-// The private part is one stream: the line being read, or the head being sent.
-YStream &rascunho(const YMensagemHttp &mensagem) {
-    return *static_cast<YStream *>(mensagem.privado);
+struct Privado {
+    Dono<YStream> rascunho =
+        cria<YStream>(YStream_rtti, FONTE); // the line being read, or the head being sent
+    Reserva reserva;
+};
+
+Privado &privado(const YMensagemHttp &mensagem) {
+    return *static_cast<Privado *>(mensagem.privado);
 }
 
 void constroiMensagem(void *objeto) {
@@ -31,12 +39,12 @@ void constroiMensagem(void *objeto) {
     Dono<YDIC> header(YDIC_constroi());
     YDIC_muda_opcoes(header.get(), YDIC_SEM_CAIXA);
     auto body = cria<YStream>(YStream_rtti, FONTE);
-    auto privado = cria<YStream>(YStream_rtti, FONTE);
+    auto parte = semFaltaDeMemoria(FONTE, [] { return std::make_unique<Privado>(); });
     auto *mensagem = static_cast<YMensagemHttp *>(objeto);
     mensagem->primeiraLinha = primeiraLinha.release();
     mensagem->header = header.release();
     mensagem->body = body.release();
-    mensagem->privado = privado.release();
+    mensagem->privado = parte.release();
 }
 
 void destroiMensagem(void *objeto) {
@@ -44,7 +52,7 @@ void destroiMensagem(void *objeto) {
     YliberaObjeto(mensagem->primeiraLinha);
     YDIC_destroi(mensagem->header);
     YliberaObjeto(mensagem->body);
-    YliberaObjeto(mensagem->privado);
+    delete static_cast<Privado *>(mensagem->privado);
 }
 
 const YRtti definicaoRtti = {YOb_rtti, "YMensagemHttp", sizeof(YMensagemHttp), constroiMensagem,
@@ -54,34 +62,70 @@ char minuscula(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool temZero(std::string_view linha) {
-    return linha.find('\0') != std::string_view::npos;
+// ---- What two readers might take differently ----
+
+bool ehControle(char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
 }
 
-bool ehDoCampo(std::string_view linha, std::string_view campo) {
-    return iguaisSemCaixa(semBrancos(linha.substr(0, linha.find(':'))), campo);
+/// A zero byte ends a line for some, a CR for others.
+bool temQuebra(std::string_view linha) {
+    return linha.find('\0') != std::string_view::npos || linha.find('\r') != std::string_view::npos;
 }
 
-/// The number a "Content-Length" begins with: 0 for a negative one or none, the largest one for what does not
-/// fit.
-std::int64_t tamanhoAnunciado(const YMensagemHttp &mensagem) {
-    const char *valor = YDIC_recupera(mensagem.header, "Content-Length");
-    std::string_view texto = valor != nullptr ? valor : "";
+/// A line that goes on with the one before it for some, or a name that some take with its blanks.
+bool ehCampoDuvidoso(std::string_view linha) {
+    const std::string_view nome = linha.substr(0, linha.find(':'));
+    const bool dobrada = linha.starts_with(' ') || linha.starts_with('\t');
+    const auto estranho = [](char c) { return c == ' ' || ehControle(c); };
+    return dobrada || (nome.size() < linha.size() && std::any_of(nome.begin(), nome.end(), estranho));
+}
+
+struct Anuncio {
+    std::int64_t bytes = 0; // the largest number for what does not fit
+    bool exato = true;      // digits alone: nobody reads another number
+    bool malFormado = false;
+};
+
+/// A "Content-Length", without blanks around it. One that only begins with a number is that number, and one
+/// without a number is 0; but a list, a sign, another base or blanks within are read as other numbers
+/// elsewhere.
+Anuncio interpretaTamanho(std::string_view texto) {
+    Anuncio anuncio;
+    anuncio.exato = texto.find_first_not_of("0123456789") == std::string_view::npos && !texto.empty();
     if (texto.starts_with('+')) {
         texto.remove_prefix(1);
     }
-    std::int64_t numero = 0;
-    const auto lido = std::from_chars(texto.data(), texto.data() + texto.size(), numero);
+    const auto estranho = [](char c) { return c == ',' || c == ' ' || ehControle(c); };
+    anuncio.malFormado = std::any_of(texto.begin(), texto.end(), estranho) || texto.starts_with('-') ||
+                         texto.starts_with("0x") || texto.starts_with("0X");
+    const auto lido = std::from_chars(texto.data(), texto.data() + texto.size(), anuncio.bytes);
     if (lido.ec == std::errc::result_out_of_range) {
-        return texto.starts_with('-') ? 0 : std::numeric_limits<std::int64_t>::max();
+        anuncio.bytes = std::numeric_limits<std::int64_t>::max();
     }
-    return std::max<std::int64_t>(numero, 0);
+    return anuncio;
 }
 
-Cabeca leCampos(YMensagemHttp &mensagem, std::int64_t prazo, std::size_t resta) {
-    YStream &linha = rascunho(mensagem);
-    std::optional<std::int64_t> anunciado;
-    for (;;) {
+/// One line of the header block that has a colon; false when it is malformed.
+bool guardaCampo(YMensagemHttp &mensagem, YStream &linha, bool &exata) {
+    const std::string_view texto = conteudo(linha);
+    const std::size_t doisPontos = texto.find(':');
+    if (iguaisSemCaixa(texto.substr(0, doisPontos), "Content-Length")) {
+        const std::string_view valor = semBrancos(texto.substr(doisPontos + 1));
+        const char *anterior = YDIC_recupera(mensagem.header, "Content-Length");
+        const Anuncio anuncio = interpretaTamanho(valor);
+        if (anuncio.malFormado || (anterior != nullptr && anterior != valor)) {
+            return false;
+        }
+        exata = exata && anuncio.exato;
+    }
+    YDIC_trata_linha(mensagem.header, YStream_str(&linha), ':');
+    return true;
+}
+
+Cabeca leCampos(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t resta) {
+    YStream &linha = *privado(mensagem).rascunho;
+    for (bool exata = true;;) {
         std::size_t consumidos = 0;
         const Linha chegou = recebeLinha(*mensagem.socket, linha, prazo, resta, consumidos);
         if (chegou != Linha::COMPLETA) {
@@ -89,18 +133,14 @@ Cabeca leCampos(YMensagemHttp &mensagem, std::int64_t prazo, std::size_t resta) 
         }
         resta -= consumidos;
         const std::string_view texto = conteudo(linha);
-        if (temZero(texto)) {
+        if (temQuebra(texto) || ehCampoDuvidoso(texto)) {
             return Cabeca::MAL_FORMADA;
         }
-        if (YDIC_trata_linha(mensagem.header, YStream_str(&linha), ':') == 0) {
-            return texto.empty() ? Cabeca::COMPLETA : Cabeca::COM_SOBRA;
+        if (texto.find(':') == std::string_view::npos) {
+            return texto.empty() && exata ? Cabeca::COMPLETA : Cabeca::ULTIMA;
         }
-        if (ehDoCampo(texto, "Content-Length")) {
-            const std::int64_t este = tamanhoAnunciado(mensagem);
-            if (anunciado.value_or(este) != este) {
-                return Cabeca::MAL_FORMADA;
-            }
-            anunciado = este;
+        if (!guardaCampo(mensagem, linha, exata)) {
+            return Cabeca::MAL_FORMADA;
         }
     }
 }
@@ -112,6 +152,22 @@ void esvaziaStream(YStream &stream) {
         stream.dados = nullptr;
         stream.capacidade = 0;
     }
+}
+
+/// The body in as many steps as it doubles: what is announced is not taken on trust.
+Corpo recebeCorpo(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t tamanho) {
+    YStream &body = *mensagem.body;
+    while (body.tam < tamanho) {
+        const std::size_t ate = std::min(tamanho, std::max<std::size_t>(2 * body.tam, Reserva::PEQUENO));
+        if (!privado(mensagem).reserva.ajusta(ate)) {
+            return Corpo::SEM_LUGAR;
+        }
+        dimensionaCorpo(mensagem, ate);
+        if (recebeBloco(*mensagem.socket, body, ate - body.tam, prazo) != Y_ESPERA_PRONTA) {
+            return Corpo::CORTADO;
+        }
+    }
+    return Corpo::COMPLETO;
 }
 
 /// Appends a text that must stay within its line.
@@ -152,45 +208,50 @@ void YMensagemHttp_setSocket(YMensagemHttp *mensagem, YSocket *socket) {
 
 // ---- Reading ----
 
-Cabeca pramo::leCabeca(YMensagemHttp &mensagem, std::int64_t prazo, std::uint64_t maximo) {
+Cabeca pramo::leCabeca(YMensagemHttp &mensagem, Prazo &prazo, std::uint64_t maximo,
+                       std::uint32_t segundosDoResto) {
     if (mensagem.socket == nullptr) {
         return Cabeca::AUSENTE;
     }
-    YStream &linha = rascunho(mensagem);
+    YStream &linha = *privado(mensagem).rascunho;
     std::size_t consumidos = 0;
     const Linha chegou = recebeLinha(*mensagem.socket, linha, prazo, maximo, consumidos);
     if (chegou != Linha::COMPLETA) {
         return chegou == Linha::LONGA ? Cabeca::GRANDE : Cabeca::AUSENTE;
     }
-    if (temZero(conteudo(linha))) {
+    if (temQuebra(conteudo(linha))) {
         return Cabeca::MAL_FORMADA;
+    }
+    if (segundosDoResto != 0) {
+        prazo = Prazo::daqui(std::int64_t{segundosDoResto} * 1000);
     }
     esvazia(mensagem);
     std::swap(*mensagem.primeiraLinha, linha);
     return leCampos(mensagem, prazo, maximo - consumidos);
 }
 
-Corpo pramo::leCorpo(YMensagemHttp &mensagem, std::int64_t prazo, std::uint64_t maximo) {
-    const std::int64_t tamanho = tamanhoAnunciado(mensagem);
-    if (static_cast<std::uint64_t>(tamanho) > maximo) {
+Corpo pramo::leCorpo(YMensagemHttp &mensagem, const Prazo &prazo, std::uint64_t maximo) {
+    const char *anunciado = YDIC_recupera(mensagem.header, "Content-Length");
+    const auto tamanho =
+        static_cast<std::uint64_t>(interpretaTamanho(anunciado != nullptr ? anunciado : "").bytes);
+    if (tamanho > maximo) {
         return Corpo::GRANDE;
     }
     const char *espera = YDIC_recupera(mensagem.header, "Expect");
     if (espera != nullptr && iguaisSemCaixa(espera, "100-continue")) {
         enviaPartes(*mensagem.socket, {&CONTINUE, 1});
     }
-    const bool inteiro = YSocket_recebeBloco(mensagem.socket, mensagem.body, tamanho, prazo) != 0;
-    return inteiro ? Corpo::COMPLETO : Corpo::CORTADO;
+    return recebeCorpo(mensagem, prazo, tamanho);
 }
 
 int YMensagemHttp_obtemDoSocket(YMensagemHttp *mensagem, int64_t prazo) {
-    const Cabeca cabeca = leCabeca(*mensagem, prazo, LIMITE_DO_CABECALHO);
+    Prazo ate = Prazo::noSegundo(prazo);
+    const Cabeca cabeca = leCabeca(*mensagem, ate, LIMITE_DO_CABECALHO);
     if (cabeca == Cabeca::MAL_FORMADA) {
         lanca(YExc_rtti, "Mensagem HTTP mal formada."_l1, FONTE);
     }
-    const bool temCorpo = cabeca == Cabeca::COMPLETA || cabeca == Cabeca::COM_SOBRA;
-    if (cabeca == Cabeca::GRANDE ||
-        (temCorpo && leCorpo(*mensagem, prazo, LIMITE_DO_CORPO) == Corpo::GRANDE)) {
+    const bool temCorpo = cabeca == Cabeca::COMPLETA || cabeca == Cabeca::ULTIMA;
+    if (cabeca == Cabeca::GRANDE || (temCorpo && leCorpo(*mensagem, ate, LIMITE_DO_CORPO) == Corpo::GRANDE)) {
         lanca(YExc_rtti, "Mensagem HTTP grande demais."_l1, FONTE);
     }
     return cabeca != Cabeca::AUSENTE ? 1 : 0;
@@ -199,7 +260,25 @@ int YMensagemHttp_obtemDoSocket(YMensagemHttp *mensagem, int64_t prazo) {
 void pramo::esvazia(YMensagemHttp &mensagem) {
     esvaziaStream(*mensagem.primeiraLinha);
     YDIC_clear(mensagem.header);
+    esvaziaCorpo(mensagem);
+}
+
+void pramo::esvaziaCorpo(YMensagemHttp &mensagem) {
     esvaziaStream(*mensagem.body);
+    privado(mensagem).reserva.ajusta(mensagem.body->capacidade);
+}
+
+Reserva &pramo::reservaDoCorpo(const YMensagemHttp &mensagem) {
+    return privado(mensagem).reserva;
+}
+
+void pramo::dimensionaCorpo(YMensagemHttp &mensagem, std::size_t bytes) {
+    YStream &body = *mensagem.body;
+    if (body.capacidade < bytes) {
+        body.dados = static_cast<char *>(YrealocaMemoria_debug(body.dados, bytes + 1, FONTE, __LINE__));
+        body.dados[body.tam] = 0;
+        body.capacidade = bytes;
+    }
 }
 
 bool pramo::iguaisSemCaixa(std::string_view a, std::string_view b) {
@@ -215,28 +294,60 @@ std::string_view pramo::semBrancos(std::string_view texto) {
 
 // ---- Sending and saving ----
 
-void YMensagemHttp_enviaPeloSocket(YMensagemHttp *mensagem) {
-    if (mensagem->socket == nullptr) {
-        return;
-    }
+void pramo::envia(YMensagemHttp &mensagem, std::int64_t porJanela) {
     std::array<char, 24> tamanho{};
-    std::to_chars(tamanho.data(), tamanho.data() + tamanho.size() - 1, YStream_tam(mensagem->body));
-    YDIC_guarda(mensagem->header, "Content-Length", tamanho.data());
-    YStream &cabeca = rascunho(*mensagem);
+    std::to_chars(tamanho.data(), tamanho.data() + tamanho.size() - 1, YStream_tam(mensagem.body));
+    YDIC_guarda(mensagem.header, "Content-Length", tamanho.data());
+    YStream &cabeca = *privado(mensagem).rascunho;
     esvaziaStream(cabeca);
-    escreveCabeca(cabeca, *mensagem);
-    const std::array partes{conteudo(cabeca), conteudo(*mensagem->body)};
-    enviaPartes(*mensagem->socket, partes);
+    escreveCabeca(cabeca, mensagem);
+    const std::array partes{conteudo(cabeca), conteudo(*mensagem.body)};
+    enviaPartes(*mensagem.socket, partes, porJanela);
 }
+
+void YMensagemHttp_enviaPeloSocket(YMensagemHttp *mensagem) {
+    if (mensagem->socket != nullptr) {
+        envia(*mensagem, 1);
+    }
+}
+
+namespace {
+
+/// Writes all; false when the system refuses a part. Takes back what it wrote then, unless another writer
+/// stands behind it already.
+bool acrescentaAoArquivo(int fd, std::string_view texto) {
+    struct stat antes {};
+    bool certo = fstat(fd, &antes) == 0;
+    off_t escritos = 0;
+    while (certo && !texto.empty()) {
+        const ssize_t n = write(fd, texto.data(), texto.size());
+        certo = n > 0 || (n < 0 && errno == EINTR);
+        escritos += std::max<ssize_t>(n, 0);
+        texto.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
+    }
+    struct stat depois {};
+    if (!certo && escritos > 0 && fstat(fd, &depois) == 0 && depois.st_size == antes.st_size + escritos) {
+        static_cast<void>(ftruncate(fd, antes.st_size) == 0); // or the part stays; it is reported either way
+    }
+    return certo;
+}
+
+} // namespace
 
 void YMensagemHttp_salvaEmArquivo(const YMensagemHttp *mensagem, const char *caminho) {
     const auto texto = cria<YStream>(YStream_rtti, FONTE);
     escreveCabeca(*texto, *mensagem);
     YStream_puts(texto.get(), YStream_str(mensagem->body));
     YStream_puts(texto.get(), "\n\n");
-    if (std::FILE *arquivo = std::fopen(caminho, "ae")) {
-        std::fwrite(YStream_str(texto.get()), 1, conteudo(*texto).size(), arquivo);
-        std::fclose(arquivo);
+    const int fd = open(caminho, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        return;
+    }
+    const bool gravou = acrescentaAoArquivo(fd, conteudo(*texto));
+    const bool fechou = close(fd) == 0;
+    if (!gravou || !fechou) {
+        YContextoTry_printf("%s. ", caminho);
+        lanca(YExcIOError_rtti, "Falha na gravação do arquivo."_l1, FONTE);
     }
 }
 

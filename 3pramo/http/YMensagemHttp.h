@@ -32,12 +32,15 @@ Y_EXPORTA void YMensagemHttp_setSocket(YMensagemHttp *mensagem, YSocket *socket)
  * message that is read again is emptied once its first line is there. A header block or body cut short by
  * the deadline is not reported: the message holds what arrived, whole header lines only. An
  * "Expect: 100-continue" (any letter case) is answered before the body is read. The body is as long as
- * "Content-Length" says: a negative number, or none, means no body; a number too large for 64 bits is the
- * largest one.
+ * "Content-Length" says: "12abc" means 12 bytes and a text without a number no body; a number too large for
+ * 64 bits is the largest one.
  *
- * Raises YExc "Mensagem HTTP mal formada." for a zero byte in the head or two differing "Content-Length";
- * YExc "Mensagem HTTP grande demais." when the first line and header block take more than 64 KiB or the body
- * is announced with more than 64 MiB (the web server sets bounds of its own); and what the socket raises. */
+ * Raises YExc "Mensagem HTTP mal formada." for what two readers might take differently: in the head a zero
+ * byte or a CR within a line, a line that begins with a blank or tab, a blank or control character in a
+ * field's name; two "Content-Length" that differ in their text, or one that is negative, hexadecimal, a list,
+ * or has a blank or control character within. YExc "Mensagem HTTP grande demais." when the first line and
+ * header block take more than 64 KiB or the body is announced with more than 64 MiB (the web server sets
+ * bounds of its own); and what the socket raises. */
 Y_EXPORTA int YMensagemHttp_obtemDoSocket(YMensagemHttp *mensagem, int64_t prazo);
 
 /* Writes the message: first line, header fields, empty line, body. "Content-Length" is first set to the
@@ -61,7 +64,9 @@ Y_EXPORTA YStream *YMensagemHttp_getBody(const YMensagemHttp *mensagem);
 
 /* Appends the message to a file: first line, header fields, empty line, the body up to its first zero byte,
  * an empty line. Line breaks and zero bytes are left out as when it is sent. Nothing happens when the file
- * cannot be opened. */
+ * cannot be opened. When it cannot be written, a part that was appended is taken back (unless somebody else
+ * has appended behind it), and YExcIOError "Falha na gravação do arquivo." is raised, with the path in front.
+ */
 Y_EXPORTA void YMensagemHttp_salvaEmArquivo(const YMensagemHttp *mensagem, const char *caminho);
 
 Y_FIM_C

@@ -2,6 +2,8 @@
 #ifndef Y3PRAMO_HTTP_YMENSAGEMHTTP_INTERNO_HPP
 #define Y3PRAMO_HTTP_YMENSAGEMHTTP_INTERNO_HPP
 
+#include <3pramo/foundation/Prazo.hpp>
+#include <3pramo/http/Reserva.hpp>
 #include <3pramo/http/YMensagemHttp.h>
 
 #include <string_view>
@@ -14,24 +16,38 @@ constexpr std::uint64_t LIMITE_DO_CORPO = std::uint64_t{64} << 20;
 enum class Cabeca {
     AUSENTE, // no first line arrived whole: the message is untouched
     COMPLETA,
-    COM_SOBRA, // the header block ended at a line that is neither a field nor empty
-    CORTADA,   // the deadline or the peer ended it after the first line
+    ULTIMA,  // complete, but where its body ends other readers might see differently: nothing may follow it
+    CORTADA, // the deadline or the peer ended it after the first line
     MAL_FORMADA,
     GRANDE,
 };
 
-enum class Corpo { COMPLETO, CORTADO, GRANDE };
+enum class Corpo { COMPLETO, CORTADO, GRANDE, SEM_LUGAR };
 
 /// Reads first line and header block, `maximo` bytes together. Empties the message once the first line is
-/// there.
-Cabeca leCabeca(YMensagemHttp &mensagem, std::int64_t prazo, std::uint64_t maximo);
+/// there. When `segundosDoResto` is not 0, `prazo` becomes so many seconds from then on.
+Cabeca leCabeca(YMensagemHttp &mensagem, Prazo &prazo, std::uint64_t maximo,
+                std::uint32_t segundosDoResto = 0);
 
 /// Reads the body that the header announces, after answering "Expect: 100-continue". GRANDE reads and answers
-/// nothing.
-Corpo leCorpo(YMensagemHttp &mensagem, std::int64_t prazo, std::uint64_t maximo);
+/// nothing. SEM_LUGAR: the message's part of all bodies cannot grow as far.
+Corpo leCorpo(YMensagemHttp &mensagem, const Prazo &prazo, std::uint64_t maximo);
+
+/// Writes the message as YMensagemHttp_enviaPeloSocket does; the peer must take `porJanela` bytes every 30
+/// seconds.
+void envia(YMensagemHttp &mensagem, std::int64_t porJanela);
+
+/// What the body takes of the memory for all bodies. Whoever lets it grow asks first.
+Reserva &reservaDoCorpo(const YMensagemHttp &mensagem);
+
+/// Makes room for a body of that many bytes, and for no more.
+void dimensionaCorpo(YMensagemHttp &mensagem, std::size_t bytes);
 
 /// First line, header and body as in a new message; memory is kept for what comes next, unless it is much.
 void esvazia(YMensagemHttp &mensagem);
+
+/// The body as in a new message; memory is kept as with esvazia.
+void esvaziaCorpo(YMensagemHttp &mensagem);
 
 /// Equal but for the case of ASCII letters.
 bool iguaisSemCaixa(std::string_view a, std::string_view b);

@@ -1,16 +1,12 @@
-// The server's life, its accept loop, and the connections it knows of.
+// The server's life and its settings.
 #include <3pramo/http/YWebServer_interno.hpp>
 
 #include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YObLOG.h>
 #include <3pramo/foundation/YObThread_interno.hpp>
-#include <3pramo/foundation/YSocket_interno.hpp>
 
 #include <algorithm>
-#include <ctime>
-#include <map>
-#include <sched.h>
+#include <memory>
 #include <utility>
 
 using namespace pramo;
@@ -20,32 +16,18 @@ namespace {
 using Relogio = std::chrono::steady_clock;
 
 constexpr const char *FONTE = "YWebServer";
-constexpr std::chrono::milliseconds ESPERA{100}; // between two looks at whether the server is still alive
-constexpr std::chrono::seconds TOLERANCIA{5};    // for answers under way when the server is freed
-constexpr std::chrono::seconds SILENCIO{60};
-constexpr int CESSOES = 16;
-constexpr std::uint32_t PRIMEIRA_PAUSA_MS = 1;
-constexpr std::uint32_t PAUSA_MS = 100;
-
-std::atomic_ref<YSocket *> socketAceito(YWebServer &servidor) {
-    return std::atomic_ref(servidor.socketAceito);
-}
-
-// ---- Life ----
+constexpr int ESPERA = 100; // milliseconds between two looks at whether the server is still alive
 
 /// Lets the handlers that run finish and returns when the last connection thread has left.
 void encerraConexoes(YObThread *thread) {
     WebServerInterno &i = interno(*static_cast<YWebServer *>(thread));
-    i.encerrando = true;
-    const auto fim = Relogio::now() + TOLERANCIA;
+    i.fim.toca();
+    const auto fim = Relogio::now() + std::chrono::seconds(i.prazoDeEncerramento);
     const Tranca tranca(i.trinco);
-    for (YSocket *socket : i.abertas) {
-        encerraLeitura(*socket);
-    }
     while (i.conexoes > 0 && i.mudou.esperaAte(i.trinco, fim)) {
     }
-    for (YSocket *socket : i.abertas) {
-        encerraTudo(*socket);
+    for (Conexao *conexao : i.abertas) {
+        encerraTudo(conexao->socket());
     }
     while (i.conexoes > 0) {
         i.mudou.espera(i.trinco);
@@ -74,124 +56,9 @@ void destroiWebServer(void *objeto) {
     delete &interno(*eu);
 }
 
-// ---- The accept loop ----
-
-/// The failures of the accept loop: each cause is logged once, and again only after a minute without it.
-class Falhas {
-public:
-    void registra(const YExcecao &falha) {
-        const auto agora = Relogio::now();
-        auto &ultima = ultimas_.try_emplace(falha.descricao(), agora - 2 * SILENCIO).first->second;
-        if (agora - ultima > SILENCIO) {
-            YExc_descreve_no_log();
-        }
-        ultima = agora;
-    }
-
-private:
-    std::map<std::string, Relogio::time_point> ultimas_;
-};
-
-void anunciaEscuta(WebServerInterno &i, Escuta escuta, std::uint32_t porta) {
-    const Tranca tranca(i.trinco);
-    i.escuta = escuta;
-    i.portaEmUso = porta;
-    i.mudou.avisa();
-}
-
-void escuta(YWebServer &eu, YSocket &ouvinte) {
-    if (ouvinte.fd >= 0) {
-        return;
-    }
-    try {
-        YSocket_escuta(&ouvinte, YWebServer_getPorta(&eu));
-    } catch (...) {
-        anunciaEscuta(interno(eu), Escuta::RECUSADA, 0);
-        throw;
-    }
-    anunciaEscuta(interno(eu), Escuta::ABERTA, YSocket_getPorta(&ouvinte));
-}
-
-/// Waits a moment for it, if need be.
-bool cabeOutraConexao(WebServerInterno &i) {
-    const auto fim = Relogio::now() + ESPERA;
-    const Tranca tranca(i.trinco);
-    while (i.conexoes >= i.limiteDeConexoes && i.mudou.esperaAte(i.trinco, fim)) {
-    }
-    return i.conexoes < i.limiteDeConexoes;
-}
-
-void entraConexao(WebServerInterno &i, YSocket *socket) {
-    const Tranca tranca(i.trinco);
-    i.abertas.insert(socket);
-    i.conexoes++;
-}
-
-void saiConexao(WebServerInterno &i, YSocket *socket) {
-    const Tranca tranca(i.trinco);
-    i.abertas.erase(socket);
-    i.conexoes--;
-    i.mudou.avisa();
-}
-
-/// Hands the connection to a thread of its own; returns when that thread has taken it.
-void entregaConexao(YWebServer &eu, Dono<YSocket> conexao) {
-    WebServerInterno &i = interno(eu);
-    entraConexao(i, conexao.get());
-    socketAceito(eu).store(conexao.get());
-    try {
-        YexecutaThread(trataConexao, &eu);
-    } catch (...) {
-        socketAceito(eu).store(nullptr);
-        saiConexao(i, conexao.get());
-        throw;
-    }
-    (void)conexao.release(); // the thread frees it
-    for (int vez = 0; vez < CESSOES && socketAceito(eu).load() != nullptr; vez++) {
-        sched_yield(); // it usually runs by now, and taking the socket is the first thing it does
-    }
-    const Tranca tranca(i.trinco);
-    while (socketAceito(eu).load() != nullptr) {
-        i.entregue.espera(i.trinco);
-    }
-}
-
-void tentaAceitar(YWebServer &eu, YSocket &ouvinte) {
-    escuta(eu, ouvinte);
-    if (!cabeOutraConexao(interno(eu))) {
-        return;
-    }
-    Dono<YSocket> conexao(YSocket_aceitaConexao(&ouvinte, YWebServer_getPorta(&eu)));
-    if (conexao != nullptr) {
-        YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p,socket=%p):aceitou %p.", endereco(&eu),
-                          endereco(&ouvinte), endereco(conexao.get()));
-        entregaConexao(eu, std::move(conexao));
-        YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p):thread filho copiou!", endereco(&eu));
-    }
-}
-
-void run(YObThread *thread) {
-    auto &eu = *static_cast<YWebServer *>(thread);
-    const Dono<YSocket> ouvinte = cria<YSocket>(YSocket_rtti, FONTE);
-    YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p):socket=%p.", endereco(&eu), endereco(ouvinte.get()));
-    Falhas falhas;
-    std::uint32_t pausa = PRIMEIRA_PAUSA_MS;
-    while (YObThread_isAlive(&eu) != 0) {
-        try {
-            tentaAceitar(eu, *ouvinte);
-            pausa = PRIMEIRA_PAUSA_MS;
-        } catch (...) {
-            falhas.registra(excecaoCorrente());
-            YObThread_dorme(&eu, pausa);
-            pausa = PAUSA_MS;
-        }
-    }
-    anunciaEscuta(interno(eu), Escuta::FECHADA, 0);
-}
-
 const YObThread_Rtti definicaoRtti = {
     {YObThread_rtti, "YWebServer", sizeof(YWebServer), constroiWebServer, destroiWebServer},
-    run,
+    aceitaConexoes,
     YObThread_startImpl,
     YObThread_stopImpl};
 
@@ -202,28 +69,6 @@ const YRtti *YWebServer_rtti(void) {
 }
 
 // ---- For the connection threads ----
-
-YSocket &pramo::levaSocketAceito(YWebServer &servidor) {
-    WebServerInterno &i = interno(servidor);
-    Tranca tranca(i.trinco);
-    YSocket *socket = socketAceito(servidor).exchange(nullptr);
-    tranca.solta();
-    i.entregue.avisaUm();
-    return *socket;
-}
-
-void pramo::deixaServidor(YWebServer &servidor, YSocket &socket) {
-    WebServerInterno &i = interno(servidor);
-    despede(socket, 0);
-    {
-        const Tranca tranca(i.trinco);
-        i.abertas.erase(&socket);
-    }
-    liberaSemLancar(&socket);
-    const Tranca tranca(i.trinco);
-    i.conexoes--;
-    i.mudou.avisa();
-}
 
 YTratadorHttp pramo::tratadorAtual(const YWebServer &servidor) {
     const Tranca tranca(interno(servidor).trinco);
@@ -249,6 +94,14 @@ uint32_t YWebServer_getPorta(const YWebServer *servidor) {
     return i.escuta == Escuta::ABERTA ? i.portaEmUso : servidor->porta;
 }
 
+void YWebServer_setEndereco(YWebServer *servidor, const char *novo) {
+    auto copia = semFaltaDeMemoria(
+        FONTE, [novo] { return novo != nullptr ? std::optional<std::string>(novo) : std::nullopt; });
+    WebServerInterno &i = interno(*servidor);
+    const Tranca tranca(i.trinco);
+    i.endereco.swap(copia);
+}
+
 YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *contexto, YFuncaoTratadorHttp tratador) {
     const Tranca tranca(interno(*servidor).trinco);
     return {std::exchange(servidor->contextoTratador, contexto), std::exchange(servidor->tratador, tratador)};
@@ -262,9 +115,11 @@ void YWebServer_setDiretorioBase(YWebServer *servidor, const char *diretorio) {
 
 int YWebServer_esperaPronto(YWebServer *servidor, int64_t prazo) {
     WebServerInterno &i = interno(*servidor);
+    const Prazo ate = Prazo::noSegundo(prazo);
     const Tranca tranca(i.trinco);
-    while (YObThread_isAlive(servidor) != 0 && i.escuta == Escuta::FECHADA && std::time(nullptr) < prazo) {
-        i.mudou.esperaAte(i.trinco, Relogio::now() + ESPERA);
+    while (YObThread_isAlive(servidor) != 0 && i.escuta == Escuta::FECHADA && ate.resta() > 0) {
+        const std::chrono::milliseconds passo(std::min(ESPERA, ate.resta()));
+        i.mudou.esperaAte(i.trinco, Relogio::now() + passo);
     }
     return YObThread_isAlive(servidor) != 0 && i.escuta == Escuta::ABERTA ? 1 : 0;
 }
@@ -275,6 +130,18 @@ void YWebServer_setLimiteDoCabecalho(YWebServer *servidor, uint64_t bytes) {
 
 void YWebServer_setLimiteDoCorpo(YWebServer *servidor, uint64_t bytes) {
     interno(*servidor).limiteDoCorpo = bytes;
+}
+
+void YWebServer_setLimiteDosCorpos(YWebServer *servidor, uint64_t bytes) {
+    interno(*servidor).corpos.limite = bytes;
+}
+
+void YWebServer_setPrazoDaRequisicao(YWebServer *servidor, uint32_t segundos) {
+    interno(*servidor).prazoDaRequisicao = segundos;
+}
+
+void YWebServer_setPrazoDeEncerramento(YWebServer *servidor, uint32_t segundos) {
+    interno(*servidor).prazoDeEncerramento = segundos;
 }
 
 void YWebServer_setLimiteDeConexoes(YWebServer *servidor, uint32_t conexoes) {

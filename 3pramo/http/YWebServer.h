@@ -6,19 +6,27 @@
  *
  * Connections: a connection stays open as long as requests keep coming. A batch of requests lasts two
  * seconds; a batch that answered nothing ends the connection. Every answer says "Connection: close" unless
- * the handler says otherwise, and yet the connection goes on (see YWebServer_setFechaLogo). After a request
- * whose body was cut by the end of its batch, or whose header block ended at a line that is neither a field
- * nor empty, it ends with the answer.
+ * the handler says otherwise, and yet the connection goes on (see YWebServer_setFechaLogo). It ends with the
+ * answer to a request whose header block ended at a line that is neither a field nor empty, or whose
+ * "Content-Length" is not digits alone ("12abc", "+5", none): nothing after it is read as a request.
  *
  * Not every request reaches the handler. PUT is answered "501 Not Implemented"; for another method than GET,
  * HEAD and POST the client gets the line "HTTP/1.1 501 Not Implemented.", for a Transfer-Encoding "HTTP/1.1
- * 411 Length Required.", and the connection ends. It ends without an answer when the request is malformed,
- * of another version than HTTP/1.0 and 1.1, or cut before its header block was whole.
+ * 411 Length Required.", and the connection ends. It ends without an answer when the request is malformed
+ * (YMensagemHttp_obtemDoSocket says what is), of another version than HTTP/1.0 and 1.1, or cut before its
+ * header block and its body were whole.
  *
- * Ending: freeing the server (from a thread that is not one of its own) stops it, lets the handlers that run
- * finish, ends idle connections at once, and returns when the last connection thread has left it. Sockets
- * are shut down for reading at once and for writing after five seconds; a handler that never returns holds
- * it for ever. All this happens before the destructor of any derived class runs. */
+ * Failures of connections are logged as errors, one line a second for each cause; the others are counted.
+ * Those of listening and accepting are logged once, and again after a minute without them; the server goes on
+ * trying.
+ *
+ * Ending: whatever ends a connection, our side is closed first and what the peer still sends is read away for
+ * up to a second, so that an answer on its way arrives. Freeing the server (from a thread that is not one of
+ * its own) stops it, lets the handlers that run finish, ends idle connections at once, and returns when the
+ * last connection thread has left it. From then on no request is begun; see YWebServer_setPrazoDeEncerramento
+ * for answers under way. A handler that never returns holds it for ever: one that may run long asks
+ * YObThread_isAlive(servidor) now and then, which gives 0 from the moment a stop or the freeing is asked. All
+ * this happens before the destructor of any derived class runs. */
 #ifndef Y3PRAMO_HTTP_YWEBSERVER_H
 #define Y3PRAMO_HTTP_YWEBSERVER_H
 
@@ -62,6 +70,10 @@ Y_EXPORTA void YWebServer_setPorta(YWebServer *servidor, uint32_t porta);
 /* The port in use while it listens; otherwise the one that was set. */
 Y_EXPORTA uint32_t YWebServer_getPorta(const YWebServer *servidor);
 
+/* The address to listen on from the next start, numeric ("127.0.0.1", "::1"); copied. Null, the default, is
+ * all addresses. One that is not numeric or not this machine's is as a port that cannot be used. */
+Y_EXPORTA void YWebServer_setEndereco(YWebServer *servidor, const char *endereco);
+
 /* Installs a handler with its context, for the requests that begin from now on, and returns the pair that was
  * installed before, whose calls under way go on. The first call returns the server itself and the handler of
  * static files. A handler that passes a request on calls the previous function with the previous context and
@@ -72,8 +84,10 @@ Y_EXPORTA YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *conte
 /* The directory under which static files are served; copied. Null serves nothing (404). The URI without its
  * leading slashes and backslashes names the file, as it stands: nothing is decoded, a query is part of the
  * name. A path with ".." anywhere gets 403; one that cannot be opened, or is longer than 511 characters,
- * 404; a directory, or whatever else is no regular file, ends the connection without an answer
- * (YExcIOError). "Date" is the time at which the file was modified. */
+ * 404, and so does a file outside the directory to which a symbolic link leads (which the system must be able
+ * to tell, in /proc); a directory, or whatever else is no regular file, ends the connection without an answer
+ * (YExcIOError); one that finds no room (YWebServer_setLimiteDosCorpos) gets 503. "Date" is the time at which
+ * the file was modified. */
 Y_EXPORTA void YWebServer_setDiretorioBase(YWebServer *servidor, const char *diretorio);
 
 /* Waits until the server listens, or the deadline (absolute seconds): 1 when it listens, 0 when the deadline
@@ -90,9 +104,26 @@ Y_EXPORTA void YWebServer_setLimiteDoCabecalho(YWebServer *servidor, uint64_t by
  * 413 Content Too Large." and the connection ends. Memory is taken as bytes arrive. */
 Y_EXPORTA void YWebServer_setLimiteDoCorpo(YWebServer *servidor, uint64_t bytes);
 
-/* Most connections at once; 1,024 by default, at least 1. Beyond it no connection is accepted: the kernel's
- * queue holds the rest until one ends. */
+/* What all bodies together may take, of requests and of answers, in bytes; 536,870,912 by default. Bodies up
+ * to 64 KiB are not counted; a body that is being received counts as it arrives, an answer when its handler
+ * has returned and until it is sent. One that finds no room gets the line "HTTP/1.1 503 Service Unavailable."
+ * in place of an answer and the connection ends. A reader must take 30 KiB of an answer every 30 seconds, or
+ * the connection ends. Memory of large bodies goes back to the system a second after the last of them. */
+Y_EXPORTA void YWebServer_setLimiteDosCorpos(YWebServer *servidor, uint64_t bytes);
+
+/* Most connections at once; 1,024 by default, at least 1. When another one comes, the one that has waited
+ * longest for a request ends; while all of them are within a request, the kernel's queue holds the newcomers.
+ */
 Y_EXPORTA void YWebServer_setLimiteDeConexoes(YWebServer *servidor, uint32_t conexoes);
+
+/* How long the rest of a request may take once its first line is there, in seconds; 0, the default: until its
+ * batch ends. A client on a slow line needs longer than that for a long body. */
+Y_EXPORTA void YWebServer_setPrazoDaRequisicao(YWebServer *servidor, uint32_t segundos);
+
+/* How long answers under way may take when the server is freed, in seconds; 5 by default. After it the
+ * sockets are shut down: a peer that does not read cannot hold the server, and a handler that is still at
+ * work loses its answer. */
+Y_EXPORTA void YWebServer_setPrazoDeEncerramento(YWebServer *servidor, uint32_t segundos);
 
 /* Whether a request that says "Connection: close", or is HTTP/1.0 without "Connection: keep-alive", is the
  * last one of its connection, which then ends right after its answer (nonzero). Off (0) by default: the

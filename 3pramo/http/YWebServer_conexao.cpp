@@ -5,21 +5,32 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
 #include <3pramo/foundation/YObThread_interno.hpp>
-#include <3pramo/foundation/YSocket_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/http/dataHttp.hpp>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <ctime>
 
 using namespace pramo;
 
+namespace pramo {
+
+[[gnu::weak]] void esqueceExcecoes() noexcept;
+
+} // namespace pramo
+
 namespace {
 
 constexpr const char *FONTE = "YWebServer";
 constexpr int DURACAO_DO_LOTE = 2; // seconds
-constexpr int DESPEDIDA_MS = 500;
+constexpr int FOLGA_DO_LOTE =
+    10; // milliseconds that time() may run behind, so that the next one lasts as long
+constexpr std::int64_t MENOR_RITMO = std::int64_t{30} << 10; // bytes in 30 seconds: a kilobyte a second
+constexpr std::size_t MUITA_MEMORIA = std::size_t{1} << 20;
+
+constexpr const char *LINHA_503 = "HTTP/1.1 503 Service Unavailable.\n";
 
 struct EntradaDeMetodo {
     std::string_view nome;
@@ -98,20 +109,31 @@ bool pedeFim(const YMensagemHttp &requisicao, const RequestLine &linha) {
 /// Serves one connection. The two messages are used again by each request.
 class Atendimento {
 public:
-    Atendimento(YWebServer &servidor, YSocket &socket) : servidor_(servidor), socket_(socket) {
-        YMensagemHttp_setSocket(requisicao_.get(), &socket);
+    Atendimento(YWebServer &servidor, Conexao &conexao)
+        : servidor_(servidor), conexao_(conexao), socket_(conexao.socket()) {
+        YMensagemHttp_setSocket(requisicao_.get(), &socket_);
+        reservaDoCorpo(*requisicao_).contaEm(interno(servidor).corpos);
+        reservaDoCorpo(*resposta_).contaEm(interno(servidor).corpos);
     }
+    ~Atendimento() { pedePodaSeFoiMuito(); }
+    Atendimento(const Atendimento &) = delete;
+    Atendimento &operator=(const Atendimento &) = delete;
 
     void atende();
 
 private:
     bool trataUmaRequisicao();
-    bool recebeRequisicao(std::int64_t prazo);
+    bool recebeRequisicao(const Prazo &lote);
+    bool chegaAlgo(const Prazo &lote);
+    bool recebeCorpo(const Prazo &prazo);
     void responde(const char *data);
     void preparaResposta(const char *data);
+    void enviaResposta();
+    void pedePodaSeFoiMuito() const;
     bool recusa(const char *linha);
 
     YWebServer &servidor_;
+    Conexao &conexao_;
     YSocket &socket_;
     Dono<YMensagemHttp> requisicao_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
     Dono<YMensagemHttp> resposta_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
@@ -130,9 +152,6 @@ void Atendimento::atende() {
                           endereco(&servidor_));
         recusa("HTTP/1.1 501 Not Implemented.\n");
     }
-    if (!segue_) {
-        despede(socket_, DESPEDIDA_MS);
-    }
 }
 
 /// One batch; true when another may follow.
@@ -140,10 +159,11 @@ bool Atendimento::trataUmaRequisicao() {
     YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataUmaRequisicao(eu=%p,socket=%p)...", endereco(&servidor_),
                       endereco(&socket_));
     const std::time_t agora = std::time(nullptr);
+    const auto lote = Prazo::daqui(Prazo::milissegundosAte(agora + DURACAO_DO_LOTE) + FOLGA_DO_LOTE);
     std::array<char, TAMANHO_DA_DATA_HTTP> data{};
     formataDataHttp(data.data(), data.size(), agora);
     bool respondeu = false;
-    while (segue_ && !interno(servidor_).encerrando && recebeRequisicao(agora + DURACAO_DO_LOTE)) {
+    while (segue_ && !interno(servidor_).fim.tocou() && recebeRequisicao(lote)) {
         responde(data.data());
         respondeu = true;
     }
@@ -152,9 +172,26 @@ bool Atendimento::trataUmaRequisicao() {
     return respondeu && segue_;
 }
 
+/// Waits for the first bytes of a request, which is when the connection may be told to leave.
+bool Atendimento::chegaAlgo(const Prazo &lote) {
+    if (temAlgo(socket_)) {
+        return true;
+    }
+    conexao_.ficaOciosa();
+    return esperaAlgo(socket_, lote) && conexao_.ficaOcupada();
+}
+
 /// True when a request came that is to be answered; clears `segue_` when nothing may follow it.
-bool Atendimento::recebeRequisicao(std::int64_t prazo) {
-    switch (leCabeca(*requisicao_, prazo, interno(servidor_).limiteDoCabecalho)) {
+bool Atendimento::recebeRequisicao(const Prazo &lote) {
+    if (!chegaAlgo(lote)) {
+        return false;
+    }
+    if (esqueceExcecoes != nullptr) { // what another request left on this thread is not for this one
+        esqueceExcecoes();
+    }
+    WebServerInterno &i = interno(servidor_);
+    Prazo prazo = lote;
+    switch (leCabeca(*requisicao_, prazo, i.limiteDoCabecalho, i.prazoDaRequisicao)) {
     case Cabeca::AUSENTE:
         return false;
     case Cabeca::CORTADA: // half a request must not run anything
@@ -164,7 +201,7 @@ bool Atendimento::recebeRequisicao(std::int64_t prazo) {
         lanca(YExc_rtti, "Mensagem HTTP mal formada."_l1, FONTE);
     case Cabeca::GRANDE:
         return recusa("HTTP/1.1 431 Request Header Fields Too Large.\n");
-    case Cabeca::COM_SOBRA:
+    case Cabeca::ULTIMA:
         segue_ = false;
         break;
     case Cabeca::COMPLETA:
@@ -173,12 +210,22 @@ bool Atendimento::recebeRequisicao(std::int64_t prazo) {
     if (YDIC_recupera(requisicao_->header, "Transfer-Encoding") != nullptr) {
         return recusa("HTTP/1.1 411 Length Required.\n");
     }
-    const Corpo corpo = leCorpo(*requisicao_, prazo, interno(servidor_).limiteDoCorpo);
-    if (corpo == Corpo::GRANDE) {
+    return recebeCorpo(prazo);
+}
+
+bool Atendimento::recebeCorpo(const Prazo &prazo) {
+    switch (leCorpo(*requisicao_, prazo, interno(servidor_).limiteDoCorpo)) {
+    case Corpo::COMPLETO:
+        return true;
+    case Corpo::CORTADO: // as half a head
+        segue_ = false;
+        return false;
+    case Corpo::GRANDE:
         return recusa("HTTP/1.1 413 Content Too Large.\n");
+    case Corpo::SEM_LUGAR:
+        break;
     }
-    segue_ = segue_ && corpo == Corpo::COMPLETO;
-    return true;
+    return recusa(LINHA_503);
 }
 
 void Atendimento::responde(const char *data) {
@@ -196,7 +243,27 @@ void Atendimento::responde(const char *data) {
     if (interno(servidor_).fechaLogo && pedeFim(*requisicao_, linha)) {
         segue_ = false;
     }
-    YMensagemHttp_enviaPeloSocket(resposta_.get());
+    enviaResposta();
+}
+
+/// What waits for a slow reader is the answer alone, and that within the bound for all.
+void Atendimento::enviaResposta() {
+    pedePodaSeFoiMuito();
+    esvaziaCorpo(*requisicao_);
+    if (!reservaDoCorpo(*resposta_).ajusta(resposta_->body->capacidade)) {
+        esvaziaCorpo(*resposta_);
+        recusa(LINHA_503);
+        return;
+    }
+    envia(*resposta_, MENOR_RITMO);
+    pedePodaSeFoiMuito();
+    esvaziaCorpo(*resposta_);
+}
+
+void Atendimento::pedePodaSeFoiMuito() const {
+    if (std::max(requisicao_->body->capacidade, resposta_->body->capacidade) >= MUITA_MEMORIA) {
+        pedePoda(interno(servidor_));
+    }
 }
 
 void Atendimento::preparaResposta(const char *data) {
@@ -215,20 +282,19 @@ bool Atendimento::recusa(const char *linha) {
     return false;
 }
 
-/// The accepted socket, from its hand-over to the thread until the thread leaves the server.
-class SocketDaConexao {
+/// The thread's connection, from the hand-over of its socket until the thread leaves the server.
+class Permanencia {
 public:
-    explicit SocketDaConexao(YWebServer &servidor)
-        : servidor_(servidor), socket_(levaSocketAceito(servidor)) {}
-    ~SocketDaConexao() { deixaServidor(servidor_, socket_); }
-    SocketDaConexao(const SocketDaConexao &) = delete;
-    SocketDaConexao &operator=(const SocketDaConexao &) = delete;
+    explicit Permanencia(YWebServer &servidor) : servidor_(servidor) { levaSocketAceito(servidor, conexao_); }
+    ~Permanencia() { deixaServidor(servidor_, conexao_); }
+    Permanencia(const Permanencia &) = delete;
+    Permanencia &operator=(const Permanencia &) = delete;
 
-    [[nodiscard]] YSocket &socket() const { return socket_; }
+    [[nodiscard]] Conexao &conexao() { return conexao_; }
 
 private:
     YWebServer &servidor_;
-    YSocket &socket_;
+    Conexao conexao_;
 };
 
 } // namespace
@@ -247,12 +313,12 @@ RequestLine pramo::analisaRequestLine(std::string_view linha) {
 void pramo::trataConexao(void *servidor) {
     auto &eu = *static_cast<YWebServer *>(servidor);
     const EmUso emUso(&eu);
-    const SocketDaConexao conexao(eu);
+    Permanencia permanencia(eu);
     YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p)...", endereco(&eu));
     try {
-        Atendimento(eu, conexao.socket()).atende();
+        Atendimento(eu, permanencia.conexao()).atende();
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p).", endereco(&eu));
     } catch (...) {
-        registraExcecaoCorrente("YWebServer_trataConexao");
+        interno(eu).falhas.registra("YWebServer_trataConexao", Falhas::Quanto::UMA_POR_SEGUNDO);
     }
 }

@@ -1,0 +1,124 @@
+#include <3pramo/http/Falhas.hpp>
+
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YObLOG.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cxxabi.h>
+#include <string_view>
+#include <typeinfo>
+#include <utility>
+
+using namespace pramo;
+
+namespace {
+
+constexpr std::chrono::seconds INTERVALO{1};
+constexpr std::chrono::minutes SILENCIO{1};
+
+using Texto = std::array<char, 300>;
+
+std::uint64_t mistura(std::string_view texto, std::uint64_t semente) {
+    std::uint64_t chave = semente ^ 0xCBF29CE484222325;
+    for (const char c : texto) {
+        chave = (chave ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    }
+    return chave | 1;
+}
+
+/// In a catch block. Gives the key of the cause: not of the text, which a peer may have chosen.
+std::uint64_t descreve(const char *onde, Texto &texto) {
+    const auto escreve = [&](const char *classe, const char *mensagem) {
+        std::snprintf(texto.data(), texto.size(), "%s: %s: %s", onde, classe, mensagem);
+    };
+    try {
+        throw;
+    } catch (const abi::__forced_unwind &) {
+        throw;
+    } catch (const YExcecao &e) {
+        std::snprintf(texto.data(), texto.size(), "%s: %s: %.200s (%s:%d)", onde, e.classe()->name, e.what(),
+                      e.arquivo(), e.linha());
+        return mistura(e.classe()->name, mistura(e.arquivo(), static_cast<std::uint64_t>(e.linha())));
+    } catch (const std::bad_alloc &) {
+        escreve("YExc", "Memória insuficiente."_l1);
+    } catch (const std::exception &e) {
+        escreve("YExc", e.what());
+        return mistura(typeid(e).name(), 0);
+    } catch (...) {
+        escreve("YExc", "Exceção desconhecida."_l1);
+    }
+    return mistura(texto.data(), 1);
+}
+
+void escreveNoLog(const Texto &texto, std::uint32_t caladas) {
+    try {
+        if (caladas == 0) {
+            YObLOG_masc_print(Y_LOG_ERRO, "%s", texto.data());
+        } else {
+            YObLOG_masc_print(Y_LOG_ERRO, "%s [mais %u vezes]", texto.data(), caladas);
+        }
+    } catch (const abi::__forced_unwind &) {
+        throw;
+    } catch (...) { // the log itself has failed: there is nobody left to tell
+    }
+}
+
+} // namespace
+
+Falhas::Causa &Falhas::lugarPara(std::uint64_t chave) {
+    const auto achada = std::find_if(causas_.begin(), causas_.end(),
+                                     [chave](const Causa &causa) { return causa.chave == chave; });
+    if (achada != causas_.end()) {
+        return *achada;
+    }
+    Causa &maisVelha = *std::min_element(causas_.begin(), causas_.end(),
+                                         [](const Causa &a, const Causa &b) { return a.vista < b.vista; });
+    maisVelha = Causa{};
+    return maisVelha;
+}
+
+void Falhas::registra(const char *onde, Quanto quanto) {
+    Texto texto{};
+    const std::uint64_t chave = descreve(onde, texto);
+    std::uint32_t caladas = 0;
+    {
+        const auto agora = std::chrono::steady_clock::now();
+        const Tranca tranca(trinco_);
+        Causa &causa = lugarPara(chave);
+        const bool nova = causa.chave == 0;
+        const bool calada =
+            quanto == Quanto::UMA_VEZ ? agora - causa.vista < SILENCIO : agora - causa.registrada < INTERVALO;
+        causa.chave = chave;
+        causa.quanto = quanto;
+        causa.vista = agora;
+        causa.texto = texto;
+        if (calada && !nova) {
+            causa.caladas++;
+            return;
+        }
+        causa.registrada = agora;
+        caladas = std::exchange(causa.caladas, 0);
+    }
+    escreveNoLog(texto, caladas);
+}
+
+bool Falhas::contagemVencida(const Causa &causa, Momento agora) {
+    return causa.caladas > 0 && causa.quanto == Quanto::UMA_POR_SEGUNDO &&
+           agora - causa.registrada >= INTERVALO;
+}
+
+void Falhas::registraContagens() {
+    const auto agora = std::chrono::steady_clock::now();
+    Tranca tranca(trinco_);
+    for (Causa &causa : causas_) {
+        if (contagemVencida(causa, agora)) {
+            const Texto texto = causa.texto;
+            const std::uint32_t caladas = std::exchange(causa.caladas, 0);
+            causa.registrada = agora;
+            tranca.solta(); // a sink may take its time, or serve a request that fails
+            escreveNoLog(texto, caladas);
+            tranca.tranca();
+        }
+    }
+}
