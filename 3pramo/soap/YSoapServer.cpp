@@ -85,9 +85,13 @@ void configura(YSoapServer *servidor, YWebServer *web) Y_EXIGE(privado(servidor)
     const Privado &p = privado(servidor);
     YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor->porta));
     YWebServer_setDiretorioBase(web, servidor->diretorioBase);
+    YWebServer_setEndereco(web, p.endereco ? p.endereco->c_str() : nullptr);
     aplica(web, YWebServer_setLimiteDoCabecalho, p.limiteDoCabecalho);
     aplica(web, YWebServer_setLimiteDoCorpo, p.limiteDoCorpo);
+    aplica(web, YWebServer_setLimiteDosCorpos, p.limiteDosCorpos);
     aplica(web, YWebServer_setLimiteDeConexoes, p.limiteDeConexoes);
+    aplica(web, YWebServer_setPrazoDaRequisicao, p.prazoDaRequisicao);
+    aplica(web, YWebServer_setPrazoDeEncerramento, p.prazoDeEncerramento);
     aplica(web, YWebServer_setFechaLogo, p.fechaLogo);
 }
 
@@ -193,6 +197,14 @@ int32_t YSoapServer_getPorta(YSoapServer *servidor) {
     return escuta ? static_cast<int32_t>(YWebServer_getPorta(web)) : portaPedida(servidor);
 }
 
+void YSoapServer_setEndereco(YSoapServer *servidor, const char *endereco) {
+    semFaltaDeMemoria(FONTE, [&] {
+        auto novo = endereco != nullptr ? std::optional<std::string>(endereco) : std::nullopt;
+        const Tranca tranca(privado(servidor).trinco);
+        privado(servidor).endereco.swap(novo);
+    });
+}
+
 void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio) {
     const Tranca tranca(privado(servidor).trinco);
     trocaTexto(servidor->diretorioBase, diretorio);
@@ -249,6 +261,18 @@ void YSoapServer_setLimiteDoCabecalho(YSoapServer *servidor, uint64_t bytes) {
 
 void YSoapServer_setLimiteDoCorpo(YSoapServer *servidor, uint64_t bytes) {
     ajusta(servidor, &Privado::limiteDoCorpo, YWebServer_setLimiteDoCorpo, bytes);
+}
+
+void YSoapServer_setLimiteDosCorpos(YSoapServer *servidor, uint64_t bytes) {
+    ajusta(servidor, &Privado::limiteDosCorpos, YWebServer_setLimiteDosCorpos, bytes);
+}
+
+void YSoapServer_setPrazoDaRequisicao(YSoapServer *servidor, uint32_t segundos) {
+    ajusta(servidor, &Privado::prazoDaRequisicao, YWebServer_setPrazoDaRequisicao, segundos);
+}
+
+void YSoapServer_setPrazoDeEncerramento(YSoapServer *servidor, uint32_t segundos) {
+    ajusta(servidor, &Privado::prazoDeEncerramento, YWebServer_setPrazoDeEncerramento, segundos);
 }
 
 void YSoapServer_setLimiteDeConexoes(YSoapServer *servidor, uint32_t conexoes) {

@@ -82,6 +82,10 @@ Y_EXPORTA void YSoapServer_setPorta(YSoapServer *servidor, int32_t porta);
 /* The port in use while it listens, otherwise the one that was set last. */
 Y_EXPORTA int32_t YSoapServer_getPorta(YSoapServer *servidor);
 
+/* The address to listen on from the next start ("127.0.0.1", "::1"), copied; null, as at first: everywhere.
+ */
+Y_EXPORTA void YSoapServer_setEndereco(YSoapServer *servidor, const char *endereco);
+
 /* The directory of static files, copied; null, as at first, serves none. Reaches a running server at once. */
 Y_EXPORTA void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio);
 
@@ -113,10 +117,14 @@ Y_EXPORTA void YSoapServer_setLimiteDeServicos(YSoapServer *servidor, uint64_t s
 Y_EXPORTA void YSoapServer_setLimitesDaMensagem(YSoapServer *servidor, uint64_t niveis, uint64_t nos,
                                                 uint64_t bytes);
 
-/* Those of the web server, and its promise to close promptly (YWebServer.h); kept over starts. */
+/* Those of the web server, and its promise to close promptly (YWebServer.h); kept over starts, and for a
+ * server that serves from now on. */
 Y_EXPORTA void YSoapServer_setLimiteDoCabecalho(YSoapServer *servidor, uint64_t bytes);
 Y_EXPORTA void YSoapServer_setLimiteDoCorpo(YSoapServer *servidor, uint64_t bytes);
+Y_EXPORTA void YSoapServer_setLimiteDosCorpos(YSoapServer *servidor, uint64_t bytes);
 Y_EXPORTA void YSoapServer_setLimiteDeConexoes(YSoapServer *servidor, uint32_t conexoes);
+Y_EXPORTA void YSoapServer_setPrazoDaRequisicao(YSoapServer *servidor, uint32_t segundos);
+Y_EXPORTA void YSoapServer_setPrazoDeEncerramento(YSoapServer *servidor, uint32_t segundos);
 Y_EXPORTA void YSoapServer_setFechaLogo(YSoapServer *servidor, int fechaLogo);
 
 /* ---- Port types ---- */

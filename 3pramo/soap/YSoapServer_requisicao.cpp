@@ -4,6 +4,7 @@
 #include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/mascara.hpp>
 #include <3pramo/soap/mascara.hpp>
 
 #include <charconv>
