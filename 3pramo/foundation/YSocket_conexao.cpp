@@ -183,7 +183,7 @@ YFimDaEspera conecta(YSocket &socket, const char *endereco, std::uint32_t porta,
 /// A connection's descriptor, or -1 when none came. Raises when the system or the listener failed.
 int aceita(YSocket &ouvinte) {
     const int fd = sistema::aceita(ouvinte.fd);
-    if (fd != sistema::FALTA_RECURSO && fd != sistema::OUVINTE_RUIM) {
+    if (fd != sistema::FALHA && fd != sistema::OUVINTE_RUIM) {
         return fd;
     }
     if (ouvinte.cancelado) {

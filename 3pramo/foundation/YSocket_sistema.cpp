@@ -179,18 +179,24 @@ int aceita(int ouvinte) {
         return fd;
     }
     switch (errno) {
-    case EMFILE:
-    case ENFILE:
-    case ENOBUFS:
-    case ENOMEM:
-        return FALTA_RECURSO;
+    case EAGAIN: // none came
+    case EINTR:
+    case ECONNABORTED: // or the one that came is already gone
+    case EPROTO:
+    case ENOPROTOOPT:
+    case ENETDOWN:
+    case ENETUNREACH:
+    case EHOSTDOWN:
+    case EHOSTUNREACH:
+    case ENONET:
+        return NENHUMA;
     case EBADF:
     case EINVAL:
     case ENOTSOCK:
     case EOPNOTSUPP:
         return OUVINTE_RUIM;
-    default: // none came, or the one that came is already gone
-        return NENHUMA;
+    default:
+        return FALHA;
     }
 }
 

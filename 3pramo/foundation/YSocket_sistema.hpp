@@ -24,11 +24,11 @@ Espera espera(int fd, short evento, const Prazo &prazo, int despertador = -1);
 int escuta(const char *endereco, std::uint32_t porta);
 
 constexpr int NENHUMA = -1;
-constexpr int FALTA_RECURSO = -2;
+constexpr int FALHA = -2;
 constexpr int OUVINTE_RUIM = -3;
 
-/// Waits up to 50 ms for a connection: its descriptor, NENHUMA, or, with errno, FALTA_RECURSO when the system
-/// is out of means and OUVINTE_RUIM when the listener will never accept any more.
+/// Waits up to 50 ms for a connection: its descriptor or NENHUMA; with errno FALHA, mostly when the system is out
+/// of means, and OUVINTE_RUIM when the listener will never accept any more. Both fail again at once.
 int aceita(int ouvinte);
 
 /// Begins to connect a new socket: its descriptor, or -1.

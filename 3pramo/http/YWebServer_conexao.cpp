@@ -172,13 +172,15 @@ bool Atendimento::trataUmaRequisicao() {
     return respondeu && segue_;
 }
 
-/// Waits for the first bytes of a request, which is when the connection may be told to leave.
+/// Waits for the first bytes of a request; meanwhile the connection may be told to leave.
 bool Atendimento::chegaAlgo(const Prazo &lote) {
-    if (temAlgo(socket_)) {
-        return true;
+    if (!temAlgo(socket_)) {
+        conexao_.ficaOciosa();
+        if (!esperaAlgo(socket_, lote)) {
+            return false;
+        }
     }
-    conexao_.ficaOciosa();
-    return esperaAlgo(socket_, lote) && conexao_.ficaOcupada();
+    return conexao_.ficaOcupada();
 }
 
 /// True when a request came that is to be answered; clears `segue_` when nothing may follow it.
