@@ -1,8 +1,9 @@
 /* Publishes the port type Calc, and a page that calls soma.
  *
- *     calc-c [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]
+ *     calc-c [--endereco A] [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]
  *
- * Prints its address and serves until SIGINT or SIGTERM. */
+ * Listens on the loopback unless told otherwise ("": everywhere), prints its address and serves until SIGINT
+ * or SIGTERM. */
 #define _POSIX_C_SOURCE 200809L
 
 #include "calc.h"
@@ -17,6 +18,7 @@ enum { PRAZO_PARA_ESCUTAR = 10 }; /* seconds */
 
 /* What one run of the server uses; the region around it frees what stands here. */
 typedef struct Execucao {
+    const char *endereco; /* numeric; empty: all addresses */
     int32_t porta;
     const char *base;
     int fechaLogo;
@@ -35,16 +37,17 @@ static int lePorta(const char *texto, int32_t *porta) {
 }
 
 static int leOpcoes(int argc, char **argv, Execucao *execucao) {
-    static const struct option LONGAS[] = {{"porta", required_argument, NULL, 'p'},
-                                           {"base", required_argument, NULL, 'b'},
-                                           {"fecha-logo", no_argument, NULL, 'f'},
-                                           {"log-corpo", no_argument, NULL, 'l'},
-                                           {NULL, 0, NULL, 0}};
+    static const struct option LONGAS[] = {
+        {"endereco", required_argument, NULL, 'e'}, {"porta", required_argument, NULL, 'p'},
+        {"base", required_argument, NULL, 'b'},     {"fecha-logo", no_argument, NULL, 'f'},
+        {"log-corpo", no_argument, NULL, 'l'},      {NULL, 0, NULL, 0}};
     for (int letra; (letra = getopt_long(argc, argv, "", LONGAS, NULL)) != -1;) {
         if (letra == 'p' && lePorta(optarg, &execucao->porta)) {
             continue;
         }
-        if (letra == 'b') {
+        if (letra == 'e') {
+            execucao->endereco = optarg;
+        } else if (letra == 'b') {
             execucao->base = optarg;
         } else if (letra == 'f') {
             execucao->fechaLogo = 1;
@@ -88,6 +91,7 @@ static void serve(void *argumento) {
     calc = definicaoDoCalc(YStream_str(execucao->wsdl));
 
     YalocaObjeto(&execucao->servidor, YSoapServer_rtti);
+    YSoapServer_setEndereco(execucao->servidor, *execucao->endereco != 0 ? execucao->endereco : NULL);
     YSoapServer_setPorta(execucao->servidor, execucao->porta);
     YSoapServer_setDiretorioBase(execucao->servidor, execucao->base);
     YSoapServer_setFechaLogo(execucao->servidor, execucao->fechaLogo);
@@ -103,10 +107,11 @@ static void serve(void *argumento) {
 }
 
 int main(int argc, char **argv) {
-    Execucao execucao = {.porta = 8080, .base = PASTA_DOS_EXEMPLOS "/calc/www"};
+    Execucao execucao = {.endereco = "127.0.0.1", .porta = 8080, .base = PASTA_DOS_EXEMPLOS "/calc/www"};
     YContextoTry contexto = {0};
     if (!leOpcoes(argc, argv, &execucao)) {
-        fputs("uso: calc-c [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   (porta 0: uma livre)\n",
+        fputs("uso: calc-c [--endereco A] [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   (porta 0: "
+              "uma livre)\n",
               stderr);
         return 2;
     }

@@ -1,8 +1,9 @@
 // Publishes the port types Calc and Contador, and a page that calls soma.
 //
-//     calc [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]
+//     calc [--endereco A] [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]
 //
-// Prints its address and serves until SIGINT or SIGTERM.
+// Listens on the loopback unless told otherwise ("": everywhere), prints its address and serves until SIGINT
+// or SIGTERM.
 #include "portTypes.hpp"
 
 #include <charconv>
@@ -22,6 +23,7 @@ namespace {
 constexpr int PRAZO_PARA_ESCUTAR = 10; // seconds
 
 struct Opcoes {
+    std::string endereco = "127.0.0.1"; // numeric; empty: all addresses
     std::int32_t porta = 8080;
     std::string base = PASTA_DOS_EXEMPLOS "/calc/www";
     bool fechaLogo = false;
@@ -37,11 +39,10 @@ std::optional<std::int32_t> lePorta(const char *texto) {
 }
 
 std::optional<Opcoes> leOpcoes(int argc, char **argv) {
-    static const option longas[] = {{"porta", required_argument, nullptr, 'p'},
-                                    {"base", required_argument, nullptr, 'b'},
-                                    {"fecha-logo", no_argument, nullptr, 'f'},
-                                    {"log-corpo", no_argument, nullptr, 'l'},
-                                    {nullptr, 0, nullptr, 0}};
+    static const option longas[] = {
+        {"endereco", required_argument, nullptr, 'e'}, {"porta", required_argument, nullptr, 'p'},
+        {"base", required_argument, nullptr, 'b'},     {"fecha-logo", no_argument, nullptr, 'f'},
+        {"log-corpo", no_argument, nullptr, 'l'},      {nullptr, 0, nullptr, 0}};
     Opcoes opcoes;
     for (int letra = 0; (letra = getopt_long(argc, argv, "", longas, nullptr)) != -1;) {
         if (letra == 'p') {
@@ -50,6 +51,8 @@ std::optional<Opcoes> leOpcoes(int argc, char **argv) {
                 return std::nullopt;
             }
             opcoes.porta = *porta;
+        } else if (letra == 'e') {
+            opcoes.endereco = optarg;
         } else if (letra == 'b') {
             opcoes.base = optarg;
         } else if (letra == 'f') {
@@ -102,6 +105,7 @@ void serve(const Opcoes &opcoes) {
                                             calc::definicaoDoContador(wsdlDoContador.c_str())};
 
     const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
+    YSoapServer_setEndereco(servidor.get(), opcoes.endereco.empty() ? nullptr : opcoes.endereco.c_str());
     YSoapServer_setPorta(servidor.get(), opcoes.porta);
     YSoapServer_setDiretorioBase(servidor.get(), opcoes.base.c_str());
     YSoapServer_setFechaLogo(servidor.get(), opcoes.fechaLogo ? 1 : 0);
@@ -122,8 +126,8 @@ void serve(const Opcoes &opcoes) {
 int main(int argc, char **argv) {
     const auto opcoes = leOpcoes(argc, argv);
     if (!opcoes) {
-        std::cerr
-            << "uso: calc [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   (porta 0: uma livre)\n";
+        std::cerr << "uso: calc [--endereco A] [--porta N] [--base DIR] [--fecha-logo] [--log-corpo]   "
+                     "(porta 0: uma livre)\n";
         return 2;
     }
     try {

@@ -1,8 +1,9 @@
 // Publishes the port type Formulario, which conducts a sale as a form.
 //
-//     formulario [--porta N] [--base DIR] [--log-corpo]
+//     formulario [--endereco A] [--porta N] [--base DIR] [--log-corpo]
 //
-// Prints its address and serves until SIGINT or SIGTERM.
+// Listens on the loopback unless told otherwise ("": everywhere), prints its address and serves until SIGINT
+// or SIGTERM.
 #include "Formulario.hpp"
 
 #include <charconv>
@@ -20,6 +21,7 @@ namespace {
 constexpr int PRAZO_PARA_ESCUTAR = 10; // seconds
 
 struct Opcoes {
+    std::string endereco = "127.0.0.1"; // numeric; empty: all addresses
     std::int32_t porta = 8080;
     const char *base = nullptr; // without it no files are served
     bool logCorpo = false;
@@ -32,7 +34,8 @@ bool lePorta(const char *texto, std::int32_t &porta) {
 }
 
 std::optional<Opcoes> leOpcoes(int argc, char **argv) {
-    static const option longas[] = {{"porta", required_argument, nullptr, 'p'},
+    static const option longas[] = {{"endereco", required_argument, nullptr, 'e'},
+                                    {"porta", required_argument, nullptr, 'p'},
                                     {"base", required_argument, nullptr, 'b'},
                                     {"log-corpo", no_argument, nullptr, 'l'},
                                     {nullptr, 0, nullptr, 0}};
@@ -41,6 +44,8 @@ std::optional<Opcoes> leOpcoes(int argc, char **argv) {
     for (int letra = 0; certas && (letra = getopt_long(argc, argv, "", longas, nullptr)) != -1;) {
         if (letra == 'p') {
             certas = lePorta(optarg, opcoes.porta);
+        } else if (letra == 'e') {
+            opcoes.endereco = optarg;
         } else if (letra == 'b') {
             opcoes.base = optarg;
         } else if (letra == 'l') {
@@ -69,6 +74,7 @@ void serve(const Opcoes &opcoes) {
     }
     const YDefinicaoPortType portType = definicaoDoFormulario();
     const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
+    YSoapServer_setEndereco(servidor.get(), opcoes.endereco.empty() ? nullptr : opcoes.endereco.c_str());
     YSoapServer_setPorta(servidor.get(), opcoes.porta);
     YSoapServer_setDiretorioBase(servidor.get(), opcoes.base);
     YSoapServer_registraPortType(servidor.get(), &portType);
@@ -87,7 +93,8 @@ void serve(const Opcoes &opcoes) {
 int main(int argc, char **argv) {
     const auto opcoes = leOpcoes(argc, argv);
     if (!opcoes) {
-        std::cerr << "uso: formulario [--porta N] [--base DIR] [--log-corpo]   (porta 0: uma livre)\n";
+        std::cerr << "uso: formulario [--endereco A] [--porta N] [--base DIR] [--log-corpo]   (porta 0: uma "
+                     "livre)\n";
         return 2;
     }
     try {

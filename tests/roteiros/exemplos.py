@@ -133,10 +133,12 @@ def recusa_opcoes(caminho):
     def situacao(*opcoes):
         return subprocess.run([caminho, *opcoes], capture_output=True, timeout=60).returncode
 
-    for opcoes in (["--porta", "65536"], ["--porta", "x"], ["--porta", ""], ["--nada"], ["sobra"]):
+    for opcoes in (["--porta", "65536"], ["--porta", "x"], ["--porta", ""], ["--nada"], ["sobra"], ["--endereco"]):
         exige(situacao(*opcoes) == 2, f"{caminho} takes {opcoes}")
     with socket.create_server(("", 0)) as ocupada:
-        exige(situacao("--porta", str(ocupada.getsockname()[1])) == 1, f"{caminho} takes a port in use")
+        porta = str(ocupada.getsockname()[1])
+        for endereco in ([], ["--endereco", ""], ["--endereco", "192.0.2.1"]):
+            exige(situacao(*endereco, "--porta", porta) == 1, f"{caminho} takes what it cannot have: {endereco}")
 
 
 def main():
