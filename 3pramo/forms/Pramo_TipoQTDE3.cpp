@@ -1,21 +1,21 @@
 // A quantity of `tamanho` bytes whose last three digits are decimals.
 #include <3pramo/forms/Pramo_Tipo_interno.hpp>
 
+#include <3pramo/foundation/Dono.hpp>
+
+#include <algorithm>
 #include <cstring>
-#include <string>
 
 using namespace pramo::forms;
 
 namespace {
 
 void le(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
-    const char *texto = YNo_getValor(elemento);
-    const std::string semPontos = pramo::semFaltaDeMemoria(FONTE, [&] {
-        std::string algarismos = texto != nullptr ? texto : "";
-        std::erase(algarismos, '.');
-        return algarismos;
-    });
-    leNumero(*variavel, semPontos.c_str());
+    const pramo::Dono<char> semPontos(YduplicaString(YNo_getValor(elemento)));
+    if (char *texto = semPontos.get()) {
+        *std::remove(texto, texto + std::strlen(texto), '.') = 0;
+    }
+    leNumero(*variavel, semPontos.get());
 }
 
 // "12345 " becomes "12.345": the point goes before the last three digits, and the blank behind them leaves.

@@ -2,8 +2,10 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <map>
 #include <optional>
 #include <unordered_map>
@@ -59,6 +61,11 @@ void saiDoRelatorio(const void *bloco) {
     }
 }
 
+void liberaSemApagar(void *bloco) {
+    anotaLiberacao(bloco);
+    std::free(bloco);
+}
+
 void faltaMemoria(const char *fonte, int linha) {
     YContextoTry_throw(YExc_rtti, "Memória insuficiente."_l1, fonte, linha);
 }
@@ -80,24 +87,20 @@ void *YalocaMemoria_debug(uint64_t tamanho, const char *arquivo, int linha) {
     return bloco;
 }
 
+// Not realloc: what it leaves behind when a block moves would not be wiped.
 void *YrealocaMemoria_debug(void *bloco, uint64_t tamanho, const char *arquivo, int linha) {
-    // The entry goes first: once the block has moved, its old address may already be another thread's.
-    anotaLiberacao(bloco);
-    void *novo = std::realloc(bloco, tamanho != 0 ? tamanho : 1);
-    if (novo == nullptr) {
-        if (bloco != nullptr) {
-            anotaAlocacao(bloco, nullptr, tamanho, arquivo, linha);
-        }
-        faltaMemoria(arquivo, linha);
+    void *novo = YalocaMemoria_debug(tamanho, arquivo, linha);
+    if (bloco != nullptr) {
+        std::memcpy(novo, bloco, std::min<std::size_t>(malloc_usable_size(bloco), tamanho));
+        YliberaMemoria(bloco);
     }
-    anotaAlocacao(novo, nullptr, tamanho, arquivo, linha);
     return novo;
 }
 
 void YliberaMemoria(void *bloco) {
     if (bloco != nullptr) {
-        anotaLiberacao(bloco);
-        std::free(bloco);
+        apaga(bloco, malloc_usable_size(bloco));
+        liberaSemApagar(bloco);
     }
 }
 

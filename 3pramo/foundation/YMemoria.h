@@ -16,10 +16,12 @@ Y_EXPORTA void *YalocaMemoria(uint64_t tamanho);
 Y_EXPORTA void *YalocaMemoria_debug(uint64_t tamanho, const char *arquivo, int linha);
 
 /* Resizes a block, keeping its contents up to the smaller size; null makes a new one. The old address is
- * no longer valid. When it raises YExc "Memória insuficiente." the block stays as it was. */
+ * no longer valid, and what stood there is overwritten. When it raises YExc "Memória insuficiente." the block
+ * stays as it was. */
 Y_EXPORTA void *YrealocaMemoria_debug(void *bloco, uint64_t tamanho, const char *arquivo, int linha);
 
-/* Frees a block of the functions of this header; null is ignored. */
+/* Frees a block of the functions of this header, after overwriting it with zeros: it may have held a card
+ * number, a password or a PIN. Null is ignored. */
 Y_EXPORTA void YliberaMemoria(void *bloco);
 Y_EXPORTA void YliberaMemoria_debug(void *bloco, const char *arquivo, int linha);
 

@@ -1,10 +1,11 @@
-// How the object system enters its instances in the allocation report.
+// Memory inside the library: the report of what is alive, and blocks that may have held a secret.
 #ifndef Y3PRAMO_FOUNDATION_YMEMORIA_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YMEMORIA_INTERNO_HPP
 
 #include <3pramo/foundation/YMemoria.h>
 
 #include <atomic>
+#include <cstring>
 
 namespace pramo {
 
@@ -27,6 +28,16 @@ inline void anotaLiberacao(const void *bloco) {
         saiDoRelatorio(bloco);
     }
 }
+
+/// Overwrites what may have been a card number, a password or a PIN; the compiler does not leave it out.
+inline void apaga(void *bytes, std::size_t quantos) {
+    if (quantos != 0) {
+        explicit_bzero(bytes, quantos);
+    }
+}
+
+/// YliberaMemoria for a block in which nothing secret stands, or no longer does.
+void liberaSemApagar(void *bloco);
 
 } // namespace pramo
 

@@ -2,12 +2,12 @@
 
 #include <3pramo/foundation/Formato.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YMemoria.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <functional>
+#include <utility>
 
 using namespace pramo;
 
@@ -18,7 +18,21 @@ constexpr std::size_t MENOR_CAPACIDADE = 64;
 constexpr std::size_t MAIOR_CAPACIDADE = std::size_t{1} << 62;
 
 void destroiStream(void *objeto) {
-    YliberaMemoria(static_cast<YStream *>(objeto)->dados);
+    devolveMemoria(*static_cast<YStream *>(objeto));
+}
+
+// Only the content is copied and wiped: a large reserve costs nothing until it is used.
+void mudaCapacidade(YStream &stream, std::size_t capacidade) {
+    auto *novos = static_cast<char *>(YalocaMemoria_debug(capacidade + 1, FONTE, __LINE__));
+    const std::size_t tam = stream.tam;
+    std::copy_n(stream.dados, tam, novos);
+    novos[tam] = 0;
+    const std::size_t lido = stream.lido;
+    devolveMemoria(stream);
+    stream.dados = novos;
+    stream.capacidade = capacidade;
+    stream.tam = tam;
+    stream.lido = lido;
 }
 
 } // namespace
@@ -44,10 +58,17 @@ char *pramo::reserva(YStream &stream, std::size_t quantos) {
     }
     const std::size_t capacidade =
         std::max({stream.tam + quantos, std::min(2 * stream.capacidade, MAIOR_CAPACIDADE), MENOR_CAPACIDADE});
-    stream.dados = static_cast<char *>(YrealocaMemoria_debug(stream.dados, capacidade + 1, FONTE, __LINE__));
-    stream.dados[stream.tam] = 0;
-    stream.capacidade = capacidade;
+    mudaCapacidade(stream, capacidade);
     return stream.dados + stream.tam;
+}
+
+void pramo::devolveMemoria(YStream &stream) {
+    encolhe(stream, 0);
+    if (stream.dados != nullptr) {
+        liberaSemApagar(std::exchange(stream.dados, nullptr));
+    }
+    stream.capacidade = 0;
+    stream.lido = 0;
 }
 
 // ---- The content ----
@@ -61,11 +82,8 @@ int64_t YStream_tam(const YStream *stream) {
 }
 
 void YStream_clear(YStream *stream) {
-    stream->tam = 0;
+    encolhe(*stream, 0);
     stream->lido = 0;
-    if (stream->dados != nullptr) {
-        stream->dados[0] = 0;
-    }
 }
 
 void YStream_aloca(YStream *stream, int64_t bytes) {
@@ -113,8 +131,12 @@ void YStream_printf(YStream *stream, const char *formato, ...) {
 
 void YStream_vprintf(YStream *stream, const char *formato, va_list argumentos) {
     // Formatted aside: the arguments may be texts of this very stream.
-    const std::string texto = semFaltaDeMemoria(FONTE, [&] { return formataTexto(formato, argumentos); });
-    acrescenta(*stream, texto);
+    struct Formatado {
+        std::string texto;
+        ~Formatado() { apaga(texto.data(), texto.size()); }
+    };
+    const Formatado formatado{semFaltaDeMemoria(FONTE, [&] { return formataTexto(formato, argumentos); })};
+    acrescenta(*stream, formatado.texto);
 }
 
 // ---- Reading ----

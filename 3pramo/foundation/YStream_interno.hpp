@@ -2,13 +2,15 @@
 #ifndef Y3PRAMO_FOUNDATION_YSTREAM_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YSTREAM_INTERNO_HPP
 
+#include <3pramo/foundation/YMemoria_interno.hpp>
 #include <3pramo/foundation/YStream.h>
 
 #include <cstddef>
 #include <string_view>
 
 /// `dados` is null or holds `capacidade` + 1 bytes, of which `tam` are content; dados[tam] is then zero.
-/// lido <= tam <= capacidade.
+/// lido <= tam <= capacidade. Behind the content nothing stands that was content once: who makes a stream
+/// shorter does so through `encolhe`.
 struct YStream : YOb {
     char *dados;
     std::size_t tam;
@@ -25,6 +27,17 @@ inline void avanca(YStream &stream, std::size_t quantos) {
     stream.tam += quantos;
     stream.dados[stream.tam] = 0;
 }
+
+/// Cuts the content, and wipes what is cut off.
+inline void encolhe(YStream &stream, std::size_t tamanho) {
+    if (stream.tam != tamanho) {
+        apaga(stream.dados + tamanho, stream.tam - tamanho);
+        stream.tam = tamanho;
+    }
+}
+
+/// Gives the memory back; the stream is empty then.
+void devolveMemoria(YStream &stream);
 
 inline void acrescenta(YStream &stream, std::string_view texto) {
     YStream_putBloco(&stream, texto.data(), static_cast<std::int64_t>(texto.size()));
@@ -46,9 +59,8 @@ public:
     TudoOuNada(const TudoOuNada &) = delete;
     TudoOuNada &operator=(const TudoOuNada &) = delete;
     ~TudoOuNada() {
-        if (!fica_ && stream_.tam != antes_) {
-            stream_.tam = antes_;
-            stream_.dados[antes_] = 0;
+        if (!fica_) {
+            encolhe(stream_, antes_);
         }
     }
     void fica() { fica_ = true; }

@@ -148,9 +148,7 @@ Cabeca leCampos(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t resta) 
 void esvaziaStream(YStream &stream) {
     YStream_clear(&stream);
     if (stream.capacidade > MEMORIA_GUARDADA) {
-        YliberaMemoria(stream.dados);
-        stream.dados = nullptr;
-        stream.capacidade = 0;
+        devolveMemoria(stream);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YMemoria_interno.hpp>
 
 #include <algorithm>
 #include <functional>
@@ -67,7 +68,11 @@ Bloco *criaBlocoCom(const Conteudo &conteudo) {
 void limpa(YMensagemIso &mensagem) {
     percorre(mensagem,
              [&](int bit, std::string_view) { liberaTexto(*bloco(mensagem), mensagem.bits[bit - 1]); });
-    YliberaMemoria(mensagem.interno);
+    if (Bloco *guarda = bloco(mensagem)) {
+        char *textos = reinterpret_cast<char *>(guarda + 1);
+        apaga(textos, static_cast<std::size_t>(guarda->fim - textos));
+        liberaSemApagar(guarda);
+    }
     mensagem.interno = nullptr;
     mensagem.bits = nullptr;
     mensagem.capacidade = 0;

@@ -8,7 +8,6 @@
 #include <array>
 #include <charconv>
 #include <limits>
-#include <memory>
 
 using namespace pramo;
 using namespace pramo::iso;
@@ -17,17 +16,35 @@ namespace {
 
 constexpr std::size_t MAIOR_PEDACO = 2047;
 
-struct FechaArquivo {
-    void operator()(std::FILE *arquivo) const { std::fclose(arquivo); }
+// A file, if it could be opened, whose buffer is wiped when it is closed.
+class Arquivo {
+public:
+    Arquivo(const char *caminho, const char *modo) : arquivo_(std::fopen(caminho, modo)) {
+        if (arquivo_ != nullptr) {
+            std::setvbuf(arquivo_, buffer_, _IOFBF, sizeof buffer_);
+        }
+    }
+    Arquivo(const Arquivo &) = delete;
+    Arquivo &operator=(const Arquivo &) = delete;
+    ~Arquivo() {
+        if (arquivo_ != nullptr) {
+            std::fclose(arquivo_);
+            apaga(buffer_, sizeof buffer_);
+        }
+    }
+    [[nodiscard]] std::FILE *get() const { return arquivo_; }
+
+private:
+    std::FILE *arquivo_;
+    char buffer_[4096];
 };
-using Arquivo = std::unique_ptr<std::FILE, FechaArquivo>;
 
 // Writes what the function appends to a stream.
 template <typename ESCREVE>
 void gravaArquivo(const YMensagemIso &mensagem, const char *caminho, ESCREVE escreve) {
     const auto texto = cria<YStream>(YStream_rtti, FONTE);
     escreve(&mensagem, texto.get());
-    if (const Arquivo arquivo{std::fopen(caminho, "we")}) {
+    if (const Arquivo arquivo(caminho, "we"); arquivo.get() != nullptr) {
         std::fwrite(YStream_str(texto.get()), 1, conteudo(*texto).size(), arquivo.get());
     }
 }
@@ -120,7 +137,7 @@ void YMensagemIso_salvaEmStream(const YMensagemIso *mensagem, YStream *stream) {
 }
 
 void YMensagemIso_leDeArquivo(YMensagemIso *mensagem, const char *caminho) {
-    if (const Arquivo arquivo{std::fopen(caminho, "re")}) {
+    if (const Arquivo arquivo(caminho, "re"); arquivo.get() != nullptr) {
         leTexto(*mensagem, arquivo.get());
     }
 }

@@ -145,6 +145,10 @@ void soltaConteudo(YNo &no, YNo *&espera) {
     liberaTexto(no, no.nome);
     liberaTexto(no, no.valor);
     liberaTexto(no, no.prefixo);
+    if (ehDaPropriaClasse(no) && no.interno != nullptr) {
+        auto *textos = reinterpret_cast<char *>(&no + 1);
+        apaga(textos, static_cast<std::size_t>(static_cast<char *>(endereco(no)) - textos));
+    }
 }
 
 // Frees what waits up to the next node of a derived class, which it gives to be freed as its class says.

@@ -29,7 +29,7 @@ std::string soTags(std::string_view corpo) {
         const bool tag = corpo.front() == '<' && fim != std::string_view::npos && corpo[fim] == '>';
         const std::string_view pedaco = corpo.substr(0, tag ? fim + 1 : corpo.find('<', 1));
         const bool mostra = tag || pedaco.find_first_not_of(BRANCOS) == std::string_view::npos;
-        saida += mostra ? pedaco : "[*]";
+        saida += mostra ? mascaraDadosDeCartao(pedaco) : "[*]";
         corpo.remove_prefix(pedaco.size());
     }
     return saida;
@@ -38,7 +38,7 @@ std::string soTags(std::string_view corpo) {
 } // namespace
 
 std::string mascaraCorpo(std::string_view corpo) {
-    return temFormulario(corpo) ? mascaraDadosDeCartao(soTags(corpo)) : mascaraDadosDeCartao(corpo);
+    return temFormulario(corpo) ? soTags(corpo) : mascaraDadosDeCartao(corpo);
 }
 
 } // namespace pramo::soap

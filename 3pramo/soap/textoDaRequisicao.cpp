@@ -76,8 +76,7 @@ void converte(YStream &stream) {
         resto.remove_prefix(c.bytes);
         *destino++ = static_cast<char>(c.codigo);
     }
-    *destino = 0;
-    stream.tam = static_cast<std::size_t>(destino - stream.dados);
+    encolhe(stream, static_cast<std::size_t>(destino - stream.dados));
 }
 
 std::string_view semBrancos(std::string_view texto) {
