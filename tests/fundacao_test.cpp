@@ -1,13 +1,20 @@
 // Objects, exceptions, protected regions, log, allocation report and identities.
+#include "apoio/filho.hpp"
 #include "apoio/servidor.hpp"
 
 #include <3pramo/3pramo.hpp>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <memory>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <sys/ioctl.h>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -85,6 +92,12 @@ TEST(Objetos, destrutorQueLancaNaoImpedeOsOutros) {
         << "while one exception is in flight another one does not leave";
 }
 
+std::string descricao() {
+    const auto stream = pramo::cria<YStream>(YStream_rtti);
+    YExc_descreveEmStream(stream.get());
+    return YStream_str(stream.get());
+}
+
 TEST(Excecoes, detalheVaiUmaVezNaFrenteEAClasseDecide) {
     YContextoTry_printf("nome: %s. ", "100%n");
     try {
@@ -94,14 +107,26 @@ TEST(Excecoes, detalheVaiUmaVezNaFrenteEAClasseDecide) {
         EXPECT_TRUE(e.ehDaClasse(YExc_rtti));
         EXPECT_FALSE(e.ehDaClasse(YExcNaoImplementado_rtti));
         EXPECT_EQ(e.descricao(), "YExcIOError: nome: 100%n. Falha na leitura. (Fonte:12)");
-        auto stream = pramo::cria<YStream>(YStream_rtti);
-        YExc_descreveEmStream(stream.get());
-        EXPECT_EQ(YStream_str(stream.get()), e.descricao());
+        EXPECT_EQ(descricao(), e.descricao());
     }
+    struct {
+        std::size_t tamanho, fica;
+    } const casos[] = {{5'000, 5'005}, {65'531, 65'536}, {65'532, 65'536}, {1'000'000, 65'536}};
+    for (const auto [tamanho, fica] : casos) { // of the longest the middle goes, the end never
+        YContextoTry_printf("n: %s. ", std::string(tamanho, 'x').c_str());
+        try {
+            YContextoTry_throw(YExc_rtti, "outra", "Fonte", 1);
+        } catch (const YExcecao &e) {
+            EXPECT_TRUE(e.what() == "n: " + std::string(fica - 5, 'x') + ". outra") << tamanho;
+        }
+    }
+    EXPECT_THROW(YContextoTry_throw(YExc_rtti, "", "Fonte", 1), YExcecao);
+    YContextoTry_printf("velho. ");
+    EXPECT_THROW(YContextoTry_printf("%ls", L"\xD800"), YExcecao) << "no multibyte form";
     try {
         YContextoTry_throw(YExc_rtti, "outra", "Fonte", 1);
     } catch (const YExcecao &e) {
-        EXPECT_STREQ(e.what(), "outra") << "the detail was used up";
+        EXPECT_STREQ(e.what(), "outra") << "neither used up nor replaced in vain";
     }
 }
 
@@ -115,31 +140,63 @@ void corpoCalmo(void *n) {
     ++*static_cast<int *>(n);
 }
 
-TEST(RegiaoProtegida, apanhaRelancaEDescreve) {
+/// A region that has taken the exception of its body.
+struct Regiao {
+    YContextoTry c{};
+    explicit Regiao(void (*corpo)(void *), void *argumento = nullptr) {
+        YContextoTry_inicia(&c);
+        EXPECT_EQ(YContextoTry_executa(&c, corpo, argumento), 0);
+        EXPECT_EQ(YContextoTry_catch(&c, YExcNaoImplementado_rtti), 0);
+        EXPECT_NE(YContextoTry_catch(&c, YExc_rtti), 0);
+        EXPECT_NE(YContextoTry_catch(&c, YExc_rtti), 0);
+    }
+    ~Regiao() { YContextoTry_finaliza(&c); }
+};
+
+TEST(RegiaoProtegida, apanhaERelancaAMesma) {
     int n = 0;
     YContextoTry c{};
     YContextoTry_inicia(&c);
     EXPECT_EQ(YContextoTry_executa(&c, corpoCalmo, &n), 1);
     EXPECT_EQ(YContextoTry_catch(&c, YExc_rtti), 0) << "nothing is pending";
-    EXPECT_NO_THROW(YContextoTry_finaliza(&c));
-
-    c = {};
-    YContextoTry_inicia(&c);
-    EXPECT_EQ(YContextoTry_executa(&c, corpoQueLanca, reinterpret_cast<void *>(YExcIOError_rtti)), 0);
-    EXPECT_EQ(YContextoTry_catch(&c, YExcNaoImplementado_rtti), 0);
-    EXPECT_NE(YContextoTry_catch(&c, YExc_rtti), 0);
-    auto stream = pramo::cria<YStream>(YStream_rtti);
-    YExc_descreveEmStream(stream.get());
-    EXPECT_STREQ(YStream_str(stream.get()), "YExcIOError: do corpo (teste:3)");
+    EXPECT_EQ(YContextoTry_mensagem(&c), nullptr);
     EXPECT_NO_THROW(YContextoTry_finaliza(&c));
 
     c = {};
     YContextoTry_inicia(&c);
     YContextoTry_executa(&c, corpoPadrao, nullptr);
     YContextoTry_voltaContexto(&c);
-    EXPECT_THROW(YContextoTry_finaliza(&c), std::logic_error)
-        << "what no catch took is raised again as it was";
+    EXPECT_STREQ(YContextoTry_mensagem(&c), "de fora");
+    EXPECT_THROW(YContextoTry_finaliza(&c), std::logic_error) << "what no catch took is raised as it was";
     EXPECT_THROW(YContextoTry_executa(&c, corpoCalmo, &n), YExcecao) << "the region has ended";
+}
+
+TEST(RegiaoProtegida, descreveOQueSeTrataMaisPorDentro) {
+    const std::string daRegiao = "YExcIOError: do corpo (teste:3)";
+    void *io = reinterpret_cast<void *>(YExcIOError_rtti);
+    {
+        const Regiao externa(corpoQueLanca, io);
+        EXPECT_EQ(descricao(), daRegiao);
+        try {
+            YContextoTry_throw(YExc_rtti, "em C++", "teste", 4);
+        } catch (const YExcecao &e) {
+            EXPECT_EQ(descricao(), e.descricao());
+            {
+                const Regiao interna(corpoPadrao);
+                EXPECT_NE(descricao().find("YExc: de fora"), std::string::npos) << descricao();
+            }
+            EXPECT_EQ(descricao(), e.descricao());
+        }
+        EXPECT_EQ(descricao(), daRegiao);
+        std::vector<std::unique_ptr<Regiao>> fundo; // deeper than what is remembered
+        for (int i = 0; i < 9; i++) {
+            fundo.push_back(std::make_unique<Regiao>(corpoPadrao));
+        }
+        while (!fundo.empty()) {
+            fundo.pop_back();
+        }
+    }
+    EXPECT_NE(descricao().find("YExc: de fora"), std::string::npos) << "the last one that was handled";
 }
 
 TEST(Log, soMascarasLigadasEUmRegistroPorLinha) {
@@ -148,6 +205,104 @@ TEST(Log, soMascarasLigadasEUmRegistroPorLinha) {
     YObLOG_masc_print(Y_LOG_CORPO, "desligado");
     EXPECT_EQ(diario.quantos(""), 1);
     EXPECT_EQ(diario.quantos("a\\nb\\r\\t\\\\\\x01\\x7F 7"), 1);
+}
+
+/// What has been written into the pipe until now.
+std::string leTubo(int tubo) {
+    std::string tudo(std::size_t{1} << 20, 0);
+    int prontos = 0;
+    ioctl(tubo, FIONREAD, &prontos);
+    tudo.resize(prontos > 0 ? static_cast<std::size_t>(read(tubo, tudo.data(), tudo.size())) : 0);
+    return tudo;
+}
+
+/// How many records the line says were left out; 0 for other lines.
+int deixados(const std::string &linha) {
+    const std::string aviso = "Registros deixados de fora: ";
+    const std::size_t onde = linha.find(aviso);
+    return onde != std::string::npos ? std::stoi(linha.substr(onde + aviso.size())) : 0;
+}
+
+TEST(Log, erroPadraoQueNinguemLeNaoSeguraNinguem) {
+    EXPECT_TRUE(apoio::noFilho([] {
+        int tubo[2];
+        if (pipe(tubo) != 0 || dup2(tubo[1], STDERR_FILENO) < 0) {
+            return false;
+        }
+        {
+            std::vector<std::jthread> threads(4);
+            for (std::jthread &thread : threads) {
+                thread = std::jthread([] {
+                    for (int i = 0; i < 500; i++) {
+                        YObLOG_masc_print(Y_LOG_ERRO, "%0900d", i);
+                    }
+                });
+            }
+        }
+        std::string tudo = leTubo(tubo[0]);
+        YObLOG_masc_print(Y_LOG_ERRO, "%0100000d", 1); // cut in the middle of its line
+        for (const char *texto : {"um", "dois"}) {
+            tudo += leTubo(tubo[0]);
+            YObLOG_masc_print(Y_LOG_ERRO, "%s", texto);
+        }
+        tudo += leTubo(tubo[0]);
+        close(tubo[0]);
+        YObLOG_masc_print(Y_LOG_ERRO, "sem leitor"); // no signal
+        std::istringstream linhas(tudo);
+        int contados = 0;
+        for (std::string linha; std::getline(linhas, linha);) {
+            contados += std::max(deixados(linha), 1);
+        }
+        // The line that was cut is both there and counted.
+        return contados == 4 * 500 + 2 + 2 && tudo.ends_with(" 1 dois\n");
+    }));
+}
+
+/// A sink that does not return until it is let go.
+struct SaidaPresa {
+    std::atomic<bool> dentro{false}, solta{false}, saiu{false};
+    std::atomic<int> passaram{0}, foraAvisados{0};
+
+    static void recebe(void *eu, int /*mascara*/, const char *texto) {
+        auto *presa = static_cast<SaidaPresa *>(eu);
+        presa->dentro = true;
+        apoio::acontece([presa] { return presa->solta.load(); });
+        presa->foraAvisados += deixados(texto);
+        presa->passaram++;
+        presa->saiu = true;
+    }
+};
+
+TEST(Log, saidaPresaSeguraUmaThreadSo) {
+    SaidaPresa presa;
+    YObLOG_setSaida(SaidaPresa::recebe, &presa);
+    {
+        const std::jthread primeira([] { YObLOG_masc_print(Y_LOG_ERRO, "primeiro"); });
+        ASSERT_TRUE(apoio::acontece([&] { return presa.dentro.load(); }));
+        for (int i = 0; i < 2000; i++) {
+            YObLOG_masc_print(Y_LOG_ERRO, "%d", i);
+        }
+        EXPECT_TRUE(apoio::noFilho([] { // where nobody is inside the sink
+            close(STDERR_FILENO);
+            YObLOG_setSaida(nullptr, nullptr);
+            YObLOG_masc_print(Y_LOG_ERRO, "no filho");
+            return true;
+        }));
+        presa.solta = true;
+    }
+    while (presa.passaram < 1 + 1 + 1024) { // each one that logs takes some along
+        const int antes = presa.passaram;
+        YObLOG_masc_print(Y_LOG_ERRO, "mais um");
+        ASSERT_GT(presa.passaram, antes);
+    }
+    EXPECT_EQ(presa.foraAvisados, 2000 - 1024);
+
+    presa.solta = presa.dentro = presa.saiu = false;
+    const std::jthread outra([] { YObLOG_masc_print(Y_LOG_ERRO, "outro"); });
+    ASSERT_TRUE(apoio::acontece([&] { return presa.dentro.load(); }));
+    const std::jthread solta([&] { presa.solta = true; });
+    YObLOG_setSaida(nullptr, nullptr);
+    EXPECT_TRUE(presa.saiu) << "the sink may be taken apart once it has been replaced";
 }
 
 TEST(Memoria, relatorioMostraOQueEstaVivo) {

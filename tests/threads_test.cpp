@@ -1,4 +1,5 @@
 // Thread objects and functions run on threads of their own.
+#include "apoio/filho.hpp"
 #include "apoio/servidor.hpp"
 
 #include <3pramo/3pramo.hpp>
@@ -9,12 +10,14 @@
 #include <chrono>
 #include <pthread.h>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
 using apoio::acontece;
+using namespace pramo::literais;
 using Relogio = std::chrono::steady_clock;
 
 Y_CLASSE(Contador, YObThread) {
@@ -138,22 +141,140 @@ TEST(Thread, variasParadasAoMesmoTempoEsperamTodas) {
 }
 
 TEST(ExecutaThread, cadaFuncaoTemASuaEExcecaoNaoPassaDela) {
-    const apoio::Diario diario(0);
-    struct {
-        std::atomic<int> entraram, sairam;
-    } juntas = {};
+    const apoio::Diario diario;
+    std::atomic<int> juntas = 0;
     const auto funcao = [](void *argumento) {
-        auto *j = static_cast<decltype(juntas) *>(argumento);
-        j->entraram++;
-        acontece([&] { return j->entraram >= 100; });
-        j->sairam++;
+        auto *j = static_cast<std::atomic<int> *>(argumento);
+        ++*j;
+        acontece([&] { return *j >= 100; }); // all run at once
         throw std::runtime_error("so esta termina");
     };
     for (int i = 0; i < 100; i++) {
         YexecutaThread(funcao, &juntas);
     }
-    EXPECT_TRUE(acontece([&] { return juntas.entraram == 100; })) << "all run at once";
-    ASSERT_TRUE(acontece([&] { return juntas.sairam == 100; }));
+    ASSERT_TRUE(acontece([&] { return diario.quantos("so esta termina") == 100; })) << juntas;
+}
+
+TEST(ExecutaThread, nadaDeUmTrabalhoChegaAoSeguinte) {
+    struct Memoria {
+        std::atomic<pthread_t> thread[2];
+        std::string descricao, mensagem;
+    } memoria = {};
+    const auto primeiro = [](void *m) {
+        YContextoTry regiao{};
+        YContextoTry_inicia(&regiao);
+        YContextoTry_executa(
+            &regiao, [](void *) { throw std::runtime_error("de A"); }, nullptr);
+        YContextoTry_catch(&regiao, YExc_rtti);
+        YContextoTry_printf("de A. ");
+        static_cast<Memoria *>(m)->thread[0] = pthread_self(); // and leaves all that behind
+        YContextoTry_finaliza(&regiao);
+    };
+    const auto segundo = [](void *m) {
+        auto *aqui = static_cast<Memoria *>(m);
+        const auto stream = pramo::cria<YStream>(YStream_rtti);
+        YExc_descreveEmStream(stream.get());
+        aqui->descricao = YStream_str(stream.get());
+        try {
+            YContextoTry_throw(YExc_rtti, "de B", "teste", 1);
+        } catch (const YExcecao &e) {
+            aqui->mensagem = e.what();
+        }
+        aqui->thread[1] = pthread_self();
+    };
+    ASSERT_TRUE(acontece([&] { // until both ran on the same thread
+        for (std::atomic<pthread_t> &thread : memoria.thread) {
+            thread = 0;
+            YexecutaThread(&thread == memoria.thread ? primeiro : static_cast<void (*)(void *)>(segundo),
+                           &memoria);
+            acontece([&] { return thread != 0; });
+        }
+        return memoria.thread[0] == memoria.thread[1];
+    }));
+    EXPECT_EQ(memoria.descricao, "");
+    EXPECT_EQ(memoria.mensagem, "de B");
+}
+
+std::atomic<int> contados{0};
+
+void conta(void *) {
+    contados++;
+}
+
+/// Runs so many functions at once and waits for them.
+bool rodam(int quantas) {
+    contados = 0;
+    for (int i = 0; i < quantas; i++) {
+        YexecutaThread(
+            [](void *n) {
+                contados++;
+                acontece([n] { return contados >= *static_cast<int *>(n); });
+                contados++;
+            },
+            &quantas);
+    }
+    return acontece([&] { return contados == 2 * quantas; });
+}
+
+TEST(ExecutaThread, oFilhoDeUmForkNaoContaComAsThreadsDoPai) {
+    ASSERT_TRUE(rodam(20)); // and then wait for more
+    EXPECT_TRUE(apoio::noFilho([] {
+        YexecutaThread_setTamanhoDaPilha(uint64_t{1} << 60);
+        for (int i = 0; i < 3; i++) { // nobody waits here: each needs a new one, which cannot be made
+            try {
+                YexecutaThread(conta, nullptr);
+                return false;
+            } catch (const YExcecao &e) {
+                if (e.what() != std::string("Não foi possível criar a thread."_l1)) {
+                    return false;
+                }
+            }
+        }
+        YexecutaThread_setTamanhoDaPilha(0);
+        return rodam(20) && rodam(70) && rodam(20);
+    }));
+    EXPECT_TRUE(rodam(20));
+}
+
+TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
+    const auto registra = [](void *) { YObLOG_masc_print(Y_LOG_ERRO, "registro"); };
+    const auto registraApanhada = [](void *) {
+        try {
+            throw 42;
+        } catch (...) {
+            YExc_descreve_no_log();
+        }
+    };
+    static std::atomic<int> chamadas;
+    struct {
+        const char *nome;
+        YFuncaoLog saida;
+        void (*funcao)(void *);
+    } const casos[] = {
+        {"the sink ends its thread", [](void *, int, const char *) { chamadas++, pthread_exit(nullptr); },
+         registra},
+        {"in a catch block", [](void *, int, const char *) { chamadas++, pthread_exit(nullptr); },
+         registraApanhada},
+        {"for an exception", [](void *, int, const char *) { chamadas++, pthread_exit(nullptr); },
+         [](void *) { throw std::runtime_error("fim"); }},
+        {"the sink raises anything", [](void *, int, const char *) { chamadas++, throw 42; },
+         registraApanhada},
+        {"the sink logs",
+         [](void *, int, const char *) { chamadas++, YObLOG_masc_print(Y_LOG_ERRO, "de dentro"); }, registra},
+        {"the function ends its thread", [](void *, int, const char *) {},
+         [](void *) { chamadas++, pthread_exit(nullptr); }},
+    };
+    for (const auto &caso : casos) {
+        chamadas = 0;
+        YObLOG_setSaida(caso.saida, nullptr);
+        YexecutaThread(caso.funcao, nullptr);
+        ASSERT_TRUE(acontece([] { return chamadas == 1; })) << caso.nome;
+        YObLOG_setSaida(nullptr, nullptr);
+        const apoio::Diario diario;
+        YObLOG_masc_print(Y_LOG_ERRO, "adiante");
+        EXPECT_TRUE(acontece([&] { return diario.quantos("adiante") == 1; })) << caso.nome;
+    }
+    EXPECT_TRUE(rodam(20));
 }
 
 TEST(Mutex, reentraEExclui) {

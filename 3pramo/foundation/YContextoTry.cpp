@@ -3,7 +3,6 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 
 #include <algorithm>
-#include <cxxabi.h>
 #include <new>
 #include <utility>
 
@@ -64,9 +63,10 @@ int YContextoTry_executa(YContextoTry *contexto, void (*corpo)(void *), void *ar
     try {
         corpo(argumento);
         return 1;
-    } catch (const abi::__forced_unwind &) {
-        throw; // the thread ends
     } catch (...) {
+        if (terminaAThread()) {
+            throw;
+        }
         pendente(contexto) = std::current_exception();
         return 0;
     }

@@ -5,8 +5,6 @@
 #include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <utility>
@@ -112,8 +110,6 @@ namespace {
 const char *mensagemCorrente() {
     try {
         throw;
-    } catch (const abi::__forced_unwind &) {
-        throw;
     } catch (const std::bad_alloc &) {
         return SEM_MEMORIA;
     } catch (const std::exception &e) {
@@ -126,6 +122,9 @@ const char *mensagemCorrente() {
 } // namespace
 
 YExcecao pramo::excecaoCorrente() {
+    if (terminaAThread()) {
+        throw;
+    }
     try {
         throw;
     } catch (const YExcecao &e) {

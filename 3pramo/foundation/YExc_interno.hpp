@@ -31,6 +31,12 @@ auto semFaltaDeMemoria(const char *fonte, FUNCAO funcao, int linha = __builtin_L
     }
 }
 
+/// In a catch (...) block: true when no exception is in flight but the unwinding of a thread that ends, which
+/// must go on (`throw;`): the process ends otherwise.
+inline bool terminaAThread() noexcept {
+    return std::current_exception() == nullptr;
+}
+
 /// In a catch (...) block: the exception in flight as one of ours; a standard one becomes YExc with its
 /// what(), anything else YExc "Exceção desconhecida.". The forced unwinding of a thread that ends is passed
 /// on; nothing else is raised, also when there is no memory for the texts.

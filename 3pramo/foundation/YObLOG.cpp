@@ -2,6 +2,7 @@
 
 #include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/Formato.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
 
 #include <algorithm>
 #include <atomic>
@@ -238,9 +239,10 @@ private:
         try {
             funcao_(contexto_, mascara, texto);
             return true;
-        } catch (const abi::__forced_unwind &) {
-            throw; // the sink ends its thread
         } catch (...) {
+            if (terminaAThread()) {
+                throw;
+            }
             return false;
         }
     }

@@ -2,9 +2,8 @@
 #ifndef Y3PRAMO_FOUNDATION_LIBERATODOS_HPP
 #define Y3PRAMO_FOUNDATION_LIBERATODOS_HPP
 
-#include <3pramo/foundation/YOb.h>
+#include <3pramo/foundation/YExc_interno.hpp>
 
-#include <cxxabi.h>
 #include <exception>
 
 namespace pramo {
@@ -18,9 +17,10 @@ void liberaTodos(Vazio vazio, Tira tira) {
     while (!vazio()) {
         try {
             YliberaObjeto(tira());
-        } catch (const abi::__forced_unwind &) {
-            throw; // the end of a cancelled thread cannot be put off
         } catch (...) {
+            if (terminaAThread()) {
+                throw;
+            }
             if (!primeira) {
                 primeira = std::current_exception();
             }
