@@ -298,12 +298,12 @@ bool enfileira(Log &log, int mascara, std::string_view texto, bool aSaidas) {
         (!entregar && (log.quantos >= MAXIMO_DE_REGISTROS || log.bytes + r->tamanho > MAXIMO_DE_BYTES))) {
         log.deixados++;
         libera(log, r);
-        return false;
+    } else {
+        (log.primeiro == nullptr ? log.primeiro : log.ultimo->seguinte) = r;
+        log.ultimo = r;
+        log.quantos++;
+        log.bytes += r->tamanho;
     }
-    (log.primeiro == nullptr ? log.primeiro : log.ultimo->seguinte) = r;
-    log.ultimo = r;
-    log.quantos++;
-    log.bytes += r->tamanho;
     log.entregando = log.entregando || entregar;
     return entregar;
 }

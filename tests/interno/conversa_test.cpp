@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-using apoio::ateFalharEmQualquer;
+using apoio::alocacoes;
 using apoio::chama;
 using apoio::NUNCA;
 
@@ -66,20 +66,23 @@ void serve(YSoapServer *servidor, const std::string &quem) {
         << quem;
 }
 
-/// Runs the action with the n-th allocation of the threads that are not spared failing, for every n until
-/// there is none, and `depois` behind each.
+/// Runs the action with the n-th allocation of the threads that are not spared failing, alone and with twenty
+/// that follow it, for every n until there is none, and `depois` behind each.
 template <typename ACAO, typename DEPOIS>
 void emCadaAlocacao(ACAO acao, DEPOIS depois) {
     YObLOG_habilita(0);
-    int n = 0;
-    for (bool passou = false; !passou; n++) {
-        ASSERT_LT(n, 3000);
-        ateFalharEmQualquer = n;
-        acao();
-        passou = ateFalharEmQualquer.exchange(NUNCA) != NUNCA;
-        depois("allocation " + std::to_string(n));
+    for (const int seguidas : {1, 6}) {
+        alocacoes.seguidas = seguidas;
+        int n = 0;
+        for (bool passou = false; !passou; n += seguidas) {
+            ASSERT_LT(n, 3000);
+            alocacoes.ainda = n;
+            acao();
+            passou = alocacoes.ainda.exchange(NUNCA) >= 0;
+            depois("allocation " + std::to_string(n));
+        }
+        EXPECT_GT(n, 4) << "the library allocates on its way";
     }
-    EXPECT_GT(n, 4) << "the library allocates on its way";
     YObLOG_habilita(Y_LOG_ERRO);
 }
 
@@ -113,14 +116,14 @@ TEST(Conversa, semMemoriaNasChamadas) {
 TEST(Conversa, semThreadOComecoSeDesfaz) {
     for (int n = 0; n < 2; n++) {
         const auto servidor = novoServidor();
-        apoio::threadsAteFalhar = n;
+        apoio::threads.ainda = n;
         std::string falha;
         try {
             YObThread_start(servidor.get());
         } catch (const YExcecao &e) {
             falha = e.what();
         }
-        apoio::threadsAteFalhar = NUNCA;
+        apoio::threads.ainda = NUNCA;
         EXPECT_EQ(falha, "N\xE3o foi poss\xEDvel criar a thread.") << n;
         EXPECT_EQ(YObThread_isAlive(servidor.get()), 0);
         EXPECT_EQ(YObThread_isAlive(servidor->webServer), 0) << "nothing serves";

@@ -1,40 +1,50 @@
-// Every allocation of an operation fails once: the operation raises or succeeds, and nothing is lost or half
-// done.
+// Every allocation of an operation fails, alone and with all that follow: the operation raises or succeeds,
+// and nothing is lost or half done.
 #include "faltas.hpp"
 
 #include <3pramo/3pramo.hpp>
+#include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/soap/YSoapServer_despacho.hpp>
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
+
+using namespace pramo::literais;
 
 namespace {
 
-using apoio::ateFalhar;
-using apoio::NUNCA;
+using apoio::falta;
 
-/// Runs the operation with its n-th allocation failing, for every n, until it succeeds.
+/// Runs the operation with its n-th allocation failing, and then with all from the n-th on, for every n,
+/// until it needs no more than n.
 void falhaEmCada(const char *nome, const std::function<void()> &operacao) {
     operacao(); // what is made once for the whole process exists now
-    for (int n = 0; n < 2000; n++) {
+    for (int n = 0; n < 4000; n++) {
         const uint64_t antes = YMemoria_vivos();
-        bool conseguiu = false;
-        ateFalhar = n;
+        falta = {n / 2, true, n % 2 != 0, false};
         try {
-            operacao();
-            conseguiu = ateFalhar >= 0; // an operation may survive a failure, too
+            operacao(); // it may survive a failure, too
         } catch (const YExcecao &) {
         }
-        ateFalhar = NUNCA;
-        ASSERT_EQ(YMemoria_vivos(), antes) << nome << ", allocation " << n;
-        if (conseguiu) {
+        const bool falhou = std::exchange(falta, {}).falhou;
+        ASSERT_EQ(YMemoria_vivos(), antes) << nome << ", allocation " << n / 2;
+        if (!falhou) {
             return;
         }
     }
     FAIL() << nome << " never succeeded";
+}
+
+/// Needs no memory, unlike the checks of the framework.
+void confere(bool vale) {
+    if (!vale) {
+        std::abort();
+    }
 }
 
 constexpr const char *DOCUMENTO =
@@ -88,6 +98,61 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
             YMapa_guarda(mapa.get(), texto.c_str() + texto.size() / 2, valor.get());
             (void)valor.release();
         }
+        const pramo::Dono<YSet> outro = pramo::cria<YSet>(YSet_rtti, "teste");
+        const pramo::Dono<YSet> uniao = pramo::cria<YSet>(YSet_rtti, "teste");
+        for (std::uintptr_t i = 0; i < 30; i++) {
+            YSet_poe(i % 2 != 0 ? outro.get() : uniao.get(), reinterpret_cast<void *>(i));
+        }
+        try {
+            YSet_poeTudo(uniao.get(), outro.get());
+        } catch (const YExcecao &) {
+            confere(YSet_tam(uniao.get()) == 15 && YSet_tem(uniao.get(), nullptr) != 0);
+            throw;
+        }
+    });
+    falhaEmCada("exceções", [] {
+        YContextoTry_printf("velho. ");
+        try {
+            YContextoTry_printf("%0700d. ", 1);
+        } catch (const YExcecao &e) {
+            confere(std::strcmp(e.what(), "Memória insuficiente."_l1) == 0);
+        }
+        int registros = 0;
+        YObLOG_setSaida([](void *n, int, const char *) { ++*static_cast<int *>(n); }, &registros);
+        YObLOG_habilita(Y_LOG_ERRO);
+        for (void (*corpo)(void *) :
+             {static_cast<void (*)(void *)>([](void *) { throw std::bad_alloc(); }),
+              static_cast<void (*)(void *)>(
+                  [](void *) { YContextoTry_throw(YExcIOError_rtti, "do corpo que falhou", "teste", 1); })}) {
+            YContextoTry regiao{};
+            YContextoTry_inicia(&regiao);
+            confere(YContextoTry_executa(&regiao, corpo, nullptr) == 0);
+            confere(std::strncmp(YContextoTry_mensagem(&regiao), "velho", 5) != 0);
+            confere(YContextoTry_catch(&regiao, YExc_rtti) != 0);
+            YExc_descreve_no_log();
+            YContextoTry_finaliza(&regiao);
+            try {
+                corpo(nullptr);
+            } catch (...) {
+                char curta[20];
+                confere(pramo::descreveExcecaoCorrente(curta, sizeof curta) == 19);
+                pramo::registraExcecaoCorrente("aqui");
+                pramo::registraExcecaoAdiada("aqui"); // arrives with the next one
+            }
+            YObLOG_masc_print(Y_LOG_ERRO, "%03000d", 1);
+        }
+        YObLOG_habilita(0);
+        YObLOG_setSaida(nullptr, nullptr);
+        confere(registros == 8);
+        pramo::esqueceExcecoes();
+    });
+    falhaEmCada("relatório", [] {
+        std::uint64_t linhas = 0;
+        YMemoria_relatorio(
+            [](void *n, const char *, uint64_t, const char *, int) { ++*static_cast<uint64_t *>(n); },
+            &linhas);
+        confere(linhas == YMemoria_vivos());
+        YexecutaThread([](void *) {}, nullptr);
     });
     falhaEmCada("servidor e chamada", [] {
         const YDefinicaoMetodo metodos[] = {{"soma", soma}, {nullptr, nullptr}};

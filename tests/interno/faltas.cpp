@@ -7,10 +7,10 @@
 
 namespace apoio {
 
-thread_local int ateFalhar = NUNCA;
-std::atomic<int> ateFalharEmQualquer{NUNCA};
+thread_local Falta falta;
+Contagem alocacoes;
 thread_local bool poupada = false;
-std::atomic<int> threadsAteFalhar{NUNCA};
+Contagem threads;
 
 } // namespace apoio
 
@@ -18,15 +18,20 @@ namespace {
 
 using namespace apoio;
 
-bool chegouAVez(std::atomic<int> &contagem) {
-    int antes = contagem.load();
-    while (antes != NUNCA && !contagem.compare_exchange_weak(antes, antes - 1)) {
+bool chegouAVez(Contagem &contagem) {
+    int antes = contagem.ainda.load();
+    while (antes != NUNCA &&
+           !contagem.ainda.compare_exchange_weak(antes, antes - 1 > -contagem.seguidas ? antes - 1 : NUNCA)) {
     }
-    return antes == 0;
+    return antes != NUNCA && antes <= 0;
 }
 
 bool deveFalhar() {
-    return (ateFalhar != NUNCA && ateFalhar-- == 0) || (!poupada && chegouAVez(ateFalharEmQualquer));
+    if (!falta.ligada || falta.ainda-- > 0 || (falta.falhou && !falta.daiEmDiante)) {
+        return !poupada && chegouAVez(alocacoes);
+    }
+    falta.falhou = true;
+    return true;
 }
 
 } // namespace
@@ -49,8 +54,7 @@ void *__wrap_realloc(void *bloco, std::size_t tamanho) {
 }
 int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *atributos, void *(*funcao)(void *),
                           void *argumento) {
-    return chegouAVez(threadsAteFalhar) ? EAGAIN
-                                        : __real_pthread_create(thread, atributos, funcao, argumento);
+    return chegouAVez(threads) ? EAGAIN : __real_pthread_create(thread, atributos, funcao, argumento);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier)
@@ -59,6 +63,9 @@ int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *atributos, vo
 [[gnu::noinline]] void *operator new(std::size_t tamanho) {
     void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
     return bloco != nullptr ? bloco : throw std::bad_alloc();
+}
+[[gnu::noinline]] void *operator new(std::size_t tamanho, const std::nothrow_t &) noexcept {
+    return std::malloc(tamanho != 0 ? tamanho : 1);
 }
 [[gnu::noinline]] void operator delete(void *bloco) noexcept {
     std::free(bloco);

@@ -3,15 +3,27 @@
 #define TESTES_INTERNO_FALTAS_HPP
 
 #include <atomic>
+#include <climits>
 
 namespace apoio {
 
-constexpr int NUNCA = -1;
+/// What this thread's allocations do: after `ainda` more one fails, or that one and all after it.
+struct Falta {
+    int ainda = 0;
+    bool ligada = false, daiEmDiante = false, falhou = false;
+};
+extern thread_local Falta falta;
 
-extern thread_local int ateFalhar;           // allocations that still succeed on this thread, then one fails
-extern std::atomic<int> ateFalharEmQualquer; // the same, counted over all threads that are not spared
+constexpr int NUNCA = INT_MIN;
+
+/// After `ainda` more, so many fail in a row; then, and while it is NUNCA, none.
+struct Contagem {
+    std::atomic<int> ainda{NUNCA};
+    std::atomic<int> seguidas{1};
+};
+extern Contagem alocacoes; // of all threads that are not spared
 extern thread_local bool poupada;
-extern std::atomic<int> threadsAteFalhar; // threads that can still be made, then one cannot
+extern Contagem threads;
 
 } // namespace apoio
 
