@@ -57,6 +57,7 @@ std::optional<std::string> enderecoAtual(WebServerInterno &i) {
 struct Ouvinte {
     Dono<YSocket> ouvinte;
     Dono<YSocket> proxima;
+    bool entregando = false; // a connection has left the queue: another try does not meet it again
 };
 
 void escuta(YWebServer &eu, Ouvinte &o) {
@@ -154,6 +155,7 @@ void entregaConexao(YWebServer &eu, Dono<YSocket> conexao) {
 }
 
 void tentaAceitar(YWebServer &eu, Ouvinte &o) {
+    o.entregando = false;
     escuta(eu, o);
     if (!cabeOutraConexao(interno(eu), *o.ouvinte)) {
         return;
@@ -164,6 +166,7 @@ void tentaAceitar(YWebServer &eu, Ouvinte &o) {
     if (aceitaEm(*o.ouvinte, *o.proxima)) {
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p,socket=%p):aceitou %p.", endereco(&eu),
                           endereco(o.ouvinte.get()), endereco(o.proxima.get()));
+        o.entregando = true;
         entregaConexao(eu, std::move(o.proxima));
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p):thread filho copiou!", endereco(&eu));
     }
@@ -196,7 +199,7 @@ void pramo::aceitaConexoes(YObThread *servidor) {
             pausa = PRIMEIRA_PAUSA_MS;
         } catch (...) {
             i.falhas.registra("YWebServer_run", Falhas::Quanto::UMA_VEZ);
-            YObThread_dorme(&eu, pausa);
+            YObThread_dorme(&eu, ouvinte.entregando ? PRIMEIRA_PAUSA_MS : pausa);
             pausa = PAUSA_MS;
         }
         i.falhas.registraContagens();

@@ -15,12 +15,6 @@
 
 using namespace pramo;
 
-namespace pramo {
-
-[[gnu::weak]] void esqueceExcecoes() noexcept;
-
-} // namespace pramo
-
 namespace {
 
 constexpr const char *FONTE = "YWebServer";
@@ -188,9 +182,7 @@ bool Atendimento::recebeRequisicao(const Prazo &lote) {
     if (!chegaAlgo(lote)) {
         return false;
     }
-    if (esqueceExcecoes != nullptr) { // what another request left on this thread is not for this one
-        esqueceExcecoes();
-    }
+    esqueceExcecoes(); // what another request left on this thread is not for this one
     WebServerInterno &i = interno(servidor_);
     Prazo prazo = lote;
     switch (leCabeca(*requisicao_, prazo, i.limiteDoCabecalho, i.prazoDaRequisicao)) {
