@@ -1,7 +1,7 @@
 #include <3pramo/foundation/YDIC_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YMemoria.h>
+#include <3pramo/foundation/YMemoria_interno.hpp>
 
 #include <algorithm>
 #include <memory>
@@ -109,11 +109,13 @@ YDIC_Entrada *criaEntrada(std::string_view chave, std::string_view valor) {
     return entrada;
 }
 
+// Only values may be secret; one that was replaced by a longer one is wiped already.
 void liberaEntrada(YDIC_Entrada *entrada) {
+    apaga(entrada->valor, entrada->capacidade);
     if (entrada->valorProprio()) {
-        YliberaMemoria(entrada->valor);
+        liberaSemApagar(entrada->valor);
     }
-    YliberaMemoria(entrada);
+    liberaSemApagar(entrada);
 }
 
 void trocaValor(YDIC_Entrada &entrada, std::string_view valor) {
@@ -123,8 +125,9 @@ void trocaValor(YDIC_Entrada &entrada, std::string_view valor) {
     }
     auto *novo = static_cast<char *>(YalocaMemoria_debug(valor.size() + 1, FONTE, __LINE__));
     copiaTexto(novo, valor);
+    apaga(entrada.valor, entrada.capacidade);
     if (entrada.valorProprio()) {
-        YliberaMemoria(entrada.valor);
+        liberaSemApagar(entrada.valor);
     }
     entrada.valor = novo;
     entrada.capacidade = valor.size() + 1;

@@ -29,10 +29,12 @@ inline void anotaLiberacao(const void *bloco) {
     }
 }
 
-/// Overwrites what may have been a card number, a password or a PIN; the compiler does not leave it out.
+/// Overwrites what may have been a card number, a password or a PIN. The compiler does not leave it out,
+/// since for all it knows the empty instruction reads what was written.
 inline void apaga(void *bytes, std::size_t quantos) {
     if (quantos != 0) {
-        explicit_bzero(bytes, quantos);
+        std::memset(bytes, 0, quantos);
+        asm volatile("" : : "r"(bytes) : "memory");
     }
 }
 

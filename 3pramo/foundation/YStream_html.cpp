@@ -105,25 +105,38 @@ int YStream_getHtmlChar(YStream *stream) {
     return referencia.caractere;
 }
 
+namespace {
+
+// Where the text ends, or the first character that is to become a reference stands.
+const char *fimDoPlano(const char *texto) {
+    while (*texto != 0 && !REFERENCIADOS[static_cast<unsigned char>(*texto)]) {
+        texto++;
+    }
+    return texto;
+}
+
+} // namespace
+
 void YStream_putHtmlString(YStream *stream, const char *texto) {
+    if (texto == nullptr) {
+        return;
+    }
     if (ehDoProprioConteudo(*stream, texto)) {
         return YStream_putHtmlString(stream, Dono<char>(YduplicaString(texto)).get());
     }
     constexpr std::size_t MAIOR_ESCRITA = 6; // &quot;
-    TudoOuNada acrescimo(*stream);
-    const char *inicio = texto != nullptr ? texto : "";
-    for (const char *p = inicio;; p++) {
-        const auto c = static_cast<unsigned char>(*p);
-        if (c != 0 && !REFERENCIADOS[c]) {
-            continue;
-        }
-        YStream_putBloco(stream, inicio, p - inicio);
-        if (c == 0) {
-            return acrescimo.fica();
-        }
-        avanca(*stream, poeReferencia(reserva(*stream, MAIOR_ESCRITA), c));
-        inicio = p + 1;
+    const char *fim = fimDoPlano(texto);
+    if (*fim == 0) {
+        return YStream_putBloco(stream, texto, fim - texto);
     }
+    TudoOuNada acrescimo(*stream);
+    for (; *fim != 0; fim = fimDoPlano(texto)) {
+        YStream_putBloco(stream, texto, fim - texto);
+        avanca(*stream, poeReferencia(reserva(*stream, MAIOR_ESCRITA), static_cast<unsigned char>(*fim)));
+        texto = fim + 1;
+    }
+    YStream_putBloco(stream, texto, fim - texto);
+    acrescimo.fica();
 }
 
 void YStream_putTirandoAcentos(YStream *stream, const char *texto) {

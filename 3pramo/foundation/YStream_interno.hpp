@@ -28,7 +28,7 @@ inline void avanca(YStream &stream, std::size_t quantos) {
     stream.dados[stream.tam] = 0;
 }
 
-/// Cuts the content, and wipes what is cut off.
+/// Cuts the content, and wipes what is cut off: the first byte of it now ends the text.
 inline void encolhe(YStream &stream, std::size_t tamanho) {
     if (stream.tam != tamanho) {
         apaga(stream.dados + tamanho, stream.tam - tamanho);

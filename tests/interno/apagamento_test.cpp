@@ -1,0 +1,130 @@
+// No block goes back to the allocator while it still holds a card number, a password or a PIN.
+#include "apoio/arvore.hpp"
+#include "apoio/soap.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <malloc.h>
+
+namespace {
+
+constexpr std::string_view SEGREDOS[] = {"4929123456781234", "73519284", "A1B2C3D4E5F60718"};
+std::atomic<bool> vigia{false};
+std::atomic<int> achados{0};
+thread_local bool cliente = false; // its texts are the test's own: wiped here, so that no block inherits them
+
+void examina(void *bloco) {
+    const std::size_t tamanho = malloc_usable_size(bloco);
+    if (cliente) {
+        std::memset(bloco, 0, tamanho);
+        return;
+    }
+    for (const std::string_view segredo : SEGREDOS) {
+        achados += memmem(bloco, tamanho, segredo.data(), segredo.size()) != nullptr ? 1 : 0;
+    }
+}
+
+} // namespace
+
+// The linker sends the library's frees here (-Wl,--wrap).
+extern "C" {
+void __real_free(void *bloco);  // NOLINT(bugprone-reserved-identifier)
+void __wrap_free(void *bloco) { // NOLINT
+    if (bloco != nullptr && vigia.load(std::memory_order_relaxed)) {
+        examina(bloco);
+    }
+    __real_free(bloco);
+}
+}
+
+namespace {
+
+void usaMensagens(const char *cartao) {
+    const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
+    const auto copia = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
+    const auto fio = pramo::cria<YStream>(YStream_rtti);
+    YMensagemIso_setBit(mensagem.get(), 2, cartao);
+    YMensagemIso_setBit(mensagem.get(), 48, cartao);
+    YMensagemIso_setBit(mensagem.get(), 52, SEGREDOS[2].data());
+    YMensagemIso_copiaDe(copia.get(), mensagem.get());
+    YMensagemIso_setBit(mensagem.get(), 2, "1");
+    for (const auto escreve : {YMensagemIso_emiteEmStream, YMensagemIso_dumpEmStream,
+                               YMensagemIso_dumpMascaradoEmStream, YMensagemIso_salvaEmStream}) {
+        YStream_clear(fio.get());
+        escreve(copia.get(), fio.get());
+    }
+    YStream_clear(fio.get());
+    YMensagemIso_emiteEmStream(copia.get(), fio.get());
+    const char *posicao = YStream_str(fio.get());
+    YMensagemIso_carrega(mensagem.get(), &posicao);
+    YMensagemIso_salvaEmArquivo(mensagem.get(), "/dev/null");
+    YStream_printf(fio.get(), "%600s", cartao);
+}
+
+void usaTextos(YNo *no, const char *cartao) {
+    for (const char *texto : {cartao, "curto", "um texto mais longo que o primeiro", cartao, ""}) {
+        YNo_setAtributo(no, "t", texto);
+        YNo_setValor(no, texto);
+    }
+    char *texto = static_cast<char *>(YrealocaMemoria_debug(YduplicaString(cartao), 4096, "teste", 1));
+    YliberaMemoria(YrealocaMemoria_debug(texto, 1 << 20, "teste", 1));
+}
+
+// A form with a password and a card number, of which one request is refused.
+void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
+    const auto operacao = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+    Pramo_Operacao *op = operacao.get();
+    Pramo_Operacao_setCargaEstrita(op, 1);
+    const char *cartao = YNo_getString(requisicao, "cartao");
+    Pramo_Operacao_setRespostaDoPopup(op, "p", cartao);
+    for (const auto &[nome, tipo] : {std::pair("senha", Pramo_Tipo_getTipoSenha()),
+                                     {"c", Pramo_Tipo_getTipoEscolhaMultipla()},
+                                     {"q", Pramo_Tipo_getTipoQTDE3()},
+                                     {"id", Pramo_Tipo_getTipoId()}}) {
+        Pramo_Variavel *variavel =
+            Pramo_Operacao_criaVariavel(op, nome, tipo, nullptr, *nome == 'c' ? 16 : 8);
+        Pramo_Variavel_acrescentaOpcao(variavel, cartao, cartao);
+        Pramo_Variavel_marcaUsada(variavel);
+    }
+    EXPECT_NE(apoio::excecao([&] { Pramo_Operacao_carregaDaRequisicao(op, requisicao); }), "");
+    YNo_setStringVal(YNo_getFilho(requisicao, "campo", 3), "1");
+    Pramo_Operacao_carregaDaRequisicao(op, requisicao);
+    for (const char *nome : {"senha", "c", "q"}) {
+        Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(op, nome));
+    }
+    Pramo_Operacao_descarregaNaResposta(op, resposta);
+    usaMensagens(cartao);
+    usaTextos(YNo_criaDescendente(resposta, "x"), cartao);
+}
+
+TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
+    const YDefinicaoMetodo metodos[] = {{"preenche", preenche}, {nullptr, nullptr}};
+    apoio::ServidorSoap servidor({{"Alvo", metodos, YWebService_rtti, nullptr, nullptr}});
+    const apoio::Diario diario(Y_LOG_CORPO);
+    cliente = true;
+    vigia = true;
+    {
+        const std::string cartao(SEGREDOS[0]);
+        const std::string senha(SEGREDOS[1]);
+        std::string corpo = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><e><Body><preenche t=\"" + cartao +
+                            "\"><cartao>" + cartao + "</cartao><z>\xC3\xA7" + std::string(3000, 'z') + "</z>";
+        for (const auto &[nome, valor] :
+             {std::pair("senha", senha), {"c", cartao}, {"q", senha}, {"id", "x" + senha}}) {
+            corpo +=
+                "<campo nome=\"" + std::string(nome) + "\" opcao=\"" + cartao + "\">" + valor + "</campo>";
+        }
+        corpo += "<b>" + cartao + "&amp;</b></preenche></Body></e>";
+        const std::string respostas =
+            apoio::conversa(servidor.porta(), apoio::pedidoSoap("Alvo", "preenche", corpo) +
+                                                  apoio::pedidoSoap("Alvo", "preenche", corpo));
+        EXPECT_NE(respostas.find("<ns1:valor>" + cartao + "</ns1:valor>"), std::string::npos) << respostas;
+    }
+    cliente = false;
+    servidor.libera();
+    vigia = false;
+    EXPECT_EQ(achados, 0);
+}
+
+} // namespace
