@@ -93,19 +93,6 @@ TEST_F(Dicionario, trataLinha) {
     }
 }
 
-TEST_F(Dicionario, poucasAlocacoes) {
-    const auto blocos = [soODicionario = YMemoria_vivos()] { return YMemoria_vivos() - soODicionario; };
-    YDIC_guarda(d, "xmlns:a", "urn:a");
-    YDIC_guarda(d, "id", "valor");
-    YDIC_guarda(d, "id", "menor");
-    EXPECT_EQ(blocos(), 2U);
-    YDIC_guarda(d, "id", "este valor ficou maior");
-    YDIC_guarda(d, "id", "e este muito maior do que o de antes");
-    EXPECT_EQ(blocos(), 3U);
-    YDIC_remove(d, "id");
-    EXPECT_EQ(blocos(), 1U);
-}
-
 TEST_F(Dicionario, vinteMilChavesParecidas) {
     const std::string prefixo(100, 'k');
     const auto chave = [&](int i) { return prefixo + std::to_string(i); };

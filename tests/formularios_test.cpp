@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <barrier>
 #include <fstream>
 #include <thread>
 #include <unistd.h>
@@ -335,28 +334,6 @@ TEST(Operacao, umSinalAcordaTodosOsQueEsperam) {
     EXPECT_TRUE(acontece([&] { return acordadas == QUANTAS; }));
     while (acordadas < QUANTAS) { // so that a failure is told, and not waited for
         Pramo_Operacao_sinalizaCondicao(op);
-    }
-}
-
-TEST(Operacao, primeiraEsperaESinalSeEncontramSemDano) {
-    constexpr int QUANTAS = 3;
-    for (int volta = 0; volta < 200; volta++) {
-        const Operacao op;
-        std::atomic<int> acordadas{0};
-        std::barrier juntas(QUANTAS);
-        std::vector<std::thread> threads;
-        for (int i = 0; i < QUANTAS; i++) {
-            threads.emplace_back([&] {
-                juntas.arrive_and_wait();
-                Pramo_Operacao_esperaCondicao(op);
-                acordadas++;
-            });
-        }
-        ASSERT_TRUE(acontece([&] {
-            Pramo_Operacao_sinalizaCondicao(op);
-            return acordadas == QUANTAS;
-        }));
-        std::ranges::for_each(threads, &std::thread::join);
     }
 }
 

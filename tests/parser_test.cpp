@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 using namespace apoio;
 using namespace pramo::literais;
 
@@ -163,46 +161,6 @@ TEST_F(Parser, limitesAjustados) {
         EXPECT_EQ(le(texto).front(), '<') << texto;
         limita(parser.get(), cabe - 1);
         EXPECT_EQ(le(texto), MAL_FORMADA) << texto;
-    }
-}
-
-// ---- What was written is read ----
-
-struct Sorteio {
-    std::mt19937 fonte;
-
-    unsigned ate(unsigned maximo) { return static_cast<unsigned>(fonte() % (maximo + 1)); }
-
-    std::string nome() { return {static_cast<char>('a' + ate(25)), static_cast<char>('a' + ate(25))}; }
-
-    // Any characters but a white space in front, which a reader drops.
-    std::string texto() {
-        std::string texto = "x";
-        for (unsigned i = ate(12); i > 0; i--) {
-            texto += static_cast<char>(ate(4) != 0 ? 1 + ate(254) : static_cast<unsigned>("<>&\"'"[ate(4)]));
-        }
-        return texto;
-    }
-
-    void enche(YNo *no, int niveis) {
-        for (unsigned i = ate(2); i > 0; i--) {
-            YNo_setAtributo(no, nome().c_str(), texto().c_str() + ate(1));
-        }
-        for (unsigned i = niveis > 0 ? ate(5) : 0; i > 0; i--) {
-            enche(YNo_criaDescendente(no, nome().c_str()), niveis - 1);
-        }
-        if (YNo_temFilho(no) == 0 && ate(3) != 0) {
-            YNo_setValor(no, texto().c_str());
-        }
-    }
-};
-
-TEST_F(Parser, oQueFoiEscritoELido) {
-    for (unsigned semente = 0; semente < 200; semente++) {
-        const auto raiz = apoio::le("<raiz/>");
-        Sorteio{std::mt19937(semente)}.enche(raiz.get(), 5);
-        const std::string escrito = grava(raiz.get());
-        ASSERT_EQ(le(escrito + "resto"), escrito + "|resto") << "seed " << semente;
     }
 }
 

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <random>
 
 using apoio::excecao;
 
@@ -146,34 +145,6 @@ TEST(Tipos, binContaCaracteresAntesEDepoisDoPonto) {
         excecao([&] { campo.le(caso.texto); });
         EXPECT_EQ(Pramo_Variavel_getCaracteresAntesDaVirgula(campo.get()), caso.antes) << caso.texto;
         EXPECT_EQ(Pramo_Variavel_getCaracteresDepoisDaVirgula(campo.get()), caso.depois) << caso.texto;
-    }
-}
-
-// Every size, at the page's end, extremes first.
-TEST(Tipos, qualquerNumeroVoltaIgual) {
-    constexpr int SORTEIOS = 300;
-    const apoio::BeiraDaPagina origem;
-    const apoio::BeiraDaPagina destino;
-    std::mt19937 sorte(3); // NOLINT(cert-msc51-cpp): the same numbers every time
-    for (std::size_t tamanho = 1; tamanho <= 18; tamanho++) {
-        std::uint8_t *de = origem.ultimos(tamanho);
-        std::uint8_t *para = destino.ultimos(tamanho);
-        for (int i = 0; i < SORTEIOS; i++) {
-            // 0, -1, the largest, the smallest, then random ones of random length
-            const auto byte = [&] {
-                return static_cast<std::uint8_t>(i < 4 ? (i % 2 != 0 ? 0xFF : 0) : sorte());
-            };
-            std::generate(de, de + tamanho, byte);
-            de[tamanho - 1] ^= i == 2 || i == 3 ? 0x80 : 0;
-            std::fill(de + (i < 4 ? tamanho : 1 + sorte() % tamanho), de + tamanho,
-                      sorte() % 2 != 0 ? 0xFF : 0);
-            for (Pramo_Tipo *tipo : {BIN, ID, SENHA, QTDE3}) {
-                const std::string texto = Campo(tipo, de, tamanho).grava();
-                std::fill(para, para + tamanho, INTOCADO);
-                Campo(tipo, para, tamanho).le(texto.c_str());
-                ASSERT_EQ(std::memcmp(de, para, tamanho), 0) << tamanho << " bytes: " << texto;
-            }
-        }
     }
 }
 

@@ -63,7 +63,7 @@ TEST_F(Valores, oQueSeEscreve) {
 TEST_F(Valores, numerosLidos) {
     // clang-format off
     const std::pair<const char *, int64_t> inteiros[] = {
-        {nullptr, 0}, {"abc", 0}, {"\t\n\v\f\r +7 8", 7}, {"\xa0+7", 0}, {"65535", 65535}, {"-7", -7},
+        {nullptr, 0}, {"abc", 0}, {"\t\n\v\f\r +7 8", 7}, {"\xa0+7", 0}, {"65535", 65535}, {"-7", -7}, {"+-7", 0}, {"- 7", 0}, {"0x10", 0},
         {"4294967297", 4294967297}, {"9223372036854775808", INT64_MAX}, {"-99999999999999999999", INT64_MIN}};
     const std::pair<const char *, double> flutuantes[] = {
         {nullptr, 0}, {"x", 0}, {" \t1.5e2x", 150}, {"1,5", 1}, {"-inf", -INFINITY},

@@ -25,7 +25,8 @@ Y_EXPORTA const char *YStream_str(YStream *stream);
 /* Length of the whole content. */
 Y_EXPORTA int64_t YStream_tam(const YStream *stream);
 
-/* Empties the content and resets the read position; the memory is kept for what comes next. */
+/* Empties the content, overwriting it with zeros, and resets the read position; the memory is kept for what
+ * comes next. Whenever a stream gives memory back, what stood there has been overwritten. */
 Y_EXPORTA void YStream_clear(YStream *stream);
 
 /* Prepares the stream to receive `bytes` more; only a matter of speed. Zero or less does nothing. */

@@ -8,7 +8,8 @@
  *   white space alone is no content;
  * - a closing tag is not compared with the element that it closes;
  * - a child with the attribute nil (any prefix) of the value true is left out;
- * - references are read as YStream_getHtmlChar does, and raise what it raises;
+ * - references are read as YStream_getHtmlChar does, each within its own content or value, and raise what it
+ *   raises;
  * - what begins with "<!" is read like a tag ("<!--x-->" passes, "<!-- x -->" does not) and dropped; between
  *   children it ends their list, and every closing tag behind it then closes one level further out than the
  *   element it names;
