@@ -140,100 +140,73 @@ TEST(Thread, variasParadasAoMesmoTempoEsperamTodas) {
     }
 }
 
-TEST(ExecutaThread, cadaFuncaoTemASuaEExcecaoNaoPassaDela) {
-    const apoio::Diario diario;
-    std::atomic<int> juntas = 0;
-    const auto funcao = [](void *argumento) {
-        auto *j = static_cast<std::atomic<int> *>(argumento);
-        ++*j;
-        acontece([&] { return *j >= 100; }); // all run at once
-        throw std::runtime_error("so esta termina");
-    };
-    for (int i = 0; i < 100; i++) {
-        YexecutaThread(funcao, &juntas);
+struct Juntas {
+    int quantas;
+    void (*funcao)();
+    std::atomic<int> rodaram{0}, acabaram{0};
+};
+
+/// Runs the function on so many threads at once; false when one of them never came.
+bool rodam(
+    int quantas, void (*funcao)() = [] {}) {
+    Juntas juntas{quantas, funcao};
+    for (int i = 0; i < quantas; i++) {
+        YexecutaThread(
+            [](void *argumento) {
+                auto *j = static_cast<Juntas *>(argumento);
+                j->funcao();
+                j->rodaram++;
+                acontece([j] { return j->rodaram >= j->quantas; });
+                j->acabaram++;
+            },
+            &juntas);
     }
-    ASSERT_TRUE(acontece([&] { return diario.quantos("so esta termina") == 100; })) << juntas;
+    return acontece([&] { return juntas.acabaram == quantas; });
 }
 
 TEST(ExecutaThread, nadaDeUmTrabalhoChegaAoSeguinte) {
-    struct Memoria {
-        std::atomic<pthread_t> thread[2];
-        std::string descricao, mensagem;
-    } memoria = {};
-    const auto primeiro = [](void *m) {
+    const apoio::Diario diario;
+    ASSERT_TRUE(rodam(100, [] {
         YContextoTry regiao{};
         YContextoTry_inicia(&regiao);
         YContextoTry_executa(
             &regiao, [](void *) { throw std::runtime_error("de A"); }, nullptr);
         YContextoTry_catch(&regiao, YExc_rtti);
-        YContextoTry_printf("de A. ");
-        static_cast<Memoria *>(m)->thread[0] = pthread_self(); // and leaves all that behind
         YContextoTry_finaliza(&regiao);
-    };
-    const auto segundo = [](void *m) {
-        auto *aqui = static_cast<Memoria *>(m);
-        const auto stream = pramo::cria<YStream>(YStream_rtti);
-        YExc_descreveEmStream(stream.get());
-        aqui->descricao = YStream_str(stream.get());
+        YContextoTry_printf("de A. ");
+    }));
+    ASSERT_TRUE(rodam(60, [] { // most of them where the first ran
+        YExc_descreve_no_log();
         try {
             YContextoTry_throw(YExc_rtti, "de B", "teste", 1);
-        } catch (const YExcecao &e) {
-            aqui->mensagem = e.what();
+        } catch (...) {
+            YExc_descreve_no_log();
         }
-        aqui->thread[1] = pthread_self();
-    };
-    ASSERT_TRUE(acontece([&] { // until both ran on the same thread
-        for (std::atomic<pthread_t> &thread : memoria.thread) {
-            thread = 0;
-            YexecutaThread(&thread == memoria.thread ? primeiro : static_cast<void (*)(void *)>(segundo),
-                           &memoria);
-            acontece([&] { return thread != 0; });
-        }
-        return memoria.thread[0] == memoria.thread[1];
     }));
-    EXPECT_EQ(memoria.descricao, "");
-    EXPECT_EQ(memoria.mensagem, "de B");
-}
-
-std::atomic<int> contados{0};
-
-void conta(void *) {
-    contados++;
-}
-
-/// Runs so many functions at once and waits for them.
-bool rodam(int quantas) {
-    contados = 0;
-    for (int i = 0; i < quantas; i++) {
-        YexecutaThread(
-            [](void *n) {
-                contados++;
-                acontece([n] { return contados >= *static_cast<int *>(n); });
-                contados++;
-            },
-            &quantas);
-    }
-    return acontece([&] { return contados == 2 * quantas; });
+    EXPECT_TRUE(acontece([&] { return diario.quantos("YExc: de B") == 60; }));
+    EXPECT_EQ(diario.quantos(""), 60);
 }
 
 TEST(ExecutaThread, oFilhoDeUmForkNaoContaComAsThreadsDoPai) {
     ASSERT_TRUE(rodam(20)); // and then wait for more
     EXPECT_TRUE(apoio::noFilho([] {
         YexecutaThread_setTamanhoDaPilha(uint64_t{1} << 60);
-        for (int i = 0; i < 3; i++) { // nobody waits here: each needs a new one, which cannot be made
-            try {
-                YexecutaThread(conta, nullptr);
-                return false;
-            } catch (const YExcecao &e) {
-                if (e.what() != std::string("Não foi possível criar a thread."_l1)) {
-                    return false;
-                }
-            }
+        try {
+            rodam(1); // nobody waits here: it needs a new thread, which cannot be made
+            return false;
+        } catch (const YExcecao &e) {
+            YexecutaThread_setTamanhoDaPilha(0);
+            return e.what() == std::string("Não foi possível criar a thread."_l1) && rodam(20) && rodam(70);
         }
-        YexecutaThread_setTamanhoDaPilha(0);
-        return rodam(20) && rodam(70) && rodam(20);
     }));
     EXPECT_TRUE(rodam(20));
+}
+
+std::atomic<int> chamadas;
+
+void terminaAThread(void *, int, const char *) {
+    chamadas++;
+    pthread_exit(nullptr);
 }
 
 TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
@@ -245,31 +218,25 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
             YExc_descreve_no_log();
         }
     };
-    static std::atomic<int> chamadas;
     struct {
         const char *nome;
         YFuncaoLog saida;
         void (*funcao)(void *);
     } const casos[] = {
-        {"the sink ends its thread", [](void *, int, const char *) { chamadas++, pthread_exit(nullptr); },
-         registra},
-        {"in a catch block", [](void *, int, const char *) { chamadas++, pthread_exit(nullptr); },
-         registraApanhada},
-        {"for an exception", [](void *, int, const char *) { chamadas++, pthread_exit(nullptr); },
-         [](void *) { throw std::runtime_error("fim"); }},
+        {"the sink ends its thread", terminaAThread, registra},
+        {"in a catch block", terminaAThread, registraApanhada},
+        {"for an exception that leaves the function", terminaAThread, [](void *) { throw 42; }},
+        {"the function ends it", nullptr, [](void *) { terminaAThread(nullptr, 0, nullptr); }},
         {"the sink raises anything", [](void *, int, const char *) { chamadas++, throw 42; },
          registraApanhada},
         {"the sink logs",
          [](void *, int, const char *) { chamadas++, YObLOG_masc_print(Y_LOG_ERRO, "de dentro"); }, registra},
-        {"the function ends its thread", [](void *, int, const char *) {},
-         [](void *) { chamadas++, pthread_exit(nullptr); }},
     };
     for (const auto &caso : casos) {
         chamadas = 0;
         YObLOG_setSaida(caso.saida, nullptr);
         YexecutaThread(caso.funcao, nullptr);
         ASSERT_TRUE(acontece([] { return chamadas == 1; })) << caso.nome;
-        YObLOG_setSaida(nullptr, nullptr);
         const apoio::Diario diario;
         YObLOG_masc_print(Y_LOG_ERRO, "adiante");
         EXPECT_TRUE(acontece([&] { return diario.quantos("adiante") == 1; })) << caso.nome;
@@ -280,20 +247,19 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
 TEST(Mutex, reentraEExclui) {
     auto m = pramo::cria<YObMutex>(YObMutex_rtti);
     int total = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; i++) {
-        threads.emplace_back([&] {
-            for (int n = 0; n < 1000; n++) {
-                YObMutex_requisita0(m.get(), "teste", __LINE__);
-                YObMutex_requisita0(m.get(), "teste", __LINE__);
-                total++;
-                YObMutex_libera(m.get());
-                YObMutex_libera(m.get());
-            }
-        });
-    }
-    for (std::thread &t : threads) {
-        t.join();
+    {
+        std::vector<std::jthread> threads(4);
+        for (std::jthread &thread : threads) {
+            thread = std::jthread([&] {
+                for (int n = 0; n < 1000; n++) {
+                    YObMutex_requisita0(m.get(), "teste", __LINE__);
+                    YObMutex_requisita0(m.get(), "teste", __LINE__);
+                    total++;
+                    YObMutex_libera(m.get());
+                    YObMutex_libera(m.get());
+                }
+            });
+        }
     }
     EXPECT_EQ(total, 4000);
 }

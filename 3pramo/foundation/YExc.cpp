@@ -157,7 +157,7 @@ namespace {
 /// The exception that YExc_descreve_no_log speaks of: what is handled innermost, by a C++ catch block or by a
 /// protected region of C code, else the last that a region handled.
 std::exception_ptr excecaoApanhada() {
-    const std::exception_ptr corrente = std::current_exception();
+    std::exception_ptr corrente = std::current_exception();
     const Lembrancas *l = lembrancas();
     if (l == nullptr) {
         return corrente;
