@@ -52,7 +52,8 @@ void passaATratar(const YContextoTry *contexto, const std::exception_ptr &exceca
 
 void YContextoTry_inicia(YContextoTry *contexto) {
     deixaDeTratar(contexto);
-    *contexto = {ABERTA, 0, nullptr};
+    contexto->estado = ABERTA;
+    contexto->tratada = 0;
     new (&contexto->pendente) std::exception_ptr();
 }
 
@@ -90,8 +91,8 @@ void YContextoTry_voltaContexto(YContextoTry *contexto) {
 
 void YContextoTry_finaliza(YContextoTry *contexto) {
     const std::exception_ptr excecao = std::exchange(pendente(contexto), nullptr);
-    const bool tratada = contexto->tratada != 0;
-    *contexto = {0, 0, nullptr};
+    const bool tratada = std::exchange(contexto->tratada, 0) != 0;
+    contexto->estado = 0;
     deixaDeTratar(contexto);
     if (excecao != nullptr && !tratada) {
         std::rethrow_exception(excecao);

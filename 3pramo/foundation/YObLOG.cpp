@@ -183,8 +183,10 @@ public:
     explicit Vez(Log &log) : log_(log) {}
     ~Vez() {
         terminaUm();
-        const Tranca tranca(log_.trinco);
-        log_.entregando = log_.entregando && !minha_;
+        if (minha_) {
+            const Tranca tranca(log_.trinco);
+            log_.entregando = false;
+        }
     }
     Vez(const Vez &) = delete;
     Vez &operator=(const Vez &) = delete;

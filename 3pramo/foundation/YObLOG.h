@@ -38,8 +38,8 @@ Y_EXPORTA int YObLOG_habilitadas(void);
  * raises an exception of any kind goes there, too; a sink that ends its thread (pthread_exit) ends just that.
  * Records from where that cannot be (the freeing of owned objects whose destructors fail) reach the sink with
  * the next record, or when a connection ends.
- * Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on standard error, in UTF-8. It never
- * waits: what standard error (a pipe that nobody reads, say) does not take at once is left out and counted as
+ * Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on standard error, in UTF-8. It waits
+ * for no reader: what standard error (a pipe, say) does not take at once is left out and counted as
  * above, and a reader that went away is no signal to the process.
  * When it returns, the sink that was set before is no longer running and will not be called again (except
  * when called from inside that sink). */
