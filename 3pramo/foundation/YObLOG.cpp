@@ -65,19 +65,6 @@ Log &registro() {
 
 constinit thread_local bool naSaida = false; // this thread is inside a sink of the application
 
-// In the child of a fork nobody delivers, unless the sink itself forked.
-void Log::noFilho() {
-    if (naSaida) {
-        return;
-    }
-    entregando = false;
-    chamadas += chamadas & 1;
-    reservaOcupada = false;
-    for (Registro *r = primeiro; r != nullptr; r = r->seguinte) {
-        reservaOcupada = reservaOcupada || r == naReserva();
-    }
-}
-
 const Bifurcavel<registro> bifurcavel;
 
 // ---- Making a record ----
@@ -156,6 +143,19 @@ void libera(Log &log, Registro *r) Y_EXIGE(log.trinco) {
         log.reservaOcupada = false;
     } else {
         std::free(r);
+    }
+}
+
+// What waits is the parent's to deliver. Nobody delivers here, unless the sink itself forked.
+void Log::noFilho() {
+    while (primeiro != nullptr) {
+        libera(*this, std::exchange(primeiro, primeiro->seguinte));
+    }
+    quantos = bytes = 0;
+    deixados = 0;
+    if (!naSaida) {
+        entregando = reservaOcupada = false;
+        chamadas += chamadas & 1;
     }
 }
 

@@ -7,7 +7,7 @@
  * goes on with its own work). So a sink that is slow, or does not return, holds one thread. The queue is of
  * 1,024 records and 1 MiB at most; what does not fit is left out, and before the next record a line of the
  * mask Y_LOG_ERRO tells how many: "Registros deixados de fora: 7.". Without memory a record is cut to 1,023
- * bytes. In the child of a fork the log works on, with the records that were waiting. */
+ * bytes. In the child of a fork the log works on; the records that were waiting are the parent's. */
 #ifndef Y3PRAMO_FOUNDATION_YOBLOG_H
 #define Y3PRAMO_FOUNDATION_YOBLOG_H
 
