@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <cxxabi.h>
 #include <iterator>
 
 using namespace pramo;
@@ -33,9 +32,10 @@ std::exception_ptr destroi(void *objeto, const YRtti *classe) {
             if (c.destructor != nullptr) {
                 c.destructor(objeto);
             }
-        } catch (const abi::__forced_unwind &) {
-            throw; // a cancelled thread: glibc ends the process when it is stopped
         } catch (...) {
+            if (terminaAThread()) {
+                throw;
+            }
             if (primeira == nullptr) {
                 primeira = std::current_exception();
             }

@@ -81,10 +81,9 @@ void aplica(YWebServer *web, void (*ajuste)(YWebServer *, VALOR), const std::opt
     }
 }
 
-void configura(YSoapServer *servidor, YWebServer *web) Y_EXIGE(privado(servidor).trinco) {
-    const Privado &p = privado(servidor);
-    YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor->porta));
-    YWebServer_setDiretorioBase(web, servidor->diretorioBase);
+void configura(YWebServer *web, const YSoapServer &servidor, Privado &p) Y_EXIGE(p.trinco) {
+    YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor.porta));
+    YWebServer_setDiretorioBase(web, servidor.diretorioBase);
     YWebServer_setEndereco(web, p.endereco ? p.endereco->c_str() : nullptr);
     aplica(web, YWebServer_setLimiteDoCabecalho, p.limiteDoCabecalho);
     aplica(web, YWebServer_setLimiteDoCorpo, p.limiteDoCorpo);
@@ -103,7 +102,7 @@ YWebServer *liga(YSoapServer *servidor) {
         servidor->webServer = cria<YWebServer>(YWebServer_rtti, FONTE).release();
     }
     YWebServer *web = servidor->webServer;
-    configura(servidor, web);
+    configura(web, *servidor, p);
     servidor->tratadorAnterior = YWebServer_setTratador(web, servidor, trataRequisicao);
     p.servindo = true;
     return web;

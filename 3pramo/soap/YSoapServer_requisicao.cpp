@@ -9,7 +9,6 @@
 
 #include <charconv>
 #include <cstring>
-#include <cxxabi.h>
 
 using namespace pramo;
 using namespace pramo::soap;
@@ -69,11 +68,12 @@ void emiteTextoDaFalha(YStream *saida, const std::string &descricao) {
 std::string descricaoParaOCliente() {
     try {
         throw;
-    } catch (const abi::__forced_unwind &) {
-        throw;
     } catch (const YExcecao &e) {
         return e.descricao();
     } catch (...) {
+        if (terminaAThread()) {
+            throw;
+        }
         registraTexto(Y_LOG_ERRO, mascaraDadosDeCartao("YSoapServer: " + excecaoCorrente().descricao()));
         return YExcecao(YExc_rtti, "", "Erro interno."_l1, FONTE, __LINE__).descricao();
     }
