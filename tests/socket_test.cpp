@@ -62,30 +62,6 @@ TEST_F(Socket, linhasEBlocosComOQueSobraEsperando) {
     EXPECT_EQ(YSocket_recebeLinha(conexao.get(), s.get(), daqui(10)), 0);
 }
 
-TEST_F(Socket, grandeVolumeChegaInteiroEAosPedacos) {
-    liga();
-    std::string dados;
-    for (int i = 0; i < 400'000; i++) {
-        dados += std::to_string(i % 1000) + "\n";
-    }
-    std::thread remetente([&] {
-        auto tudo = pramo::cria<YStream>(YStream_rtti);
-        YStream_putBloco(tudo.get(), dados.data(), static_cast<int64_t>(dados.size()));
-        YSocket_envia(cliente.get(), tudo.get());
-    });
-    std::string linhas;
-    for (int i = 0; i < 1000; i++) {
-        EXPECT_EQ(YSocket_recebeLinha(conexao.get(), s.get(), daqui(20)), 1);
-        linhas += texto() + "\n";
-    }
-    YStream_clear(s.get());
-    EXPECT_EQ(YSocket_recebeBloco(conexao.get(), s.get(), static_cast<int64_t>(dados.size() - linhas.size()),
-                                  daqui(20)),
-              1);
-    remetente.join();
-    EXPECT_TRUE(linhas + texto() == dados);
-}
-
 std::string erroDe(const std::function<void()> &funcao) {
     try {
         funcao();

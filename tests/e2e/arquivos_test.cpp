@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -42,7 +41,7 @@ protected:
         return mkdtemp(modelo.data());
     }
     static std::string binario() {
-        std::string bytes(300'000, 0);
+        std::string bytes(6'000'000, 0); // more than the buffers on the way take
         for (std::size_t i = 0; i < bytes.size(); i++) {
             bytes[i] = static_cast<char>(i * 7);
         }
@@ -149,25 +148,6 @@ TEST_F(Arquivos, diretoriosBase) {
     EXPECT_EQ(pede("GET /").corpo, "<p>oi</p>") << "the base itself";
     YWebServer_setDiretorioBase(servidor.get(), servidor.get()->diretorioBase);
     EXPECT_EQ(pede("GET /").corpo, "<p>oi</p>") << "set from its own text";
-}
-
-TEST_F(Arquivos, baseTrocadaEnquantoServe) {
-    escreve("a/index.html", "outro");
-    std::atomic<bool> acabou{false};
-    std::thread cliente([&] {
-        Cliente c(servidor.porta());
-        for (int i = 0; i < 500; i++) {
-            c.envia(requisicao("GET /index.html"));
-            const std::string corpo = c.recebe().corpo;
-            EXPECT_TRUE(corpo == "<p>oi</p>" || corpo == "outro") << corpo;
-        }
-        acabou = true;
-    });
-    while (!acabou) {
-        YWebServer_setDiretorioBase(servidor.get(), (raiz / "a").c_str());
-        YWebServer_setDiretorioBase(servidor.get(), raiz.c_str());
-    }
-    cliente.join();
 }
 
 } // namespace
