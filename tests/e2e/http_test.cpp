@@ -377,6 +377,8 @@ void lancaConformeUri(void * /*contexto*/, char *uri, YMensagemHttp * /*requisic
         throw std::runtime_error("falha de teste");
     } else if (qual == "/int") {
         throw 7;
+    } else if (qual == "/detalhe") {
+        YContextoTry_printf("de outra requisicao. ");
     }
 }
 
@@ -386,11 +388,14 @@ TEST(HttpTratador, excecoesAcabamSoAConexao) {
     const std::string boa = requisicao("GET /");
     EXPECT_EQ(conversa(servidor.porta(), requisicao("GET /implementado") + boa), LINHA_501);
     for (const char *uri : {"GET /yexc", "GET /std", "GET /int"}) {
-        EXPECT_EQ(conversa(servidor.porta(), requisicao(uri) + boa), "") << uri;
+        const std::string dita =
+            conversa(servidor.porta(), requisicao("GET /detalhe") + requisicao(uri) + boa);
+        EXPECT_EQ(dita.rfind("HTTP/1.1"), 0U) << uri << ": one answer";
         EXPECT_TRUE(conversa(servidor.porta(), boa).starts_with("HTTP/1.1 200 OK\n"));
     }
     EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 0; }));
     EXPECT_EQ(diario.quantos("falha de teste"), 2) << "each is logged once";
+    EXPECT_EQ(diario.quantos("de outra requisicao"), 0);
     EXPECT_EQ(diario.quantos(""), 3);
 }
 

@@ -43,6 +43,7 @@ ESPERADO = {
     "curl-soma-header-minusculo-soma": SOMA,
     "curl-soma-http10-soma": SOMA,
     "curl-soma-indentado-soma": SOMA,
+    "curl-soma-multiref-soma": SOMA,
     "perl-plain-soma": SOMA,
     "php-plain-soma": SOMA,
     "suds-soma": SOMA,
@@ -71,8 +72,6 @@ ESPERADO = {
     "curl-soma-doctype-soma": TOKEN,
     # A comment in one word ends the list of the Body's children, in front of the method's element.
     "curl-soma-comentario-colado-soma": falha("YExcSoap: Tag procurada: a. Faltou tag."),
-    "curl-soma-multiref-soma":
-        falha("YExcSoap: href: #i1. Referencia entre elementos nao suportada.").replace("i1", "i[12]"),
     "curl-soma-chunked-soma": None,  # refused by the web server, with one line
 }
 
