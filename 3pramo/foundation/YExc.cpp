@@ -4,9 +4,12 @@
 #include <3pramo/foundation/YExc_daThread.hpp>
 #include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/mascara.hpp>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <utility>
 
 using namespace pramo;
@@ -169,12 +172,30 @@ std::exception_ptr excecaoApanhada() {
     return corrente != nullptr ? corrente : l->ultimaTratada;
 }
 
+/// "ONDE: CLASS: MESSAGE (SOURCE:LINE)", with what may be card data masked: a message may quote what it
+/// failed on. Cut only when there is no memory for all of it.
+template <typename REGISTRA>
+void registraDescricao(const char *onde, const YExcecao &e, REGISTRA registra) {
+    const auto escreve = [&](char *texto, std::size_t tamanho) {
+        const char *separa = *onde != 0 ? ": " : "";
+        return static_cast<std::size_t>(std::snprintf(texto, tamanho, "%s%s%s: %s (%s:%d)", onde, separa,
+                                                      e.classe()->name, e.what(), e.arquivo(), e.linha()));
+    };
+    char curto[1024];
+    std::size_t tamanho = escreve(curto, sizeof curto);
+    const std::unique_ptr<char[]> longo(tamanho >= sizeof curto ? new (std::nothrow) char[tamanho + 1]
+                                                                : nullptr);
+    tamanho = longo != nullptr ? escreve(longo.get(), tamanho + 1) : std::min(tamanho, sizeof curto - 1);
+    char *texto = longo != nullptr ? longo.get() : curto;
+    mascaraNoLugar(texto, tamanho);
+    registra(Y_LOG_ERRO, std::string_view(texto, tamanho));
+}
+
 } // namespace
 
 void YExc_descreve_no_log(void) {
     if (const std::exception_ptr excecao = excecaoApanhada()) {
-        const YExcecao e = traduz(excecao);
-        YObLOG_masc_print(Y_LOG_ERRO, "%s: %s (%s:%d)", e.classe()->name, e.what(), e.arquivo(), e.linha());
+        registraDescricao("", traduz(excecao), registraTexto);
     }
 }
 
@@ -184,23 +205,10 @@ void YExc_descreveEmStream(YStream *stream) {
     }
 }
 
-std::size_t pramo::descreveExcecaoCorrente(char *buffer, std::size_t tamanho) {
-    const YExcecao e = excecaoCorrente();
-    const int inteira =
-        std::snprintf(buffer, tamanho, "%s: %s (%s:%d)", e.classe()->name, e.what(), e.arquivo(), e.linha());
-    return tamanho != 0 ? std::min(static_cast<std::size_t>(inteira), tamanho - 1) : 0;
-}
-
 void pramo::registraExcecaoCorrente(const char *onde) {
-    const YExcecao e = excecaoCorrente();
-    YObLOG_masc_print(Y_LOG_ERRO, "%s: %s: %s (%s:%d)", onde, e.classe()->name, e.what(), e.arquivo(),
-                      e.linha());
+    registraDescricao(onde, excecaoCorrente(), registraTexto);
 }
 
 void pramo::registraExcecaoAdiada(const char *onde) {
-    char descricao[1024];
-    char texto[sizeof descricao + 128];
-    descreveExcecaoCorrente(descricao, sizeof descricao);
-    const int tamanho = std::snprintf(texto, sizeof texto, "%.100s: %s", onde, descricao);
-    registraAdiado(Y_LOG_ERRO, {texto, static_cast<std::size_t>(tamanho)});
+    registraDescricao(onde, excecaoCorrente(), registraAdiado);
 }

@@ -48,11 +48,6 @@ YExcecao traduz(const std::exception_ptr &excecao);
 /// The message of an exception that is kept; lives as long as the exception.
 const char *mensagemDe(const std::exception_ptr &excecao);
 
-/// In a catch (...) block: writes what YExcecao::descricao gives for the exception in flight into the
-/// buffer, zero-terminated and cut to its size; gives the length written. Takes no memory and raises nothing,
-/// but for the forced unwinding of a thread that ends.
-std::size_t descreveExcecaoCorrente(char *buffer, std::size_t tamanho);
-
 /// In a catch (...) block: logs the exception in flight as an error; works without memory. `onde` says what
 /// it ended. Passes on the forced unwinding of a thread that ends, and that of a log sink that ends its
 /// thread.

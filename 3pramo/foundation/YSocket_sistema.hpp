@@ -27,8 +27,8 @@ constexpr int NENHUMA = -1;
 constexpr int FALHA = -2;
 constexpr int OUVINTE_RUIM = -3;
 
-/// Waits up to 50 ms for a connection: its descriptor or NENHUMA; with errno FALHA, mostly when the system is out
-/// of means, and OUVINTE_RUIM when the listener will never accept any more. Both fail again at once.
+/// Waits up to 50 ms for a connection: its descriptor or NENHUMA; with errno FALHA, mostly when the system is
+/// out of means, and OUVINTE_RUIM when the listener will never accept any more. Both fail again at once.
 int aceita(int ouvinte);
 
 /// Begins to connect a new socket: its descriptor, or -1.

@@ -1,6 +1,7 @@
 #include <3pramo/foundation/mascara.hpp>
 
 #include <algorithm>
+#include <span>
 
 namespace pramo {
 
@@ -11,6 +12,7 @@ constexpr std::size_t MENOR_CARTAO = 13;
 constexpr std::size_t MAIOR_CARTAO = 19;
 constexpr std::size_t INICIO_VISIVEL = 6;
 constexpr std::size_t FIM_VISIVEL = 4;
+constexpr std::string_view SEPARADORES = " -=^";
 
 bool ehDecimal(char c) {
     return c >= '0' && c <= '9';
@@ -54,15 +56,19 @@ std::string mascaraSequencias(std::string_view texto, DIGITO ehDaSequencia, std:
 }
 
 /// A * for each decimal digit but the first six and the last four.
-std::string semOMeio(std::string_view texto) {
-    std::string saida(texto);
+void tiraOMeio(std::span<char> texto) {
     std::size_t antes = 0;
-    const std::size_t total = decimais(texto);
-    for (char &c : saida) {
+    const std::size_t total = decimais({texto.data(), texto.size()});
+    for (char &c : texto) {
         if (ehDecimal(c) && antes++ >= INICIO_VISIVEL && antes + FIM_VISIVEL <= total) {
             c = '*';
         }
     }
+}
+
+std::string semOMeio(std::string_view texto) {
+    std::string saida(texto);
+    tiraOMeio(saida);
     return saida;
 }
 
@@ -70,10 +76,13 @@ bool pareceCartao(std::string_view texto) {
     return texto.size() >= MENOR_CARTAO && texto.size() <= MAIOR_CARTAO && decimais(texto) == texto.size();
 }
 
+bool ehSegredo(std::string_view sequencia) {
+    return std::count_if(sequencia.begin(), sequencia.end(), ehDigito) >= MENOR_SEGREDO &&
+           decimais(sequencia) != 0;
+}
+
 std::string semSegredo(std::string_view sequencia) {
-    const bool segredo = std::count_if(sequencia.begin(), sequencia.end(), ehDigito) >= MENOR_SEGREDO &&
-                         decimais(sequencia) != 0;
-    if (!segredo) {
+    if (!ehSegredo(sequencia)) {
         return std::string(sequencia);
     }
     return pareceCartao(sequencia) ? semOMeio(sequencia) : "[" + std::to_string(sequencia.size()) + "*]";
@@ -82,7 +91,7 @@ std::string semSegredo(std::string_view sequencia) {
 } // namespace
 
 std::string mascaraDadosDeCartao(std::string_view texto) {
-    return mascaraSequencias(texto, ehDigito, " -=^", semSegredo);
+    return mascaraSequencias(texto, ehDigito, SEPARADORES, semSegredo);
 }
 
 std::string mascaraNumeros(std::string_view texto) {
@@ -93,6 +102,19 @@ std::string mascaraNumeros(std::string_view texto) {
 
 std::string mascaraCartao(std::string_view texto) {
     return pareceCartao(texto) ? semOMeio(texto) : std::string(texto.size(), '*');
+}
+
+void mascaraNoLugar(char *texto, std::size_t tamanho) noexcept {
+    for (std::span<char> resto(texto, tamanho); !resto.empty();) {
+        const std::size_t n = tamanhoDaSequencia({resto.data(), resto.size()}, ehDigito, SEPARADORES);
+        const std::span<char> sequencia = resto.first(n);
+        if (pareceCartao({sequencia.data(), n})) {
+            tiraOMeio(sequencia);
+        } else if (ehSegredo({sequencia.data(), n})) {
+            std::replace_if(sequencia.begin(), sequencia.end(), ehDigito, '*');
+        }
+        resto = resto.subspan(std::max<std::size_t>(n, 1));
+    }
 }
 
 } // namespace pramo

@@ -23,6 +23,10 @@ std::string mascaraNumeros(std::string_view texto);
 /// first six and the last four become *, else every character does.
 std::string mascaraCartao(std::string_view texto);
 
+/// The first rule in the text's own place, and length: all digits of a run but the first six and the last
+/// four of what looks like a card number become *. Takes no memory.
+void mascaraNoLugar(char *texto, std::size_t tamanho) noexcept;
+
 } // namespace pramo
 
 #endif

@@ -2,10 +2,11 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
+#include <3pramo/foundation/mascara.hpp>
 
 #include <algorithm>
 #include <cstdio>
-#include <cxxabi.h>
+#include <cstring>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
@@ -34,8 +35,6 @@ std::uint64_t descreve(const char *onde, Texto &texto) {
     };
     try {
         throw;
-    } catch (const abi::__forced_unwind &) {
-        throw;
     } catch (const YExcecao &e) {
         std::snprintf(texto.data(), texto.size(), "%s: %s: %.200s (%s:%d)", onde, e.classe()->name, e.what(),
                       e.arquivo(), e.linha());
@@ -46,6 +45,9 @@ std::uint64_t descreve(const char *onde, Texto &texto) {
         escreve("YExc", e.what());
         return mistura(typeid(e).name(), 0);
     } catch (...) {
+        if (terminaAThread()) {
+            throw;
+        }
         escreve("YExc", "Exceção desconhecida."_l1);
     }
     return mistura(texto.data(), 1);
@@ -58,9 +60,10 @@ void escreveNoLog(const Texto &texto, std::uint32_t caladas) {
         } else {
             YObLOG_masc_print(Y_LOG_ERRO, "%s [mais %u vezes]", texto.data(), caladas);
         }
-    } catch (const abi::__forced_unwind &) {
-        throw;
     } catch (...) { // the log itself has failed: there is nobody left to tell
+        if (terminaAThread()) {
+            throw;
+        }
     }
 }
 
@@ -81,6 +84,8 @@ Falhas::Causa &Falhas::lugarPara(std::uint64_t chave) {
 void Falhas::registra(const char *onde, Quanto quanto) {
     Texto texto{};
     const std::uint64_t chave = descreve(onde, texto);
+    mascaraNoLugar(texto.data(),
+                   std::strlen(texto.data())); // a handler's message may quote what it failed on
     std::uint32_t caladas = 0;
     {
         const auto agora = std::chrono::steady_clock::now();

@@ -4,7 +4,6 @@
 #include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
-#include <3pramo/foundation/mascara.hpp>
 #include <3pramo/soap/mascara.hpp>
 
 #include <charconv>
@@ -74,7 +73,7 @@ std::string descricaoParaOCliente() {
         if (terminaAThread()) {
             throw;
         }
-        registraTexto(Y_LOG_ERRO, mascaraDadosDeCartao("YSoapServer: " + excecaoCorrente().descricao()));
+        registraExcecaoCorrente("YSoapServer");
         return YExcecao(YExc_rtti, "", "Erro interno."_l1, FONTE, __LINE__).descricao();
     }
 }
