@@ -21,7 +21,7 @@ namespace pramo::sistema {
 namespace {
 
 constexpr int ESPERA_NO_NUCLEO_MS = 50; // of accept, and of a receive before it turns to poll
-constexpr timeval ESPERA_NO_NUCLEO{0, 1000 * ESPERA_NO_NUCLEO_MS};
+constexpr timeval ESPERA_NO_NUCLEO{0, 1000L * ESPERA_NO_NUCLEO_MS};
 constexpr int FILA = 4096;
 constexpr std::size_t PARTES_POR_CHAMADA = 16;
 constexpr std::uint32_t MAIOR_PORTA = 65535;
