@@ -393,11 +393,11 @@ TEST(Iso, dumpMascarado) {
         {72, ";4111111111111111=251210100000123", "\";411111******1111=251210*****0123\""},
     };
     // clang-format on
+    const std::string cabeca = "Código da Transação: 800\n"_l1;
     for (const auto &[bit, texto, mascarado] : casos) {
         const Mensagem mensagem = montada(800, {{bit, texto}});
         const std::string numero = std::to_string(bit);
-        const std::string inicio = std::string("Código da Transação: 800\n"_l1) +
-                                   std::string(3 - numero.size(), ' ') + numero + ' ' +
+        const std::string inicio = cabeca + std::string(3 - numero.size(), ' ') + numero + ' ' +
                                    elementosIso[bit - 1].rotulo + " : ";
         EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpEmStream), inicio + '"' + texto + "\"\n");
         EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpMascaradoEmStream), inicio + mascarado + '\n');

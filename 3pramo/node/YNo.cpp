@@ -7,6 +7,7 @@
 #include <3pramo/foundation/liberaTodos.hpp>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -38,38 +39,51 @@ struct Ligacoes {
 };
 
 std::uintptr_t interno(const YNo &no) {
-    return reinterpret_cast<std::uintptr_t>(no.interno);
+    return std::bit_cast<std::uintptr_t>(no.interno);
 }
 
 bool tem(const YNo &no, std::uintptr_t marca) {
     return (interno(no) & marca) != 0;
 }
 
-void poeInterno(YNo &no, const void *endereco, std::uintptr_t marcas) {
-    no.interno = reinterpret_cast<void *>(reinterpret_cast<std::uintptr_t>(endereco) | marcas);
+void marca(YNo &no, std::uintptr_t marca) {
+    no.interno = std::bit_cast<void *>(interno(no) | marca);
+}
+
+void desmarca(YNo &no, std::uintptr_t marca) {
+    no.interno = std::bit_cast<void *>(interno(no) & ~marca);
+}
+
+void *enderecoMarcado(const YNo &no) {
+    return std::bit_cast<void *>(interno(no) & ~MARCAS);
+}
+
+void poeEnderecoMarcado(YNo &no, const void *endereco) {
+    no.interno = std::bit_cast<void *>(std::bit_cast<std::uintptr_t>(endereco) | (interno(no) & LIGADO));
 }
 
 Ligacoes *ligacoes(const YNo &no) {
-    return tem(no, TEM_LIGACOES) ? reinterpret_cast<Ligacoes *>(interno(no) & ~MARCAS) : nullptr;
+    return tem(no, TEM_LIGACOES) ? static_cast<Ligacoes *>(enderecoMarcado(no)) : nullptr;
 }
 
 void *endereco(const YNo &no) {
     const Ligacoes *l = ligacoes(no);
-    return l != nullptr ? l->endereco : reinterpret_cast<void *>(interno(no) & ~MARCAS);
+    return l != nullptr ? l->endereco : enderecoMarcado(no);
 }
 
 void poeEndereco(YNo &no, void *endereco) {
     if (Ligacoes *l = ligacoes(no)) {
         l->endereco = endereco;
     } else {
-        poeInterno(no, endereco, interno(no) & LIGADO);
+        poeEnderecoMarcado(no, endereco);
     }
 }
 
 // First half of a link, which alone can fail.
 void anotaLigacao(YNo &pai, YNo *no) {
     if (!tem(pai, TEM_LIGACOES)) {
-        poeInterno(pai, new Ligacoes{endereco(pai), {}}, TEM_LIGACOES | (interno(pai) & LIGADO));
+        poeEnderecoMarcado(pai, new Ligacoes{endereco(pai), {}});
+        marca(pai, TEM_LIGACOES);
     }
     ligacoes(pai)->nos.push_back(no);
 }
@@ -78,7 +92,7 @@ void esqueceLigacao(YNo &no) {
     auto &nos = ligacoes(*no.pai)->nos;
     *std::find(nos.rbegin(), nos.rend(), &no) = nos.back();
     nos.pop_back();
-    no.interno = reinterpret_cast<void *>(interno(no) & ~LIGADO);
+    desmarca(no, LIGADO);
 }
 
 // Nobody is linked to the node any more.
@@ -87,7 +101,7 @@ void soltaLigados(YNo &no) {
         while (!l->nos.empty()) {
             mudaPai(*l->nos.back(), nullptr);
         }
-        poeInterno(no, l->endereco, interno(no) & LIGADO);
+        poeEnderecoMarcado(no, l->endereco);
         delete l;
     }
 }
@@ -209,7 +223,7 @@ Dono<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
     };
     no->nome = copia(nome);
     no->valor = copia(valor);
-    poeInterno(*no, reinterpret_cast<char *>(no) + tamanho, 0);
+    no->interno = reinterpret_cast<char *>(no) + tamanho;
     anotaAlocacao(no, YNo_definicaoRtti.name, tamanho, FONTE, __LINE__);
     return Dono<YNo>(no);
 }
@@ -338,7 +352,7 @@ void YNo_setPai(YNo *no, YNo *pai) {
     semFaltaDeMemoria(FONTE, [&] { anotaLigacao(*pai, no); });
     desligaDoPai(*no); // takes one note away when the parent is the same: there are two now
     no->pai = pai;
-    no->interno = reinterpret_cast<void *>(interno(*no) | LIGADO);
+    marca(*no, LIGADO);
 }
 
 YVetor *YNo_getFilhos(const YNo *no) {
