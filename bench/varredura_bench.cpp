@@ -66,8 +66,7 @@ void varredura(benchmark::State &estado) {
 void identidade(benchmark::State &estado) {
     auto &multidao = multidaoDe(estado.range(0));
     for (auto _ : estado) {
-        const auto pino =
-            pramo::soap::pinaVivo(multidao.servidor(), YObStrToPtr(multidao.proximaIdentidade()));
+        const auto pino = pramo::soap::pinaVivo(multidao.servidor(), multidao.proximaIdentidade());
         if (!pino.vivo()) {
             estado.SkipWithError("a live object was not found");
             break;
