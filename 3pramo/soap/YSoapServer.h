@@ -26,8 +26,8 @@
  * it serves.
  *
  * A request whose XML declaration names UTF-8 is converted; other requests are taken as ISO-8859-1. Answers
- * are plain ASCII. An element of the request without content that points at another one of the Body
- * (href="#id") reads as that one. */
+ * are plain ASCII but for accents in the names of elements and attributes. An element of the request without
+ * content that points at another one of the Body (href="#id") reads as that one. */
 #ifndef Y3PRAMO_SOAP_YSOAPSERVER_H
 #define Y3PRAMO_SOAP_YSOAPSERVER_H
 
