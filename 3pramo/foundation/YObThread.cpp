@@ -53,7 +53,8 @@ public:
             estado_.mudou.espera(estado_.trinco);
         }
         estado_.esperam--;
-        entrou_ = !estado_.liberando || estado_.quemMuda == eu;
+        const bool jaDentro = estado_.mudancas != 0 && estado_.quemMuda == eu;
+        entrou_ = jaDentro || !estado_.liberando;
         if (entrou_) {
             estado_.quemMuda = eu;
             estado_.mudancas++;
