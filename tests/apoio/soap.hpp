@@ -7,11 +7,13 @@
 
 #include <3pramo/3pramo.hpp>
 
+#include <regex>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace apoio {
+
+inline const std::string NAO_CONSTA = "YExcSoap: Servico nao consta da lista de servicos ativos.";
 
 /// A running SOAP server with its port types.
 class ServidorSoap {
@@ -43,64 +45,56 @@ private:
     pramo::Ponteiro<YSoapServer> servidor_ = pramo::cria<YSoapServer>(YSoapServer_rtti);
 };
 
-inline const std::string INICIO_DO_ENVELOPE =
-    "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<SOAP-ENV:Envelope"
-    " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\""
-    " xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
-    " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\""
-    " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
-    " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\"><SOAP-ENV:Body>";
-inline const std::string FIM_DO_ENVELOPE = "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
-
 /// The HTTP request of a call with this body.
-inline std::string pedidoSoap(std::string_view portType, std::string_view metodo, std::string_view corpo) {
-    return requisicao("POST /soap/" + std::string(portType),
-                      "SOAPAction: \"urn:Teste#" + std::string(metodo) + "\"\r\n", corpo);
+inline std::string pedidoSoap(const std::string &portType, const std::string &metodo,
+                              const std::string &corpo) {
+    return requisicao("POST /soap/" + portType, "SOAPAction: \"urn:Teste#" + metodo + "\"\r\n", corpo);
 }
 
 /// The usual body: an envelope with the method's element.
-inline std::string envelope(std::string_view metodo, std::string_view parametros) {
-    return "<e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body><m:" +
-           std::string(metodo) + ">" + std::string(parametros) + "</m:" + std::string(metodo) +
-           "></e:Body></e:Envelope>";
+inline std::string envelope(const std::string &metodo, const std::string &parametros) {
+    return "<e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body><m:" + metodo + ">" +
+           parametros + "</m:" + metodo + "></e:Body></e:Envelope>";
 }
 
 /// What the answer holds between the envelope's head and tail; all of it when it has not this form.
 inline std::string conteudo(const Resposta &r) {
-    if (r.linha != "HTTP/1.1 200 OK" || !r.corpo.starts_with(INICIO_DO_ENVELOPE) ||
-        !r.corpo.ends_with(FIM_DO_ENVELOPE)) {
+    const std::string inicio =
+        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<SOAP-ENV:Envelope"
+        " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\""
+        " xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+        " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\""
+        " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+        " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\"><SOAP-ENV:Body>";
+    const std::string fim = "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
+    if (r.linha != "HTTP/1.1 200 OK" || !r.corpo.starts_with(inicio) || !r.corpo.ends_with(fim)) {
         return "no envelope: " + r.bytes;
     }
-    return r.corpo.substr(INICIO_DO_ENVELOPE.size(),
-                          r.corpo.size() - INICIO_DO_ENVELOPE.size() - FIM_DO_ENVELOPE.size());
+    return r.corpo.substr(inicio.size(), r.corpo.size() - inicio.size() - fim.size());
 }
 
 /// Of a fault "CLASS: MESSAGE", without the place in the sources; of the response of a method what stands in
-/// its "return", "" when there is none.
+/// its "return", "" when there is none; all of what is neither.
 inline std::string resultado(const Resposta &r) {
-    constexpr std::string_view FALHA = "<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>";
-    constexpr std::string_view RETORNO = "<ns1:return>";
+    static const std::regex forma(
+        "<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>([^]*) \\(\\w+:\\d+\\)"
+        "</faultstring><faultactor/></SOAP-ENV:Fault>|"
+        "<(ns1:\\w+) xmlns:ns1=\"[^\"]*\">(?:<ns1:return>([^]*)</ns1:return>)?</\\2>");
     const std::string tudo = conteudo(r);
-    if (tudo.starts_with(FALHA) && tudo.ends_with(")</faultstring><faultactor/></SOAP-ENV:Fault>")) {
-        return tudo.substr(FALHA.size(), tudo.rfind(" (") - FALHA.size());
-    }
-    const std::size_t inicio = tudo.find(RETORNO);
-    if (inicio == std::string::npos) {
-        return tudo.ends_with("></ns1:" + tudo.substr(5, tudo.find(' ') - 5) + ">") ? "" : tudo;
-    }
-    return tudo.substr(inicio + RETORNO.size(), tudo.find("</ns1:return>") - inicio - RETORNO.size());
+    std::smatch partes;
+    return std::regex_match(tudo, partes, forma) ? partes.str(1) + partes.str(3) : tudo;
 }
 
 /// One call on a connection of its own.
-inline Resposta chamaComCorpo(std::uint32_t porta, std::string_view portType, std::string_view metodo,
-                              std::string_view corpo) {
+inline Resposta chamaComCorpo(std::uint32_t porta, const std::string &portType, const std::string &metodo,
+                              const std::string &corpo) {
     Cliente cliente(porta);
     cliente.envia(pedidoSoap(portType, metodo, corpo));
     return cliente.recebe();
 }
 
-inline std::string chama(std::uint32_t porta, std::string_view portType, std::string_view metodo,
-                         std::string_view parametros = "") {
+inline std::string chama(std::uint32_t porta, const std::string &portType, const std::string &metodo,
+                         const std::string &parametros = "") {
     return resultado(chamaComCorpo(porta, portType, metodo, envelope(metodo, parametros)));
 }
 
