@@ -21,10 +21,8 @@ using namespace pramo::literais;
 using Relogio = std::chrono::steady_clock;
 
 Y_CLASSE(Contador, YObThread) {
-    std::atomic<int64_t> voltas;
-    std::atomic<int64_t>
-        acao; // 1: throw, 2: stop itself, 3: free itself, 4: pthread_exit, 5: 2 and go on for a while
-    std::atomic<int64_t> recusada;
+    void (*acao)(Contador *);
+    std::atomic<int64_t> voltas, passo;
     bool *inteiroNaParada;
 };
 
@@ -32,26 +30,8 @@ void rodaContador(YObThread *thread) {
     auto *c = static_cast<Contador *>(thread);
     do {
         c->voltas++;
-        if (c->acao == 1) {
-            throw std::runtime_error("fim");
-        }
-        if (c->acao == 2 || c->acao == 5) {
-            YObThread_stop(c);
-        }
-        if (c->acao == 4) {
-            pthread_exit(nullptr);
-        }
-        if (c->acao == 5) {
-            c->recusada = 1;
-            acontece([&] { return c->acao == 0; });
-        }
-        if (c->acao == 3) {
-            try {
-                YliberaObjeto(c);
-            } catch (const YExcecao &) {
-                c->recusada = 1;
-                c->acao = 0;
-            }
+        if (c->acao != nullptr) {
+            c->acao(c);
         }
     } while (YObThread_dorme(c, 60'000) != 0);
 }
@@ -64,16 +44,19 @@ void paraContador(YObThread *thread) {
     YObThread_stopImpl(thread);
 }
 
-const YObThread_Rtti contador = {{YObThread_rtti, "Contador", sizeof(Contador), nullptr, nullptr},
+const YObThread_Rtti CONTADOR = {{YObThread_rtti, "Contador", sizeof(Contador), nullptr, nullptr},
                                  rodaContador,
                                  YObThread_startImpl,
                                  paraContador};
-const YRtti *contador_rtti() {
-    return &contador.rtti;
+
+pramo::Ponteiro<Contador> novoContador(void (*acao)(Contador *) = nullptr) {
+    auto c = pramo::cria<Contador>([] { return &CONTADOR.rtti; });
+    c->acao = acao;
+    return c;
 }
 
 TEST(Thread, comecaParaEComecaDeNovo) {
-    auto c = pramo::cria<Contador>(contador_rtti);
+    const auto c = novoContador();
     EXPECT_FALSE(YObThread_isAlive(c.get()));
     YObThread_stop(c.get()); // never started: nothing to wait for
     for (int vez = 1; vez <= 3; vez++) {
@@ -82,36 +65,50 @@ TEST(Thread, comecaParaEComecaDeNovo) {
         YObThread_start(c.get()); // does nothing
         ASSERT_TRUE(acontece([&] { return c->voltas == vez; }));
         const auto antes = Relogio::now();
-        YObThread_stop(c.get());
-        EXPECT_FALSE(YObThread_isAlive(c.get()));
+        std::vector<std::jthread> paradas;
+        for (int i = 0; i < 4; i++) {
+            paradas.emplace_back([&] {
+                YObThread_stop(c.get());
+                EXPECT_FALSE(YObThread_isAlive(c.get()));
+            });
+        }
+        paradas.clear();
         EXPECT_LT(Relogio::now() - antes, std::chrono::seconds(10)) << "a stop ends the sleep of a minute";
-        YObThread_stop(c.get());
         EXPECT_EQ(c->voltas, vez);
     }
 }
 
 TEST(Thread, excecaoSaidaOuParadaPropriaSoTerminaARodada) {
     const apoio::Diario diario(0);
-    for (const int acao : {1, 2, 4}) {
-        auto c = pramo::cria<Contador>(contador_rtti);
-        c->acao = acao;
-        YObThread_start(c.get());
-        ASSERT_TRUE(acontece([&] { return YObThread_isAlive(c.get()) == 0; })) << acao;
-        c->acao = 0;
-        YObThread_stop(c.get());
-        YObThread_start(c.get());
-        ASSERT_TRUE(acontece([&] { return c->voltas == 2; })) << acao;
+    void (*const acoes[])(Contador *) = {
+        [](Contador *) { throw std::runtime_error("fim"); },
+        [](Contador *c) { YObThread_stop(c); },
+        [](Contador *) { pthread_exit(nullptr); },
+    };
+    for (const auto acao : acoes) {
+        const auto c = novoContador(acao);
+        for (int vez = 1; vez <= 2; vez++) {
+            YObThread_start(c.get());
+            ASSERT_TRUE(acontece([&] { return YObThread_isAlive(c.get()) == 0; }));
+            YObThread_stop(c.get());
+            EXPECT_EQ(c->voltas, vez);
+        }
     }
 }
 
 TEST(Thread, umComecoEsperaOFimDeUmaParadaPropria) {
-    auto c = pramo::cria<Contador>(contador_rtti);
-    c->acao = 5;
+    const auto c = novoContador([](Contador *eu) {
+        if (eu->voltas == 1) {
+            YObThread_stop(eu);
+            eu->passo = 1;
+            acontece([eu] { return eu->passo == 2; });
+        }
+    });
     YObThread_start(c.get());
-    ASSERT_TRUE(acontece([&] { return c->recusada == 1; }));
+    ASSERT_TRUE(acontece([&] { return c->passo == 1; }));
     EXPECT_FALSE(YObThread_isAlive(c.get()));
     std::thread comeco([&] { YObThread_start(c.get()); });
-    c->acao = 0;
+    c->passo = 2;
     comeco.join();
     EXPECT_TRUE(YObThread_isAlive(c.get()));
     EXPECT_TRUE(acontece([&] { return c->voltas == 2; }));
@@ -119,25 +116,15 @@ TEST(Thread, umComecoEsperaOFimDeUmaParadaPropria) {
 
 TEST(Thread, liberarParaAntesDeQualquerDestrutorENuncaDeDentro) {
     bool inteiro = false;
-    auto c = pramo::cria<Contador>(contador_rtti);
+    auto c = novoContador([](Contador *eu) {
+        EXPECT_THROW(YliberaObjeto(eu), YExcecao);
+        eu->passo = 1;
+    });
     c->inteiroNaParada = &inteiro;
-    c->acao = 3;
     YObThread_start(c.get());
-    ASSERT_TRUE(acontece([&] { return c->recusada == 1; })) << "a thread cannot free its own object";
+    ASSERT_TRUE(acontece([&] { return c->passo == 1; }));
     c.reset();
     EXPECT_TRUE(inteiro);
-}
-
-TEST(Thread, variasParadasAoMesmoTempoEsperamTodas) {
-    auto c = pramo::cria<Contador>(contador_rtti);
-    YObThread_start(c.get());
-    std::vector<std::jthread> paradas;
-    for (int i = 0; i < 4; i++) {
-        paradas.emplace_back([&] {
-            YObThread_stop(c.get());
-            EXPECT_FALSE(YObThread_isAlive(c.get()));
-        });
-    }
 }
 
 struct Juntas {
@@ -245,22 +232,21 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
 }
 
 TEST(Mutex, reentraEExclui) {
-    auto m = pramo::cria<YObMutex>(YObMutex_rtti);
+    const auto m = pramo::cria<YObMutex>(YObMutex_rtti);
     int total = 0;
-    {
-        std::vector<std::jthread> threads(4);
-        for (std::jthread &thread : threads) {
-            thread = std::jthread([&] {
-                for (int n = 0; n < 1000; n++) {
-                    YObMutex_requisita0(m.get(), "teste", __LINE__);
-                    YObMutex_requisita0(m.get(), "teste", __LINE__);
-                    total++;
-                    YObMutex_libera(m.get());
-                    YObMutex_libera(m.get());
-                }
-            });
-        }
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; i++) {
+        threads.emplace_back([&] {
+            for (int n = 0; n < 1000; n++) {
+                YObMutex_requisita0(m.get(), "teste", __LINE__);
+                YObMutex_requisita0(m.get(), "teste", __LINE__);
+                total++;
+                YObMutex_libera(m.get());
+                YObMutex_libera(m.get());
+            }
+        });
     }
+    threads.clear();
     EXPECT_EQ(total, 4000);
 }
 
