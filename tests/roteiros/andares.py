@@ -3,11 +3,12 @@
 
 Usage: andares.py FOLDER_OF_THE_LIBRARY
 """
+import graphlib
 import pathlib
 import re
 import sys
 
-# What a room may include beside itself. Files directly in the folder (the umbrella headers, the version) may
+# What a room may include beside itself and the version. Files directly in the folder (the umbrella headers) may
 # include every room.
 PERMITIDAS = {
     "foundation": set(),
@@ -17,8 +18,6 @@ PERMITIDAS = {
     "forms": {"foundation", "node"},
     "soap": {"foundation", "node", "http"},
 }
-# The one file outside the rooms that they may include.
-VERSAO = "versao.h"
 
 
 def inclusoes(pasta, arquivo):
@@ -30,44 +29,16 @@ def inclusoes(pasta, arquivo):
             yield (arquivo.parent / nome).resolve().relative_to(pasta)
 
 
-def sala(arquivo):
-    return arquivo.parts[0] if len(arquivo.parts) > 1 else None
-
-
-def proibidas(grafo):
-    for arquivo, incluidos in grafo.items():
-        propria = sala(arquivo)
-        if propria and propria not in PERMITIDAS:
-            yield f"{arquivo}: the room {propria} is unknown"
-            continue
-        for incluido in incluidos:
-            if propria and str(incluido) != VERSAO and sala(incluido) not in PERMITIDAS[propria] | {propria}:
-                yield f"{arquivo} includes {incluido}"
-
-
-def circulos(grafo):
-    feitos = set()
-
-    def visita(arquivo, caminho):
-        if arquivo in caminho:
-            yield "circle: " + " > ".join(map(str, [*caminho[caminho.index(arquivo):], arquivo]))
-        elif arquivo not in feitos:
-            for incluido in grafo.get(arquivo, ()):
-                yield from visita(incluido, [*caminho, arquivo])
-            feitos.add(arquivo)
-
-    for arquivo in grafo:
-        yield from visita(arquivo, [])
-
-
 def main():
     pasta = pathlib.Path(sys.argv[1]).resolve()
-    arquivos = [a for a in sorted(pasta.rglob("*")) if a.suffix in (".h", ".hpp", ".cpp")]
-    grafo = {a.relative_to(pasta): list(inclusoes(pasta, a)) for a in arquivos}
-    queixas = [*proibidas(grafo), *circulos(grafo)]
-    print(*queixas, sep="\n")
-    print(f"{len(grafo)} files, {len(queixas)} complaints")
-    return 1 if queixas or not grafo else 0
+    arquivos = [a for a in pasta.rglob("*") if a.suffix in (".h", ".hpp", ".cpp")]
+    grafo = {a.relative_to(pasta): set(inclusoes(pasta, a)) for a in arquivos}
+    proibidas = [f"{arquivo} includes {incluido}" for arquivo, incluidos in grafo.items() for incluido in incluidos
+                 if len(arquivo.parts) > 1 and str(incluido) != "versao.h"
+                 and incluido.parts[0] not in PERMITIDAS[arquivo.parts[0]] | {arquivo.parts[0]}]
+    list(graphlib.TopologicalSorter(grafo).static_order())  # raises when there is a circle, and names its files
+    print(*proibidas, f"{len(grafo)} files", sep="\n")
+    return 1 if proibidas or not grafo else 0
 
 
 if __name__ == "__main__":
