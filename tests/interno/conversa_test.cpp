@@ -14,27 +14,25 @@ using apoio::NUNCA;
 
 namespace {
 
-struct Ficha : Pramo_Operacao {
-    std::int32_t valor;
-};
-
-const Pramo_Operacao_Rtti FICHA = {{Pramo_Operacao_rtti, "Ficha", sizeof(Ficha), nullptr, nullptr}, nullptr};
-
-const YRtti *Ficha_rtti() {
-    return &FICHA.rtti;
-}
-
 void soma(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
     YNo_setInt(resposta, "return", YNo_getInt(requisicao, "a") + YNo_getInt(requisicao, "b"));
 }
 
 void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
-    const auto ficha = pramo::cria<Ficha>(Ficha_rtti);
-    Pramo_Operacao_criaVariavel(ficha.get(), "valor", Pramo_Tipo_getTipoBIN(), &ficha->valor,
-                                sizeof ficha->valor);
-    Pramo_Operacao_carregaDaRequisicao(ficha.get(), requisicao);
-    Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(ficha.get(), "valor"));
-    Pramo_Operacao_descarregaNaResposta(ficha.get(), resposta);
+    const auto ficha = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+    Pramo_Operacao *f = ficha.get();
+    Pramo_Operacao_habilitaPeriferico(f, Pramo_Periferico_getPIN());
+    Pramo_Operacao_criaBotao(f, "botao", "Botao");
+    Pramo_Operacao_guardaMensagem(f, "mensagem");
+    Pramo_Operacao_setRespostaDoPopup(f, "chave", "resposta");
+    Pramo_Variavel *valor = Pramo_Operacao_criaVariavel(f, "valor", Pramo_Tipo_getTipoQTDE3(), nullptr, 8);
+    Pramo_Variavel_setTitulo(valor, "Titulo");
+    Pramo_Variavel_acrescentaOpcao(valor, "chave", "texto");
+    Pramo_Operacao_carregaDaRequisicao(f, requisicao);
+    Pramo_Variavel_marcaUsada(valor);
+    Pramo_Operacao_descarregaNaResposta(f, resposta);
+    Pramo_Operacao_clear(f);
+    Pramo_Operacao_sinalizaCondicao(f);
 }
 
 pramo::Ponteiro<YSoapServer> novoServidor() {
@@ -53,7 +51,7 @@ void conversa(const YSoapServer *servidor) {
         chama(porta, "Caixa", "soma", "<a>2</a><b>3</b>");
         chama(porta, "Caixa", "nada");
         chama(porta, "Caixa", "soma", apoio::eu(chama(porta, "Caixa", "constroi")) + "<a>2</a>");
-        chama(porta, "Caixa", "preenche", "<campo nome=\"valor\">7</campo>");
+        chama(porta, "Caixa", "preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
     } catch (const std::system_error &) {
     }
 }
