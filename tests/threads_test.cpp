@@ -127,26 +127,23 @@ TEST(Thread, liberarParaAntesDeQualquerDestrutorENuncaDeDentro) {
     EXPECT_TRUE(inteiro);
 }
 
-struct Juntas {
-    int quantas;
-    void (*funcao)();
-    std::atomic<int> rodaram{0}, acabaram{0};
-};
-
 /// Runs the function on so many threads at once; false when one of them never came.
 bool rodam(
     int quantas, void (*funcao)() = [] {}) {
-    Juntas juntas{quantas, funcao};
+    struct Juntas {
+        int quantas;
+        void (*funcao)();
+        std::atomic<int> rodaram{0}, acabaram{0};
+    } juntas{quantas, funcao};
+    const auto roda = [](void *argumento) {
+        auto *j = static_cast<Juntas *>(argumento);
+        j->funcao();
+        j->rodaram++;
+        acontece([j] { return j->rodaram >= j->quantas; });
+        j->acabaram++;
+    };
     for (int i = 0; i < quantas; i++) {
-        YexecutaThread(
-            [](void *argumento) {
-                auto *j = static_cast<Juntas *>(argumento);
-                j->funcao();
-                j->rodaram++;
-                acontece([j] { return j->rodaram >= j->quantas; });
-                j->acabaram++;
-            },
-            &juntas);
+        YexecutaThread(roda, &juntas);
     }
     return acontece([&] { return juntas.acabaram == quantas; });
 }
@@ -205,28 +202,27 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
             YExc_descreve_no_log();
         }
     };
-    struct {
-        const char *nome;
-        YFuncaoLog saida;
-        void (*funcao)(void *);
-    } const casos[] = {
-        {"the sink ends its thread", terminaAThread, registra},
-        {"in a catch block", terminaAThread, registraApanhada},
-        {"for an exception that leaves the function", terminaAThread, [](void *) { throw 42; }},
-        {"the function ends it", nullptr, [](void *) { terminaAThread(nullptr, 0, nullptr); }},
-        {"the sink raises anything", [](void *, int, const char *) { chamadas++, throw 42; },
-         registraApanhada},
-        {"the sink logs",
-         [](void *, int, const char *) { chamadas++, YObLOG_masc_print(Y_LOG_ERRO, "de dentro"); }, registra},
+    const auto lancaNaSaida = [](void *, int, const char *) { chamadas++, throw 42; };
+    const auto registraNaSaida = [](void *, int, const char *) {
+        chamadas++;
+        YObLOG_masc_print(Y_LOG_ERRO, "de dentro");
     };
-    for (const auto &caso : casos) {
+    const std::pair<YFuncaoLog, void (*)(void *)> casos[] = {
+        {terminaAThread, registra},
+        {terminaAThread, registraApanhada}, // in a catch block
+        {terminaAThread, [](void *) { throw 42; }},
+        {nullptr, [](void *) { terminaAThread(nullptr, 0, nullptr); }},
+        {lancaNaSaida, registraApanhada},
+        {registraNaSaida, registra},
+    };
+    for (const auto &[saida, funcao] : casos) {
         chamadas = 0;
-        YObLOG_setSaida(caso.saida, nullptr);
-        YexecutaThread(caso.funcao, nullptr);
-        ASSERT_TRUE(acontece([] { return chamadas == 1; })) << caso.nome;
+        YObLOG_setSaida(saida, nullptr);
+        YexecutaThread(funcao, nullptr);
+        ASSERT_TRUE(acontece([] { return chamadas == 1; }));
         const apoio::Diario diario;
         YObLOG_masc_print(Y_LOG_ERRO, "adiante");
-        EXPECT_TRUE(acontece([&] { return diario.quantos("adiante") == 1; })) << caso.nome;
+        EXPECT_TRUE(acontece([&] { return diario.quantos("adiante") == 1; }));
     }
     EXPECT_TRUE(rodam(20));
 }

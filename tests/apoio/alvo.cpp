@@ -2,7 +2,6 @@
 
 #include "servidor.hpp"
 
-#include <memory>
 #include <stdexcept>
 
 using namespace pramo::literais;
@@ -18,15 +17,12 @@ Alvo &alvo(YWebService *servico) {
 }
 
 void constroi(void *objeto) {
-    auto *este = static_cast<Alvo *>(objeto);
-    std::construct_at(&este->total, 0);
-    este->marca = Alvo::INTEIRA;
+    static_cast<Alvo *>(objeto)->marca = Alvo::INTEIRA; // its total begins zeroed
     Alvo::vivos++;
 }
 
 void destroi(void *objeto) {
-    Alvo::quebrados += static_cast<Alvo *>(objeto)->marca != Alvo::INTEIRA ? 1 : 0;
-    static_cast<Alvo *>(objeto)->marca = 0;
+    alvo(static_cast<YWebService *>(objeto)).marca = 0;
     Alvo::vivos--;
 }
 
@@ -47,10 +43,6 @@ void total(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
 
 void eco(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
     YNo_setString(resposta, "return", YNo_getString(requisicao, "texto"));
-}
-
-void cidade(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
-    YNo_setString(resposta, "return", YNo_getString(requisicao, "dados/endereco/cidade"));
 }
 
 void identidade(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
@@ -107,10 +99,10 @@ void troca(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
 }
 
 constexpr YDefinicaoMetodo METODOS[] = {
-    {"soma", soma},       {"acumula", acumula}, {"total", total},         {"eco", eco},
-    {"cidade", cidade},   {"espera", espera},   {"falha", falha},         {"identidade", identidade},
-    {"padrao", padrao},   {"vence", vence},     {"permanece", permanece}, {"estranha", estranha},
-    {"suicida", suicida}, {"troca", troca},     {nullptr, nullptr}};
+    {"soma", soma},     {"acumula", acumula},     {"total", total},           {"eco", eco},
+    {"espera", espera}, {"falha", falha},         {"identidade", identidade}, {"padrao", padrao},
+    {"vence", vence},   {"permanece", permanece}, {"estranha", estranha},     {"suicida", suicida},
+    {"troca", troca},   {nullptr, nullptr}};
 
 } // namespace
 

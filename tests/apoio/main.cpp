@@ -3,14 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 namespace {
-
-void descreve(void *contexto, const char *classe, uint64_t tamanho, const char *arquivo, int linha) {
-    *static_cast<std::ostringstream *>(contexto) << "\n  " << (classe != nullptr ? classe : "block") << ", "
-                                                 << tamanho << " bytes, " << arquivo << ":" << linha;
-}
 
 class NadaFica : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo & /*teste*/) override { YMemoria_habilitaRelatorio(1); }
@@ -18,9 +11,12 @@ class NadaFica : public testing::EmptyTestEventListener {
     void OnTestEnd(const testing::TestInfo & /*teste*/) override {
         // Threads that the test did not wait for may be about to free theirs.
         if (!apoio::acontece([] { return YMemoria_vivos() == 0; })) {
-            std::ostringstream vivos;
-            YMemoria_relatorio(descreve, &vivos);
-            ADD_FAILURE() << "still alive:" << vivos.str();
+            const auto falha = [](void *, const char *classe, uint64_t tamanho, const char *fonte,
+                                  int linha) {
+                ADD_FAILURE_AT(fonte, linha)
+                    << (classe != nullptr ? classe : "block") << " of " << tamanho << " bytes is still alive";
+            };
+            YMemoria_relatorio(falha, nullptr);
         }
         YMemoria_habilitaRelatorio(0);
     }
