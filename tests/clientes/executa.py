@@ -9,15 +9,8 @@ import sys
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "roteiros"))
 from programa import Programa  # noqa: E402
 
-PRAZO = 60  # seconds
-
-
-def main():
-    meio = sys.argv.index("--")
-    ambiente = {nome: valor for nome, valor in os.environ.items() if not nome.lower().endswith("_proxy")}
-    with Programa(*sys.argv[1:meio]) as servidor:
-        return subprocess.run([*sys.argv[meio + 1:], servidor.endereco], env=ambiente, timeout=PRAZO).returncode
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+meio = sys.argv.index("--")
+ambiente = {nome: valor for nome, valor in os.environ.items() if not nome.lower().endswith("_proxy")}
+with Programa(*sys.argv[1:meio]) as servidor:
+    feito = subprocess.run([*sys.argv[meio + 1:], servidor.endereco], env=ambiente, timeout=60)
+sys.exit(feito.returncode)

@@ -9,7 +9,6 @@
 #include <cstdint>
 
 using apoio::alocacoes;
-using apoio::chama;
 using apoio::NUNCA;
 
 namespace {
@@ -44,24 +43,24 @@ pramo::Ponteiro<YSoapServer> novoServidor() {
     return servidor;
 }
 
+std::string naCaixa(YSoapServer *servidor, const std::string &metodo, const std::string &parametros) {
+    return apoio::chama(static_cast<std::uint32_t>(YSoapServer_getPorta(servidor)), "Caixa", metodo,
+                        parametros);
+}
+
 /// The client's part; what fails on the server's side it sees as no answer.
-void conversa(const YSoapServer *servidor) {
-    const auto porta = static_cast<std::uint32_t>(YSoapServer_getPorta(const_cast<YSoapServer *>(servidor)));
+void conversa(YSoapServer *servidor) {
     try {
-        chama(porta, "Caixa", "soma", "<a>2</a><b>3</b>");
-        chama(porta, "Caixa", "nada");
-        chama(porta, "Caixa", "soma", apoio::eu(chama(porta, "Caixa", "constroi")) + "<a>2</a>");
-        chama(porta, "Caixa", "preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
+        naCaixa(servidor, "nada", "");
+        naCaixa(servidor, "soma", apoio::eu(naCaixa(servidor, "constroi", "")) + "<a>2</a>");
+        naCaixa(servidor, "preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
     } catch (const std::system_error &) {
     }
 }
 
 void serve(YSoapServer *servidor, const std::string &quem) {
     ASSERT_EQ(YSoapServer_esperaPronto(servidor, std::time(nullptr) + 10), 1) << quem;
-    EXPECT_EQ(chama(static_cast<std::uint32_t>(YSoapServer_getPorta(servidor)), "Caixa", "soma",
-                    "<a>2</a><b>3</b>"),
-              "5")
-        << quem;
+    EXPECT_EQ(naCaixa(servidor, "soma", "<a>2</a><b>3</b>"), "5") << quem;
 }
 
 /// Runs the action with the n-th allocation of the threads that are not spared failing, alone and with twenty
