@@ -98,18 +98,14 @@ TEST_F(SoapVida, muitosChamamUmObjetoAteQueAlguemODestrua) {
 
 TEST_F(SoapVida, umRecomecoConservaOsObjetos) {
     const std::string objeto = eu(naAlvo("constroi"));
-    naAlvo("acumula", objeto + "<valor>7</valor>");
-    for (int volta = 0; volta < 3; volta++) {
-        const std::uint32_t porta = servidor.porta();
+    for (int volta = 1; volta <= 3; volta++) {
         YObThread_stop(servidor.get());
         EXPECT_EQ(YSoapServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 0) << "not alive";
-        EXPECT_THROW(apoio::Cliente{porta}, std::system_error);
         YSoapServer_setPorta(servidor.get(), 4321);
         EXPECT_EQ(YSoapServer_getPorta(servidor.get()), 4321) << "of the next start";
         YSoapServer_setPorta(servidor.get(), 0);
         servidor.inicia();
-        YObThread_start(servidor.get()); // does nothing
-        EXPECT_EQ(naAlvo("total", objeto), "7");
+        EXPECT_EQ(naAlvo("acumula", objeto + "<valor>1</valor>"), std::to_string(volta));
     }
 }
 

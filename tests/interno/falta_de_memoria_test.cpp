@@ -17,20 +17,19 @@ using namespace pramo::literais;
 
 namespace {
 
-using apoio::falta;
-
 /// Runs the operation with its n-th allocation failing, and then with all from the n-th on, for every n,
 /// until it needs no more than n.
 void falhaEmCada(const char *nome, const std::function<void()> &operacao) {
     operacao(); // what is made once for the whole process exists now
     for (int n = 0; n < 4000; n++) {
         const uint64_t antes = YMemoria_vivos();
-        falta = {n / 2, true, n % 2 != 0, false};
+        apoio::alocacoes.seguidas = n % 2 != 0 ? INT_MAX : 1;
+        apoio::alocacoes.ainda = n / 2;
         try {
             operacao(); // it may survive a failure, too
         } catch (const YExcecao &) {
         }
-        const bool falhou = std::exchange(falta, {}).falhou;
+        const bool falhou = apoio::alocacoes.ainda.exchange(apoio::NUNCA) < 0;
         ASSERT_EQ(YMemoria_vivos(), antes) << nome << ", allocation " << n / 2;
         if (!falhou) {
             return;

@@ -7,7 +7,6 @@
 
 namespace apoio {
 
-thread_local Falta falta;
 Contagem alocacoes;
 thread_local bool poupada = false;
 Contagem threads;
@@ -27,11 +26,7 @@ bool chegouAVez(Contagem &contagem) {
 }
 
 bool deveFalhar() {
-    if (!falta.ligada || falta.ainda-- > 0 || (falta.falhou && !falta.daiEmDiante)) {
-        return !poupada && chegouAVez(alocacoes);
-    }
-    falta.falhou = true;
-    return true;
+    return !poupada && chegouAVez(alocacoes);
 }
 
 } // namespace

@@ -7,13 +7,6 @@
 
 namespace apoio {
 
-/// What this thread's allocations do: after `ainda` more one fails, or that one and all after it.
-struct Falta {
-    int ainda = 0;
-    bool ligada = false, daiEmDiante = false, falhou = false;
-};
-extern thread_local Falta falta;
-
 constexpr int NUNCA = INT_MIN;
 
 /// After `ainda` more, so many fail in a row; then, and while it is NUNCA, none.
