@@ -69,28 +69,23 @@ TEST_F(SoapRegistro, muitasThreadsDeixamNumSoConjunto) {
 }
 
 // Objects that in their destructor enter their server's live set again, fail, or free another one.
-struct Estranho : YWebService {
+struct Par : YWebService {
     YWebService *outro;
 };
 
-void teima(void *objeto) {
-    auto *servico = static_cast<YWebService *>(objeto);
-    YSoapServer_registraServico(YWebService_getSoapServer(servico), servico);
-    YWebService_setSoapServer(servico, YWebService_getSoapServer(servico));
-    Alvo::quebrados++;
-}
-void falha(void * /*objeto*/) {
-    YContextoTry_throw(YExc_rtti, "fim", "teste", __LINE__);
-}
-void levaOutro(void *objeto) {
-    YWebService *outro = static_cast<Estranho *>(objeto)->outro;
-    YWebService_setSoapServer(outro, nullptr);
-    YliberaObjeto(outro);
-}
-
-const YRtti TEIMOSO = {YWebService_rtti, "Teimoso", 0, nullptr, teima};
-const YRtti QUE_FALHA = {YWebService_rtti, "QueFalha", 0, nullptr, falha};
-const YRtti PAR = {YWebService_rtti, "Par", sizeof(Estranho), nullptr, levaOutro};
+const YRtti TEIMOSO = {YWebService_rtti, "Teimoso", 0, nullptr, [](void *objeto) {
+                           auto *servico = static_cast<YWebService *>(objeto);
+                           YSoapServer_registraServico(YWebService_getSoapServer(servico), servico);
+                           YWebService_setSoapServer(servico, YWebService_getSoapServer(servico));
+                           Alvo::quebrados++;
+                       }};
+const YRtti QUE_FALHA = {YWebService_rtti, "QueFalha", 0, nullptr,
+                         [](void *) { YContextoTry_throw(YExc_rtti, "fim", "teste", __LINE__); }};
+const YRtti PAR = {YWebService_rtti, "Par", sizeof(Par), nullptr, [](void *objeto) {
+                       YWebService *outro = static_cast<Par *>(objeto)->outro;
+                       YWebService_setSoapServer(outro, nullptr);
+                       YliberaObjeto(outro);
+                   }};
 
 TEST_F(SoapRegistro, oServidorLiberaOsSeusComoQuerQueTerminem) {
     const int antes = YObLOG_habilita(0); // the failures are logged
@@ -101,15 +96,14 @@ TEST_F(SoapRegistro, oServidorLiberaOsSeusComoQuerQueTerminem) {
     EXPECT_EQ(YSoapServer_getServicos(outro.get()), 0U) << "who ends does not come back";
 
     for (int i = 0; i < 10; i++) {
-        for (const YFuncaoRtti classe : {YFuncaoRtti{[] { return &QUE_FALHA; }}, apoio::Alvo_rtti}) {
-            YWebService_setSoapServer(pramo::cria<YWebService>(classe).release(), servidor.get());
-        }
-        Estranho *par = pramo::cria<Estranho>([] { return &PAR; }).release();
+        YWebService *queFalha = pramo::cria<YWebService>([] { return &QUE_FALHA; }).release();
+        Par *par = pramo::cria<Par>([] { return &PAR; }).release();
         par->outro = pramo::cria<YWebService>(apoio::Alvo_rtti).release();
-        YWebService_setSoapServer(par, servidor.get());
-        YWebService_setSoapServer(par->outro, servidor.get());
+        for (YWebService *este : {queFalha, static_cast<YWebService *>(par), par->outro}) {
+            YWebService_setSoapServer(este, servidor.get());
+        }
     }
-    EXPECT_EQ(Alvo::vivos, 1 + 2 * 10);
+    EXPECT_EQ(Alvo::vivos, 1 + 10);
     EXPECT_NO_THROW(servidor.reset());
     EXPECT_EQ(Alvo::vivos, 1);
     EXPECT_EQ(Alvo::quebrados, 0);
@@ -148,7 +142,6 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
     YPortType *portType = YSoapServer_registraPortType(servidor.get(), &definicao);
     nome = "Outr"; // the name was copied
     EXPECT_EQ(YSoapServer_recuperaPortType(servidor.get(), "Tipo"), portType);
-    EXPECT_EQ(YSoapServer_recuperaPortType(servidor.get(), "Outr"), nullptr);
     EXPECT_EQ(YPortType_obtemTratador(portType, "um"), um);
 
     YWebService *novo = nullptr;

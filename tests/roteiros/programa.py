@@ -29,9 +29,8 @@ class Programa:
         self.processo.terminate()
         try:
             _, self.erros = self.processo.communicate(timeout=PRAZO)
-        except subprocess.TimeoutExpired:
+        finally:
             self.processo.kill()
-            raise
         if self.processo.returncode != 0 and tipo is None:
             raise RuntimeError(f"{self.comando} ended with status {self.processo.returncode}")
 
