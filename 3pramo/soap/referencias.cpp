@@ -44,15 +44,12 @@ std::uint64_t nivelDe(const YNo *no) {
 /// Walks down the element, resolving each node before its children.
 class Resolucao {
 public:
-    Resolucao(const YNo &corpo, const YNo &elemento, const Sobra &sobra) : corpo_(corpo), sobra_(sobra) {
+    Resolucao(const YNo &corpo, const YNo &elemento, const Sobra &sobra) : sobra_(sobra) {
         sobra_.niveis -= std::min(sobra_.niveis, nivelDe(elemento.pai));
         for (void *filho : filhosDe(corpo)) {
-            const auto *no = static_cast<const YNo *>(filho);
-            const char *id = YNo_getAtributo(no, "id");
-            if (id != nullptr && no != &elemento) {
-                alvos_.try_emplace(std::string(semAspas(id)), Alvo{no, false});
-            }
+            anotaAlvo(*static_cast<const YNo *>(filho), elemento);
         }
+        anotaAlvosDentro(corpo, elemento);
     }
 
     void resolve(YNo &elemento) {
@@ -83,6 +80,29 @@ private:
         std::size_t proximo;   // index of the model's next child
         std::size_t jaAbertos; // targets that were open before
     };
+
+    void anotaAlvo(const YNo &no, const YNo &elemento) {
+        const char *id = YNo_getAtributo(&no, "id");
+        if (id != nullptr && &no != &elemento) {
+            alvos_.try_emplace(std::string(semAspas(id)), Alvo{&no, false});
+        }
+    }
+
+    // In the order of the document; those beside the element were there first.
+    void anotaAlvosDentro(const YNo &corpo, const YNo &elemento) {
+        std::vector<const YNo *> espera{&corpo};
+        while (!espera.empty()) {
+            const YNo &no = *espera.back();
+            espera.pop_back();
+            if (&no != &corpo) {
+                anotaAlvo(no, elemento);
+            }
+            const auto filhos = filhosDe(no);
+            for (auto filho = filhos.rbegin(); filho != filhos.rend(); filho++) {
+                espera.push_back(static_cast<const YNo *>(*filho));
+            }
+        }
+    }
 
     void entra(YNo &no, const YNo &original) {
         if (visitas_.size() == sobra_.niveis) {
@@ -136,9 +156,10 @@ private:
         return achado != alvos_.end() ? &achado->second : nullptr;
     }
 
-    // Only where the Body itself is the element are targets walked through as they stand.
+    // A target that is walked through where it stands: within the element, or beside it where that is the
+    // Body.
     Alvo *comoAlvo(const YNo &no) {
-        const char *id = no.pai == &corpo_ ? YNo_getAtributo(&no, "id") : nullptr;
+        const char *id = YNo_getAtributo(&no, "id");
         Alvo *alvo = id != nullptr ? alvoDe(semAspas(id)) : nullptr;
         return alvo != nullptr && alvo->no == &no ? alvo : nullptr;
     }
@@ -166,7 +187,6 @@ private:
         sobra_.bytes -= bytes;
     }
 
-    const YNo &corpo_;
     std::map<std::string, Alvo, std::less<>> alvos_; // by id
     Sobra sobra_;
     std::vector<Visita> visitas_;

@@ -35,6 +35,9 @@ function conversa(SoapClient $calc, SoapClient $contador, callable $p, callable 
     confere('falha', falha(fn() => $calc->falha()), 'SOAP-ENV:Client: YExcSoap: Esta operacao sempre falha.');
     confere('€', falha(fn() => $calc->eco($p('texto', '€'))),
         'SOAP-ENV:Client: YExcSoap: Caractere fora de ISO-8859-1.');
+    $duasVezes = (object) ['rua' => 'A']; // the second time it travels as a reference
+    confere('an object twice', $calc->cadastra($p('dados', ['x' => $duasVezes, 'endereco' => $duasVezes])),
+        'endereco/rua=A');
 
     $eu = $p('eu', $contador->constroi());
     confere('incrementa', $contador->incrementa($eu, $p('valor', 2)), $int(2));

@@ -67,10 +67,14 @@ TEST(Referencias, saoResolvidasDentroDosLimitesDaMensagem) {
         // Attributes like any other.
         {"<m id=\"0\"><a href=\"#9\"/><a href=\"#0\"/><a href=\"1\"/><a href=\"#1\">v</a><a "
          "href=\"#1\"><b/></a>"
-         "<c id=\"2\"/><a href=\"#2\"/></m><r id=\"1\"/>",
+         "</m><r id=\"1\"/>",
          "<m id=\"0\"><a href=\"#9\"/><a href=\"#0\"/><a href=\"1\"/><a href=\"#1\">v</a><a "
          "href=\"#1\"><b/></a>"
-         "<c id=\"2\"/><a href=\"#2\"/></m>"},
+         "</m>"},
+        // An object that stands twice among the parameters, and a reference from within it.
+        {"<m><b href=\"#2\"/><a id=\"2\"><x>1</x></a><a href=\"#2\"/></m>",
+         "<m><b id=\"2\"><x>1</x></b><a id=\"2\"><x>1</x></a><a id=\"2\"><x>1</x></a></m>"},
+        {"<m><a id=\"2\"><x href=\"#2\"/></a></m>", circular("2")},
         {"<m><a href=\"#1\"/></m><r id=\"1\" href=\"#1\"/>", circular("1")},
         {"<m><a href=\"#1\"/></m><r id=\"1\"><b href=\"#2\"/></r><r id=\"2\"><c href=\"#1\"/></r>",
          circular("1")},
