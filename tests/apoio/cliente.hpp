@@ -1,13 +1,20 @@
 // A small blocking TCP client; one thread may send while another receives. Every wait is bounded: what does
 // not come within ten seconds throws.
-#ifndef TESTES_APOIO_CLIENTE_HPP
-#define TESTES_APOIO_CLIENTE_HPP
+#pragma once
 
-#include <atomic>
-#include <cstdint>
+#include <algorithm>
+#include <arpa/inet.h>
+#include <array>
+#include <cctype>
+#include <cerrno>
 #include <map>
+#include <netinet/tcp.h>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
 
 namespace apoio {
 
@@ -18,52 +25,122 @@ struct Resposta {
     std::string bytes; // all of it, as received
 };
 
+/// A socket with one owner.
+struct Descritor {
+    int valor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+
+    Descritor() = default;
+    Descritor(Descritor &&outro) noexcept : valor(std::exchange(outro.valor, -1)) {}
+    ~Descritor() { close(valor); }
+};
+
 class Cliente {
 public:
-    explicit Cliente(std::uint32_t porta);
-    ~Cliente();
-    Cliente(Cliente &&outro) noexcept;
-    Cliente &operator=(Cliente &&) = delete;
+    explicit Cliente(std::uint32_t porta) {
+        const sockaddr_in onde = {
+            AF_INET, htons(static_cast<std::uint16_t>(porta)), {htonl(INADDR_LOOPBACK)}, {}};
+        const int sim = 1;
+        const timeval prazo{10, 0};
+        setsockopt(fd_.valor, IPPROTO_TCP, TCP_NODELAY, &sim, sizeof sim);
+        setsockopt(fd_.valor, SOL_SOCKET, SO_RCVTIMEO, &prazo, sizeof prazo);
+        setsockopt(fd_.valor, SOL_SOCKET, SO_SNDTIMEO, &prazo, sizeof prazo);
+        exige(connect(fd_.valor, reinterpret_cast<const sockaddr *>(&onde), sizeof onde) == 0, "connect");
+    }
 
     /// False when the server is gone.
-    bool envia(std::string_view bytes);
-
-    /// One answer: head, and the body that its Content-Length announces.
-    Resposta recebe();
-
-    /// The next `quantos` bytes, fewer when the server closes.
-    std::string recebeBytes(std::size_t quantos);
-
-    /// What comes until the server closes.
-    std::string recebeAteFechar();
-
-    /// True when the server closed and nothing is unread.
-    bool fechou() { return recebeAteFechar().empty(); }
-
-    /// True when the connection ended by a reset: a slower client might have lost what came before it.
-    [[nodiscard]] bool foiResetado() const { return resetado_; }
+    bool envia(std::string_view bytes) {
+        while (!bytes.empty()) {
+            const ssize_t n = send(fd_.valor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            if (n < 0 && (errno == EPIPE || errno == ECONNRESET)) {
+                return false;
+            }
+            exige(n >= 0, "send");
+            bytes.remove_prefix(static_cast<std::size_t>(n));
+        }
+        return true;
+    }
 
     /// Tells the server that nothing more comes.
-    void terminaEnvio();
+    void terminaEnvio() { shutdown(fd_.valor, SHUT_WR); }
 
-    /// Resets the connection.
-    void aborta();
+    /// One answer: head, and the body that its Content-Length announces.
+    Resposta recebe() {
+        Resposta resposta;
+        std::size_t fim = 0;
+        while ((fim = recebidos_.find("\n\n")) == std::string::npos) {
+            if (!recebeMais()) {
+                return resposta;
+            }
+        }
+        resposta.bytes = recebeBytes(fim + 2);
+        std::istringstream cabeca(resposta.bytes);
+        std::getline(cabeca, resposta.linha);
+        for (std::string campo; std::getline(cabeca, campo) && !campo.empty();) {
+            std::string nome = campo.substr(0, campo.find(": "));
+            const std::string valor = campo.substr(nome.size() + 2);
+            std::ranges::transform(nome, nome.begin(), [](unsigned char c) { return std::tolower(c); });
+            resposta.campos[nome] = valor;
+        }
+        if (resposta.campos.contains("content-length")) {
+            resposta.corpo = recebeBytes(std::stoul(resposta.campos["content-length"]));
+            resposta.bytes += resposta.corpo;
+        }
+        return resposta;
+    }
+
+    /// Sends, and gives the body of one answer.
+    std::string pede(std::string_view bytes) {
+        envia(bytes);
+        return recebe().corpo;
+    }
+
+    /// The next `quantos` bytes, fewer when the server closes.
+    std::string recebeBytes(std::size_t quantos = std::string::npos) {
+        while (recebidos_.size() < quantos && recebeMais()) {
+        }
+        std::string bytes = recebidos_.substr(0, quantos);
+        recebidos_.erase(0, quantos);
+        return bytes;
+    }
+
+    /// True when the server closed and nothing is unread.
+    bool fechou() { return recebeBytes().empty(); }
 
 private:
-    bool recebeMais();
+    static void exige(bool condicao, const char *onde) {
+        if (!condicao) {
+            throw std::system_error(errno, std::generic_category(), onde);
+        }
+    }
 
-    int fd_;
-    std::atomic<bool> resetado_{false};
+    bool recebeMais() {
+        std::array<char, 16384> pedaco{};
+        const ssize_t n = recv(fd_.valor, pedaco.data(), pedaco.size(), 0);
+        exige(n >= 0 || errno == ECONNRESET, "recv");
+        recebidos_.append(pedaco.data(), n > 0 ? static_cast<std::size_t>(n) : 0);
+        return n > 0;
+    }
+
+    Descritor fd_;
     std::string recebidos_; // and not yet handed out
 };
 
 /// Sends on a connection of its own, half closes it and gives all that comes back.
-std::string conversa(std::uint32_t porta, std::string_view bytes);
+inline std::string conversa(std::uint32_t porta, std::string_view bytes) {
+    Cliente cliente(porta);
+    cliente.envia(bytes);
+    cliente.terminaEnvio();
+    return cliente.recebeBytes();
+}
 
 /// A whole request with the headers given (each with its line end) and, if there is a body, its length.
-std::string requisicao(std::string_view metodoEUri, std::string_view campos = "",
-                       std::string_view corpo = "");
+inline std::string requisicao(std::string_view metodoEUri, std::string_view campos = "",
+                              std::string_view corpo = "") {
+    std::string texto = std::string(metodoEUri) + " HTTP/1.1\r\nHost: localhost\r\n" + std::string(campos);
+    if (!corpo.empty()) {
+        texto += "Content-Length: " + std::to_string(corpo.size()) + "\r\n";
+    }
+    return texto + "\r\n" + std::string(corpo);
+}
 
 } // namespace apoio
-
-#endif

@@ -1,9 +1,9 @@
 // A web server on a free port, and the log as a list of lines.
-#ifndef TESTES_APOIO_SERVIDOR_HPP
-#define TESTES_APOIO_SERVIDOR_HPP
+#pragma once
 
 #include <3pramo/3pramo.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <mutex>
@@ -18,13 +18,11 @@ namespace apoio {
 template <typename CONDICAO>
 bool acontece(CONDICAO condicao) {
     const auto fim = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condicao()) {
-        if (std::chrono::steady_clock::now() > fim) {
-            return false;
-        }
+    bool feito = false;
+    while (!(feito = condicao()) && std::chrono::steady_clock::now() < fim) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return true;
+    return feito;
 }
 
 /// A running web server; without a handler it serves files.
@@ -64,17 +62,12 @@ public:
         YObLOG_setSaida(nullptr, nullptr);
         YObLOG_habilita(antes_);
     }
-    Diario(const Diario &) = delete;
-    Diario &operator=(const Diario &) = delete;
 
     /// How many records hold the text.
-    [[nodiscard]] int quantos(const std::string &texto) const {
+    [[nodiscard]] long quantos(std::string_view texto) const {
         const std::lock_guard trava(mutex_);
-        int n = 0;
-        for (const std::string &linha : linhas_) {
-            n += linha.find(texto) != std::string::npos ? 1 : 0;
-        }
-        return n;
+        return std::ranges::count_if(linhas_,
+                                     [=](const auto &linha) { return linha.find(texto) != linha.npos; });
     }
 
 private:
@@ -84,11 +77,9 @@ private:
         diario->linhas_.emplace_back(texto);
     }
 
-    mutable std::mutex mutex_;
+    mutable std::mutex mutex_; // so that it stays where the log knows it to be
     std::vector<std::string> linhas_;
     int antes_;
 };
 
 } // namespace apoio
-
-#endif

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""An example server, given as the argument, in little address space: large bodies from many peers at once and hundreds
-of idle connections do not end it, and when they have gone the next client is served."""
-import pathlib
+"""The example servers, given as arguments, in little address space: large bodies from many peers at once and hundreds
+of idle connections do not end them, and when they have gone the next client is served."""
+import concurrent.futures
+import contextlib
 import resource
 import socket
 import sys
@@ -11,50 +12,50 @@ import time
 from programa import PRAZO, Programa, conversa
 
 MB = 1 << 20
-GRAVADA = pathlib.Path(__file__).resolve().parent.parent / "dados" / "requisicoes" / "php-plain-soma.http"
 
 
-def inunda(porta):
-    cabeca = b"POST /soap/Calc HTTP/1.1\r\nSOAPAction: \"urn:Calc#soma\"\r\nContent-Length: %d\r\n\r\n" % (20 * MB)
-    with socket.create_connection(("127.0.0.1", porta), timeout=PRAZO) as conexao:
-        try:
-            conexao.sendall(cabeca + b"<a>" * (20 * MB // 3) + b"  ")
-            conexao.recv(65536)
-        except OSError:
-            pass  # it was turned away
+def chamada(port_type, corpo):
+    return b'POST /soap/%s HTTP/1.1\r\nSOAPAction: "urn:%s#constroi"\r\nContent-Length: %d\r\n\r\n%s' % (
+        port_type, port_type, len(corpo), corpo)
 
 
-def e_servida(programa):
-    try:
-        return b"<ns1:return>5<" in conversa(programa.porta, GRAVADA.read_bytes())
-    except OSError:
-        return False  # no thread could be made for it
+def inunda(porta, pedido):
+    with contextlib.suppress(OSError):  # it was turned away
+        conversa(porta, pedido)
 
 
-def exige_servida(programa, depois_de):
+def exige_servida(programa, port_type, depois_de):
+    boa = chamada(port_type, b"<Envelope><Body><constroi/></Body></Envelope>")
     fim = time.monotonic() + PRAZO
-    while not e_servida(programa):
-        if time.monotonic() > fim:
-            sys.exit(f"no client is served after {depois_de}")
+    while time.monotonic() < fim:
+        with contextlib.suppress(OSError):  # no thread could be made for it
+            if b"<ns1:constroiResponse" in conversa(programa.porta, boa):
+                return
+    sys.exit(f"{programa.comando}: no client is served after {depois_de}")
+
+
+def aperta(caminho, limite):
+    port_type = b"Formulario" if caminho.endswith("formulario") else b"Calc"
+    grande = chamada(port_type, b"<a>" * (20 * MB // 3))
+    limites = (limite * MB, limite * MB)
+    with Programa(caminho, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, limites)) as programa:
+        enchente = [threading.Thread(target=inunda, args=(programa.porta, grande)) for _ in range(12)]
+        for par in enchente:
+            par.start()
+        for par in enchente:
+            par.join()
+        exige_servida(programa, port_type, f"a flood in {limite} MB")
+        with contextlib.ExitStack() as ociosas:
+            for _ in range(600):
+                ociosas.enter_context(socket.create_connection(("127.0.0.1", programa.porta), timeout=PRAZO))
+            exige_servida(programa, port_type, f"600 connections in {limite} MB")
+        exige_servida(programa, port_type, f"all that in {limite} MB")
 
 
 def main():
-    for limite in (200, 600):
-        def aperta(bytes_=limite * MB):
-            resource.setrlimit(resource.RLIMIT_AS, (bytes_, bytes_))
-
-        with Programa(sys.argv[1], preexec_fn=aperta) as programa:
-            enchente = [threading.Thread(target=inunda, args=(programa.porta,)) for _ in range(30)]
-            for par in enchente:
-                par.start()
-            for par in enchente:
-                par.join()
-            exige_servida(programa, f"a flood in {limite} MB")
-            ociosas = [socket.create_connection(("127.0.0.1", programa.porta), timeout=PRAZO) for _ in range(600)]
-            exige_servida(programa, f"600 connections in {limite} MB")
-            for ociosa in ociosas:
-                ociosa.close()
-            exige_servida(programa, "all that")
+    tarefas = [(caminho, limite) for limite in (100, 200, 600) for caminho in sys.argv[1:]]
+    with concurrent.futures.ThreadPoolExecutor(3) as juntas:
+        list(juntas.map(aperta, *zip(*tarefas)))
     return 0
 
 
