@@ -22,8 +22,7 @@ void confere(const YMensagemHttp &mensagem, std::size_t cabeca, std::size_t corp
         assert(valor == pramo::semBrancos(valor) && valor.find('\n') == std::string_view::npos);
         tamanho += nome.size() + valor.size() + 2;
     }
-    assert(tamanho <= cabeca);
-    assert(static_cast<std::size_t>(YStream_tam(mensagem.body)) <= corpo);
+    assert(tamanho <= cabeca && static_cast<std::size_t>(YStream_tam(mensagem.body)) <= corpo);
 }
 
 /// False when nothing more is to be read.
@@ -66,8 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tam
     try {
         while (leUma(*mensagem, 8 * (std::size_t{bytes[0]} + 1), 8 * std::size_t{bytes[1]})) {
         }
-    } catch (const YExcecao &) {
-        return 0; // its interim answers filled the socket
+    } catch (const YExcecao &) { // refused, or its interim answers filled the socket
     }
     return 0;
 }

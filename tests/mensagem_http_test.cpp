@@ -11,6 +11,8 @@
 #include <optional>
 #include <sys/resource.h>
 
+using namespace std::literals;
+
 namespace {
 
 class Mensagem : public testing::Test {
@@ -42,7 +44,7 @@ protected:
     /// First line, the value of a header, body.
     [[nodiscard]] std::string conteudo() const {
         const char *valor = YDIC_recupera(YMensagemHttp_getHeader(m.get()), "x-UM");
-        return YStream_str(YMensagemHttp_getPrimeiraLinha(m.get())) + std::string("|") +
+        return YStream_str(YMensagemHttp_getPrimeiraLinha(m.get())) + "|"s +
                (valor != nullptr ? valor : "nenhum") + "|" + YStream_str(YMensagemHttp_getBody(m.get()));
     }
 };
@@ -73,9 +75,9 @@ TEST_F(Mensagem, recusasLevantamExcecao) {
           "Content-Length: L, 5", "Content-Length: 3 4", "Content-Length: \v3", "Content-Length : 3",
           "Content-Length\t: 3", "\vContent-Length: 3", "B: c\n d", "B: c\n\tContent-Length: 3",
           "B: c\rContent-Length: 3", " B: c"}) {
-        EXPECT_EQ(le(std::string("A HTTP/1.1\n") + campo + "\n\nabc"), mal) << campo;
+        EXPECT_EQ(le("A HTTP/1.1\n"s + campo + "\n\nabc"), mal) << campo;
     }
-    for (const std::string &primeira : {std::string("B\0\n", 3), std::string("B\rC\n")}) {
+    for (const std::string &primeira : {"B\0\n"s, "B\rC\n"s}) {
         EXPECT_EQ(le(primeira), mal);
         EXPECT_TRUE(conteudo().starts_with("A HTTP/1.1|")) << "its first line was not read";
     }
@@ -88,7 +90,6 @@ TEST_F(Mensagem, enviadaComOTamanhoReal) {
     YMensagemHttp_enviaPeloSocket(m.get()); // nowhere
     EXPECT_EQ(obtem(), 0);
     le("");
-    YMensagemHttp_enviaPeloSocket(m.get());
     YStream_puts(YMensagemHttp_getPrimeiraLinha(m.get()), "HTTP/1.1 200 OK\r\nX: y");
     YDIC *header = YMensagemHttp_getHeader(m.get());
     YDIC_guarda(header, "Zeta", "%n%s");
@@ -98,9 +99,7 @@ TEST_F(Mensagem, enviadaComOTamanhoReal) {
     YMensagemHttp_enviaPeloSocket(m.get());
     EXPECT_STREQ(YDIC_recupera(header, "Content-Length"), "3") << "the dictionary keeps it";
     EXPECT_EQ(recebidoPeloCliente(),
-              std::string("\nContent-Length: 0\n\n"
-                          "HTTP/1.1 200 OKX: y\nContent-Length: 3\nZeta: %n%s\nAlfa: 12\n\na") +
-                  '\0' + "b")
+              "HTTP/1.1 200 OKX: y\nZeta: %n%s\ncontent-length: 3\nAlfa: 12\n\na"s + '\0' + "b")
         << "in the order of insertion";
 }
 

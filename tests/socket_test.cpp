@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <csignal>
 #include <ctime>
 #include <functional>
@@ -25,7 +24,21 @@ protected:
     pramo::Ponteiro<YStream> s = pramo::cria<YStream>(YStream_rtti);
     YSocket *aceita = nullptr;
 
+    // Signals all the time: no wait ends for them, none begins anew, and none takes one for what it waits
+    // for.
+    std::jthread sinais{[esta = pthread_self()](const std::stop_token &fim) {
+        while (!fim.stop_requested()) {
+            pthread_kill(esta, SIGUSR1);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }};
+
     Socket() { liga(); }
+    static void SetUpTestSuite() {
+        struct sigaction acao {};
+        acao.sa_handler = [](int) {};
+        sigaction(SIGUSR1, &acao, nullptr);
+    }
 
     void liga() {
         ouvinte = novo();
@@ -118,26 +131,6 @@ TEST_F(Socket, cadaFimDeCadaEspera) {
     EXPECT_EQ(linha(), Y_ESPERA_FECHADA);
     EXPECT_EQ(YSocket_enviaMs(conexao.get(), muito.get(), MUITO), Y_ESPERA_FECHADA);
     EXPECT_THROW(YSocket_printf(conexao.get(), "x"), YExcecao) << "and no signal";
-}
-
-// Signals all the time: no wait ends for them, none begins anew, and none takes one for what it waits for.
-TEST_F(Socket, sinaisNaoMudamNada) {
-    struct sigaction acao {};
-    acao.sa_handler = [](int) {};
-    sigaction(SIGUSR1, &acao, nullptr);
-    std::atomic<bool> acabou{false};
-    std::thread leitor([&] {
-        EXPECT_EQ(linha(200), Y_ESPERA_PRAZO);
-        YSocket_printf(cliente.get(), "linha\n");
-        EXPECT_EQ(linha(), Y_ESPERA_PRONTA);
-        acabou = true;
-    });
-    while (!acabou) {
-        pthread_kill(leitor.native_handle(), SIGUSR1);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    leitor.join();
-    EXPECT_EQ(texto(), "linha");
 }
 
 } // namespace

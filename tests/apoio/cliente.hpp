@@ -8,13 +8,13 @@
 #include <cctype>
 #include <cerrno>
 #include <map>
+#include <memory>
 #include <netinet/tcp.h>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
 
 namespace apoio {
 
@@ -25,15 +25,6 @@ struct Resposta {
     std::string bytes; // all of it, as received
 };
 
-/// A socket with one owner.
-struct Descritor {
-    int valor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-
-    Descritor() = default;
-    Descritor(Descritor &&outro) noexcept : valor(std::exchange(outro.valor, -1)) {}
-    ~Descritor() { close(valor); }
-};
-
 class Cliente {
 public:
     explicit Cliente(std::uint32_t porta) {
@@ -41,16 +32,16 @@ public:
             AF_INET, htons(static_cast<std::uint16_t>(porta)), {htonl(INADDR_LOOPBACK)}, {}};
         const int sim = 1;
         const timeval prazo{10, 0};
-        setsockopt(fd_.valor, IPPROTO_TCP, TCP_NODELAY, &sim, sizeof sim);
-        setsockopt(fd_.valor, SOL_SOCKET, SO_RCVTIMEO, &prazo, sizeof prazo);
-        setsockopt(fd_.valor, SOL_SOCKET, SO_SNDTIMEO, &prazo, sizeof prazo);
-        exige(connect(fd_.valor, reinterpret_cast<const sockaddr *>(&onde), sizeof onde) == 0, "connect");
+        setsockopt(*fd_, IPPROTO_TCP, TCP_NODELAY, &sim, sizeof sim);
+        setsockopt(*fd_, SOL_SOCKET, SO_RCVTIMEO, &prazo, sizeof prazo);
+        setsockopt(*fd_, SOL_SOCKET, SO_SNDTIMEO, &prazo, sizeof prazo);
+        exige(connect(*fd_, reinterpret_cast<const sockaddr *>(&onde), sizeof onde) == 0, "connect");
     }
 
     /// False when the server is gone.
     bool envia(std::string_view bytes) {
         while (!bytes.empty()) {
-            const ssize_t n = send(fd_.valor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            const ssize_t n = send(*fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
             if (n < 0 && (errno == EPIPE || errno == ECONNRESET)) {
                 return false;
             }
@@ -61,7 +52,7 @@ public:
     }
 
     /// Tells the server that nothing more comes.
-    void terminaEnvio() { shutdown(fd_.valor, SHUT_WR); }
+    void terminaEnvio() { shutdown(*fd_, SHUT_WR); }
 
     /// One answer: head, and the body that its Content-Length announces.
     Resposta recebe() {
@@ -77,9 +68,8 @@ public:
         std::getline(cabeca, resposta.linha);
         for (std::string campo; std::getline(cabeca, campo) && !campo.empty();) {
             std::string nome = campo.substr(0, campo.find(": "));
-            const std::string valor = campo.substr(nome.size() + 2);
             std::ranges::transform(nome, nome.begin(), [](unsigned char c) { return std::tolower(c); });
-            resposta.campos[nome] = valor;
+            resposta.campos[nome] = campo.substr(nome.size() + 2);
         }
         if (resposta.campos.contains("content-length")) {
             resposta.corpo = recebeBytes(std::stoul(resposta.campos["content-length"]));
@@ -115,13 +105,18 @@ private:
 
     bool recebeMais() {
         std::array<char, 16384> pedaco{};
-        const ssize_t n = recv(fd_.valor, pedaco.data(), pedaco.size(), 0);
+        const ssize_t n = recv(*fd_, pedaco.data(), pedaco.size(), 0);
         exige(n >= 0 || errno == ECONNRESET, "recv");
         recebidos_.append(pedaco.data(), n > 0 ? static_cast<std::size_t>(n) : 0);
         return n > 0;
     }
 
-    Descritor fd_;
+    static void fecha(int *fd) {
+        close(*fd);
+        delete fd;
+    }
+
+    std::unique_ptr<int, void (*)(int *)> fd_{new int(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), fecha};
     std::string recebidos_; // and not yet handed out
 };
 

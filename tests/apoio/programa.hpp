@@ -2,41 +2,31 @@
 #pragma once
 
 #include <csignal>
-#include <fcntl.h>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <sys/wait.h>
-#include <unistd.h>
+#include <utility>
 
 namespace apoio {
 
-/// A program that serves on a free port ("--porta 0") and says where ("pronto: ...:PORT/..."). It ends by
-/// itself after half a minute, so that every wait for it is bounded.
+/// A program that serves on a free port ("--porta 0") and says where ("...:PORT/soap/..."). It is ended after
+/// half a minute, so that every wait for it is bounded.
 class Programa {
 public:
-    explicit Programa(const std::string &nome, const char *opcao) {
-        const std::string caminho =
-            std::filesystem::read_symlink("/proc/self/exe").parent_path() / "../examples" / nome;
-        int tubo[2] = {-1, -1};
-        pid_ = pipe2(tubo, O_CLOEXEC) == 0 ? fork() : -1;
-        if (pid_ == 0) {
-            dup2(tubo[1], STDOUT_FILENO);
-            dup2(tubo[1], STDERR_FILENO);
-            alarm(30); // it stays in the program
-            execl(caminho.c_str(), caminho.c_str(), "--porta", "0", opcao, nullptr);
-            _exit(127);
-        }
-        close(tubo[1]);
-        saida_ = tubo[0];
-        while (escrito_.find("/soap/") == std::string::npos && leMais()) {
+    explicit Programa(const std::string &nome, const std::string &opcao) {
+        const std::string pasta =
+            std::filesystem::read_symlink("/proc/self/exe").parent_path() / "../examples/";
+        saida_ = popen(("echo $$; exec timeout 30 " + pasta + nome + " --porta 0 " + opcao + " 2>&1").c_str(),
+                       "re");
+        while (escrito_.find("/soap/") == std::string::npos && leLinha()) {
         }
     }
     ~Programa() {
-        termina();
-        close(saida_);
+        if (saida_ != nullptr) {
+            termina();
+        }
     }
-    Programa(const Programa &) = delete;
-    Programa &operator=(const Programa &) = delete;
 
     [[nodiscard]] std::uint32_t porta() const {
         const std::size_t depois = escrito_.rfind(':', escrito_.find("/soap/")) + 1;
@@ -45,13 +35,10 @@ public:
 
     /// Asks it to end and waits for that; gives its exit status, or -1 when a signal ended it.
     int termina() {
-        int estado = 0;
-        if (pid_ > 0) {
-            kill(pid_, SIGTERM);
-            while (leMais()) {
-            }
-            waitpid(std::exchange(pid_, 0), &estado, 0);
+        kill(std::stoi(escrito_), SIGTERM); // its first line is the shell's, which became the program
+        while (leLinha()) {
         }
+        const int estado = pclose(std::exchange(saida_, nullptr));
         return WIFEXITED(estado) ? WEXITSTATUS(estado) : -1;
     }
 
@@ -59,15 +46,14 @@ public:
     [[nodiscard]] const std::string &erros() const { return escrito_; }
 
 private:
-    bool leMais() {
-        char pedaco[4096];
-        const ssize_t n = read(saida_, pedaco, sizeof pedaco);
-        escrito_.append(pedaco, n > 0 ? static_cast<std::size_t>(n) : 0);
-        return n > 0;
+    bool leLinha() {
+        char linha[4096];
+        const bool leu = std::fgets(linha, sizeof linha, saida_) != nullptr;
+        escrito_ += leu ? linha : "";
+        return leu;
     }
 
-    int saida_;
-    pid_t pid_;
+    std::FILE *saida_;
     std::string escrito_;
 };
 

@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <netinet/in.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 
 using namespace apoio;
 
@@ -156,26 +154,7 @@ TEST(Parada, limiteDeConexoes) {
     EXPECT_LT(Relogio::now() - inicio, seconds(1)) << "also while it waits for a place";
 }
 
-TEST(Parada, ouvinteQueFalhaEFeitoDeNovo) {
-    const Servidor servidor(ola);
-    const Diario diario;
-    const auto servida = [&] {
-        try {
-            return conversa(servidor.porta(), requisicao("GET /")).ends_with("ola");
-        } catch (const std::system_error &) {
-            return false; // nobody listens
-        }
-    };
-    for (int volta = 0; volta < 3; volta++) {
-        for (int fd = 3; fd < 1024; fd++) {
-            shutdown(fd, SHUT_RDWR);
-        }
-        EXPECT_TRUE(acontece(servida));
-    }
-    EXPECT_EQ(diario.quantos("O ouvinte falhou. Falha aceitando"), 1);
-}
-
-TEST(Parada, oQueNaoPodeEscutarDizUmaVezETentaDeNovo) {
+TEST(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
     const Diario diario;
     auto dono = std::make_unique<Servidor>(ola);
     const auto outro = pramo::cria<YWebServer>(YWebServer_rtti);
@@ -190,13 +169,30 @@ TEST(Parada, oQueNaoPodeEscutarDizUmaVezETentaDeNovo) {
     dono.reset();
     EXPECT_TRUE(acontece([&] { return pronto() == 1; }));
     EXPECT_EQ(diario.quantos("Porta n"), 1);
-    for (const auto &[endereco, escuta] : {std::pair("::1", 1), {"nome", 0}, {"127.0.0.1", 1}}) {
-        YObThread_stop(outro.get());
-        YWebServer_setEndereco(outro.get(), endereco);
-        YObThread_start(outro.get());
-        EXPECT_EQ(pronto(), escuta) << endereco;
+    YObThread_stop(outro.get());
+    YWebServer_setEndereco(outro.get(), "::1");
+    YObThread_start(outro.get());
+    EXPECT_EQ(pronto(), 1);
+    EXPECT_THROW(serve(YWebServer_getPorta(outro.get())), std::system_error) << "not on 127.0.0.1";
+}
+
+TEST(Parada, ouvinteQueFalhaEFeitoDeNovo) {
+    const Servidor servidor(ola);
+    const Diario diario;
+    const auto servida = [&] {
+        try {
+            return conversa(servidor.porta(), requisicao("GET /")).ends_with("ola");
+        } catch (const std::system_error &) {
+            return false; // nobody listens
+        }
+    };
+    for (int volta = 0; volta < 3; volta++) {
+        for (int fd = 3; fd < 1024; fd++) {
+            shutdown(fd, SHUT_RDWR); // the listener's is among them
+        }
+        EXPECT_TRUE(acontece(servida));
     }
-    serve(YWebServer_getPorta(outro.get()));
+    EXPECT_EQ(diario.quantos("O ouvinte falhou. Falha aceitando"), 1);
 }
 
 TEST(Parada, semDescritoresContinua) {
