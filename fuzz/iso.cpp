@@ -1,12 +1,11 @@
 // ISO 8583 messages from any bytes: what was loaded, whole or cut short, is written and loaded again as it
 // was; a text file read into a message is saved and read again as it was.
-#include <3pramo/iso/YMensagemIso_interno.hpp>
+#include "../tests/apoio/arvore.hpp"
 
-#include <3pramo/3pramo.hpp>
+#include <3pramo/iso/YMensagemIso_interno.hpp>
 
 #include <cstdint>
 #include <cstdlib>
-#include <string>
 
 namespace {
 
@@ -16,7 +15,7 @@ template <typename ESCREVE>
 std::string escrito(const Mensagem &mensagem, ESCREVE escreve) {
     const auto stream = pramo::cria<YStream>(YStream_rtti);
     escreve(mensagem.get(), stream.get());
-    return {YStream_str(stream.get()), static_cast<std::size_t>(YStream_tam(stream.get()))};
+    return apoio::conteudo(stream.get());
 }
 
 void exige(bool condicao) {
@@ -29,11 +28,10 @@ void exige(bool condicao) {
 Mensagem carregada(const std::string &texto, bool ateZero) {
     auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const char *posicao = texto.c_str();
-    try {
+    apoio::excecao([&] { // what was read stays in the message
         ateZero ? YMensagemIso_carrega(mensagem.get(), &posicao)
                 : YMensagemIso_carregaBloco(mensagem.get(), &posicao, texto.size());
-    } catch (const YExcecao &) { // what was read stays in the message
-    }
+    });
     exige(posicao >= texto.c_str() && posicao <= texto.c_str() + texto.size());
     return mensagem;
 }

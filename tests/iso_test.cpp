@@ -6,13 +6,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <random>
-#include <sstream>
-#include <vector>
+#include <regex>
 
 using namespace apoio;
 using namespace pramo::literais;
@@ -22,12 +20,8 @@ namespace {
 using Mensagem = pramo::Ponteiro<YMensagemIso>;
 using Elementos = std::map<int, std::string>;
 
-Mensagem nova() {
-    return pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-}
-
 Mensagem montada(int codigo, const Elementos &elementos) {
-    auto mensagem = nova();
+    auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     YMensagemIso_setTransacao(mensagem.get(), codigo);
     for (const auto &[bit, texto] : elementos) {
         YMensagemIso_setBitTam(mensagem.get(), bit, texto.data(), texto.size());
@@ -36,7 +30,7 @@ Mensagem montada(int codigo, const Elementos &elementos) {
 }
 
 Mensagem carregada(std::string_view fio) {
-    auto mensagem = nova();
+    auto mensagem = montada(999, {{2, "antes"}, {70, "antes"}});
     const char *posicao = fio.data();
     YMensagemIso_carregaBloco(mensagem.get(), &posicao, fio.size());
     EXPECT_EQ(posicao, fio.data() + fio.size()) << fio;
@@ -58,89 +52,54 @@ template <typename ESCREVE>
 std::string escrito(const Mensagem &mensagem, ESCREVE escreve) {
     const auto stream = pramo::cria<YStream>(YStream_rtti);
     escreve(mensagem.get(), stream.get());
-    return {YStream_str(stream.get()), static_cast<std::size_t>(YStream_tam(stream.get()))};
+    return conteudo(stream.get());
 }
 
 std::string emitida(const Mensagem &mensagem) {
     return escrito(mensagem, YMensagemIso_emiteEmStream);
 }
 
-// A file that goes with the test.
-struct Arquivo {
-    std::string caminho = std::filesystem::temp_directory_path() / "iso-XXXXXX";
-
-    explicit Arquivo(const std::string &conteudo = "") {
-        close(mkstemp(caminho.data()));
-        std::ofstream(caminho, std::ios::binary) << conteudo;
-    }
-    ~Arquivo() { std::filesystem::remove(caminho); }
-    Arquivo(const Arquivo &) = delete;
-    Arquivo &operator=(const Arquivo &) = delete;
-
-    [[nodiscard]] std::string conteudo() const {
-        std::ifstream arquivo(caminho, std::ios::binary);
-        return {std::istreambuf_iterator<char>(arquivo), {}};
-    }
-};
-
-// Elements as "3:003000 41:TERM____", where _ is a blank.
-Elementos lista(const std::string &texto) {
+// Elements as "2:16/4111111111111111 41:TERM____": the number, the length where the wire has one, the text,
+// where _ is a blank.
+Elementos lista(const std::string &notacao) {
+    const std::regex forma("(\\d+):(?:\\d+/)?(\\S*)");
     Elementos elementos;
-    std::istringstream palavras(texto);
-    for (std::string palavra; std::getline(palavras, palavra, ' ');) {
-        std::replace(palavra.begin(), palavra.end(), '_', ' ');
-        elementos[std::stoi(palavra)] = palavra.substr(palavra.find(':') + 1);
+    for (auto it = std::sregex_iterator(notacao.begin(), notacao.end(), forma); it != std::sregex_iterator();
+         ++it) {
+        elementos[std::stoi((*it)[1])] = std::regex_replace((*it)[2].str(), std::regex("_"), " ");
     }
     return elementos;
-}
-
-std::string semBrancos(std::string texto) {
-    std::erase(texto, ' ');
-    return texto;
 }
 
 // clang-format off
 const struct Exemplo {
     const char *nome;
     int codigo, capacidade;
-    std::string fio;
-    Elementos elementos;
+    std::string notacao; // code and bitmaps, and the elements
+    Elementos elementos = lista(notacao);
+    std::string fio = std::regex_replace(notacao, std::regex("\\d+:|[/ ]"), "");
 } EXEMPLOS[] = {
-    {"authorization", 100, 64,
-     semBrancos("0100 7224448020C08000 16 4111111111111111 000000 000000012345 1122093015 000123 3012 5411 051 00 "
-                "37 4111111111111111=30121010000012300000 TERM0001 ESTABELECIMENT1 986"),
-     lista("2:4111111111111111 3:000000 4:000000012345 7:1122093015 11:000123 14:3012 18:5411 22:051 25:00 "
-           "35:4111111111111111=30121010000012300000 41:TERM0001 42:ESTABELECIMENT1 49:986")},
-    {"purchase", 200, 64,
-     semBrancos("0200 3238040000C09214 003000 000000010000 1122093015 000124 093015 1122 051 TERM0001 "
-                "ESTABELECIMENT1 BRL 0123456789ABCDEF 018 9F0206000000010000 7 1234567 004 0001"),
-     lista("3:003000 4:000000010000 7:1122093015 11:000124 12:093015 13:1122 22:051 41:TERM0001 "
-           "42:ESTABELECIMENT1 49:BRL 52:0123456789ABCDEF 55:9F0206000000010000 60:1234567 62:0001")},
-    {"reversal with secondary bitmap", 400, 128,
-     semBrancos("0400 B22000000E800000 0000004000000001 003000 000000010000 1122093100 000125 112209300124 A1B2C3 "
-                "00 TERM0001 020000012411220930150001000012300000000000 BEEF"),
-     lista("3:003000 4:000000010000 7:1122093100 11:000125 37:112209300124 38:A1B2C3 39:00 41:TERM0001 "
-           "90:020000012411220930150001000012300000000000 128:BEEF")},
-    {"empty variable elements", 210, 64, "0210400000000000001600" "0" "000" "000", lista("2: 60: 62: 63:")},
-    {"second bitmap of nothing", 200, 128, "0200" "8000000000000000" "0000000000000000", {}},
-    {"code alone", 800, 0, "0800", {}},
+    {"authorization", 100, 64, "0100 7224448020C08000 2:16/4111111111111111 3:000000 4:000000012345 7:1122093015 11:000123 14:3012 "
+     "18:5411 22:051 25:00 35:37/4111111111111111=30121010000012300000 41:TERM0001 42:ESTABELECIMENT1 49:986"},
+    {"purchase", 200, 64, "0200 3238040000C09214 3:003000 4:000000010000 7:1122093015 11:000124 12:093015 13:1122 22:051 41:TERM0001 "
+     "42:ESTABELECIMENT1 49:BRL 52:0123456789ABCDEF 55:018/9F0206000000010000 60:7/1234567 62:004/0001"},
+    {"reversal with secondary bitmap", 400, 128, "0400 B22000000E800000 0000004000000001 3:003000 4:000000010000 7:1122093100 "
+     "11:000125 37:112209300124 38:A1B2C3 39:00 41:TERM0001 90:020000012411220930150001000012300000000000 128:BEEF"},
+    {"empty variable elements", 210, 64, "0210 4000000000000016 2:00/ 60:0/ 62:000/ 63:000/"},
+    {"second bitmap of nothing", 200, 128, "0200 8000000000000000 0000000000000000"},
+    {"code alone", 800, 0, "0800"},
 };
 // clang-format on
 
 TEST(Iso, formaDoFioDeMensagensComoAsReais) {
-    for (const auto &[nome, codigo, capacidade, fio, elementos] : EXEMPLOS) {
+    for (const auto &[nome, codigo, capacidade, notacao, elementos, fio] : EXEMPLOS) {
+        SCOPED_TRACE(nome);
         const Mensagem mensagem = carregada(fio);
-        EXPECT_EQ(YMensagemIso_getTransacao(mensagem.get()), codigo) << nome;
-        EXPECT_EQ(mensagem->capacidade, capacidade) << nome;
-        EXPECT_EQ(elementosDe(mensagem), elementos) << nome;
-        EXPECT_EQ(emitida(mensagem), fio) << nome;
-        EXPECT_EQ(emitida(montada(codigo, elementos)), elementos.empty() ? fio.substr(0, 4) : fio) << nome;
-        const std::string seguidas = fio + "\n" + EXEMPLOS[0].fio;
-        const char *posicao = seguidas.c_str();
-        if (capacidade != 0) {
-            YMensagemIso_carrega(mensagem.get(), &posicao);
-            EXPECT_EQ(posicao, seguidas.c_str() + fio.size()) << nome;
-        }
+        EXPECT_EQ(mensagem->transacao, codigo);
+        EXPECT_EQ(mensagem->capacidade, capacidade);
+        EXPECT_EQ(elementosDe(mensagem), elementos);
+        EXPECT_EQ(emitida(mensagem), fio);
+        EXPECT_EQ(emitida(montada(codigo, elementos)), elementos.empty() ? fio.substr(0, 4) : fio);
     }
 }
 
@@ -156,105 +115,73 @@ TEST(Iso, aTabelaTemSuasClasses) {
     EXPECT_STREQ(elementosIso[127].rotulo, "Message authentication code");
 }
 
-// The part that begins at or before byte n and ends behind it, and where it begins.
-std::pair<std::string, std::size_t> parteNoByte(const Exemplo &exemplo, std::size_t n, Elementos &inteiros) {
-    std::size_t inicio = 4;
-    if (n < inicio) {
-        return {"Código da transação"_l1, 0};
-    }
-    for (int bitmap = 1; bitmap <= exemplo.capacidade / 64; bitmap++, inicio += 16) {
-        if (n < inicio + 16) {
-            return {"Bitmap " + std::to_string(bitmap), inicio};
-        }
-    }
-    for (const auto &[bit, texto] : exemplo.elementos) {
-        const YElementoIso &elemento = elementosIso[bit - 1];
-        const std::size_t tamanho = Y_ISO_DIGITOS(elemento.formato) + texto.size();
-        if (n < inicio + tamanho) {
-            return {"Elemento " + std::to_string(bit) + " (" + elemento.rotulo + ")", inicio};
-        }
-        inteiros[bit] = texto;
-        inicio += tamanho;
-    }
-    return {"", inicio};
-}
-
 // Each text ends at a page that may not be touched.
-TEST(Iso, todoComecoDeMensagemDizOndeParou) {
-    const BeiraDaPagina beira;
+TEST(Iso, todoComecoDeMensagemPara) {
+    const auto pagina = beiraDaPagina();
     for (const Exemplo &exemplo : EXEMPLOS) {
         for (std::size_t n = 0; n < exemplo.fio.size(); n++) {
-            Elementos inteiros;
-            const auto [parte, inicio] = parteNoByte(exemplo, n, inteiros);
-            const auto esperada = n == 4 ? "" : "YExc: " + parte + ". Mensagem ISO 8583 incompleta.";
-            for (const std::size_t zero : {0U, 1U}) {
+            for (const bool comZero : {false, true}) {
                 SCOPED_TRACE(testing::Message() << exemplo.nome << ' ' << n);
-                auto *texto = reinterpret_cast<char *>(beira.ultimos(n + zero));
-                std::memcpy(texto, exemplo.fio.c_str(), n + zero);
-                std::memset(texto + n, 0, zero);
+                auto *texto = reinterpret_cast<char *>(pagina.last(n + (comZero ? 1 : 0)).data());
+                std::memcpy(texto, exemplo.fio.substr(0, n).c_str(), n + (comZero ? 1 : 0));
                 const Mensagem mensagem = montada(999, {{2, "antes"}, {70, "antes"}});
                 const char *posicao = texto;
-                EXPECT_EQ(excecao([&] {
-                              zero != 0 ? YMensagemIso_carrega(mensagem.get(), &posicao)
-                                        : YMensagemIso_carregaBloco(mensagem.get(), &posicao, n);
-                          }),
-                          esperada);
-                EXPECT_EQ(posicao - texto, static_cast<std::ptrdiff_t>(inicio));
-                EXPECT_EQ(elementosDe(mensagem), inteiros);
-                EXPECT_EQ(mensagem->transacao, n < 4 ? 0 : exemplo.codigo);
+                const std::string excecao = apoio::excecao([&] {
+                    comZero ? YMensagemIso_carrega(mensagem.get(), &posicao)
+                            : YMensagemIso_carregaBloco(mensagem.get(), &posicao, n);
+                });
+                EXPECT_TRUE(n == 4 ? excecao.empty() : excecao.ends_with(". Mensagem ISO 8583 incompleta."));
+                EXPECT_LE(posicao, texto + n);
+                EXPECT_TRUE(std::ranges::includes(exemplo.elementos, elementosDe(mensagem)));
             }
         }
     }
 }
 
 TEST(Iso, formasDoFioEstranhas) {
+    // clang-format off
     constexpr const char *INVALIDO = "YExc: Bitmap 1. Bitmap com caractere inválido."_l1;
     const struct {
-        const char *fio, *queixa, *emitida;
+        const char *fio;
+        int lidos;
+        std::string queixa;
+        const char *emitida;
     } lidas[] = {
-        {"0A0B2000000000000000003000", "", "00002000000000000000003000"},
-        {"020040000000000000001x4", "", "02004000000000000000014"},
-        {"02002000000000000000003000sobra", "", "02002000000000000000003000"},
-        {"0200600000000000000f00003000", INVALIDO, "0200"},
-        {"0200\xC0 0/0000000000000", INVALIDO, "0200"},
-        {"0200000:00000000000000000", INVALIDO, "0200"},
-        {"0200800000000000000080000000000000000000000000000000",
-         "YExc: Mensagem ISO 8583 com terceiro bitmap.", "0200"},
+        {"0A0B2000000000000000003000", 26, "", "00002000000000000000003000"},
+        {"020040000000000000001x4", 23, "", "02004000000000000000014"},
+        {"02002000000000000000003000\nsobra", 26, "", "02002000000000000000003000"},
+        {"0200600000000000000f00003000", 4, INVALIDO, "0200"},
+        {"0200\xC0 0/0000000000000", 4, INVALIDO, "0200"},
+        {"0200000:00000000000000000", 4, INVALIDO, "0200"},
+        {"0200800000000000000080000000000000000000000000000000", 36, "YExc: Mensagem ISO 8583 com terceiro bitmap.", "0200"},
+        {"020", 0, "YExc: Código da transação. Mensagem ISO 8583 incompleta."_l1, "0000"},
+        {"0200700000000000000", 4, "YExc: Bitmap 1. Mensagem ISO 8583 incompleta.", "0200"},
+        {"0200F000000000000000000", 20, "YExc: Bitmap 2. Mensagem ISO 8583 incompleta.", "0200"},
+        {"02006000000000000000024130030", 24, "YExc: Elemento 3 (Processing code). Mensagem ISO 8583 incompleta.", "020040000000000000000241"},
     };
-    for (const auto &[fio, queixa, esperada] : lidas) {
-        const Mensagem mensagem = nova();
+    // clang-format on
+    for (const auto &[fio, lidos, queixa, esperada] : lidas) {
+        const Mensagem mensagem = montada(999, {{2, "antes"}});
         const char *posicao = fio;
         EXPECT_EQ(excecao([&] { YMensagemIso_carrega(mensagem.get(), &posicao); }), queixa) << fio;
         EXPECT_EQ(emitida(mensagem), esperada) << fio;
-        EXPECT_TRUE(queixa != INVALIDO || posicao == fio + 4) << fio;
+        EXPECT_EQ(posicao - fio, lidos) << fio;
     }
-    const char *nada = nullptr;
-    EXPECT_NE(excecao([&] { YMensagemIso_carregaBloco(nova().get(), &nada, 0); }), "");
+    EXPECT_NE(excecao([] { carregada(std::string_view()); }), "");
 
-    const struct {
-        int codigo;
-        Elementos elementos;
-        std::string emitida;
-    } montadas[] = {
-        {12345, {}, "12345"},
-        {-7, {}, "-007"},
-        {200, {{2, std::string(25, '7')}}, "0200400000000000000019" + std::string(19, '7')},
-        {200, {{64, std::string(20, 'A')}}, "02000000000000000001" + std::string(16, 'A')},
-        {200, {{3, "1"}}, "020020000000000000001"},                // not filled up
-        {200, {{1, "x"}}, "020080000000000000000000000000000000"}, // element 1 is its bit
-    };
-    for (const auto &[codigo, elementos, esperada] : montadas) {
-        EXPECT_EQ(emitida(montada(codigo, elementos)), esperada);
-    }
+    EXPECT_EQ(emitida(montada(12345, {})) + emitida(montada(-7, {})), "12345-007");
+    EXPECT_EQ(emitida(montada(200, {{2, std::string(25, '7')}})),
+              "0200400000000000000019" + std::string(19, '7'));
+    EXPECT_EQ(emitida(montada(200, {{3, "1"}, {64, std::string(20, 'A')}})),
+              "020020000000000000011" + std::string(16, 'A'))
+        << "cut, but not filled up";
+    EXPECT_EQ(emitida(montada(200, {{1, "x"}})), "020080000000000000000000000000000000")
+        << "element 1 is its bit";
 }
 
 TEST(Iso, elementosEEspaco) {
-    const Mensagem mensagem = nova();
+    const Mensagem mensagem = montada(0, {{5, "000000000001"}});
     YMensagemIso *const m = mensagem.get();
-    EXPECT_EQ(YMensagemIso_getBit(m, 5), nullptr);
-    YMensagemIso_setBit(m, 5, nullptr);
-    EXPECT_EQ(m->capacidade, 64);
-    YMensagemIso_setBit(m, 5, "000000000001");
     const char *quinto = YMensagemIso_getBit(m, 5);
     YMensagemIso_setBit(m, 65, nullptr);
     EXPECT_EQ(m->capacidade, 128);
@@ -284,13 +211,16 @@ TEST(Iso, copiasERespostas) {
         YMensagemIso_copiaDe(copia.get(), copia.get());
         EXPECT_EQ(emitida(copia), exemplo.fio) << exemplo.nome;
 
-        const std::vector<int32_t> eco = {41, 11, 3, 11, 70, 64};
-        YMensagemIso_montaResposta(copia.get(), origem.get(), exemplo.codigo + 10, eco.data(), 6);
-        YMensagemIso_montaResposta(origem.get(), origem.get(), exemplo.codigo + 10, eco.data(), 6);
-        EXPECT_EQ(emitida(copia), emitida(origem)) << exemplo.nome;
+        constexpr int32_t eco[] = {41, 11, 3, 11, 70, 64};
         Elementos ecoados = exemplo.elementos;
         std::erase_if(ecoados, [&](const auto &e) { return std::ranges::count(eco, e.first) == 0; });
-        EXPECT_EQ(elementosDe(origem), ecoados) << exemplo.nome;
+        for (const Mensagem &resposta :
+             {montada(1, {{2, "antes"}, {100, "antes"}}), carregada(exemplo.fio)}) {
+            YMensagemIso_montaResposta(resposta.get(), origem.get(), exemplo.codigo + 10, eco, 6);
+            EXPECT_EQ(elementosDe(resposta), ecoados) << exemplo.nome;
+        }
+        YMensagemIso_montaResposta(origem.get(), origem.get(), exemplo.codigo + 10, eco, 6);
+        EXPECT_EQ(elementosDe(origem), ecoados) << exemplo.nome << ", of itself";
         EXPECT_EQ(origem->transacao, exemplo.codigo + 10);
     }
     const Mensagem aninhada = montada(200, {{48, EXEMPLOS[0].fio}});
@@ -299,11 +229,13 @@ TEST(Iso, copiasERespostas) {
     EXPECT_EQ(emitida(aninhada), EXEMPLOS[0].fio) << "loaded from a text of its own";
 }
 
+// ---- Text files ----
+
+const std::string ARQUIVO = "/proc/self/fd/" + std::to_string(memfd_create("iso", 0));
+
 TEST(Iso, idasEVoltasSorteadas) {
     std::mt19937 sorteio(8583);
-    const auto ate = [&](std::size_t maximo) {
-        return std::uniform_int_distribution<std::size_t>(0, maximo)(sorteio);
-    };
+    const auto ate = [&](std::size_t maximo) { return sorteio() % (maximo + 1); };
     for (int rodada = 0; rodada < 300; rodada++) {
         Elementos elementos;
         for (std::size_t quantos = ate(rodada % 3 == 0 ? 125 : 20); quantos > 0; quantos--) {
@@ -311,39 +243,36 @@ TEST(Iso, idasEVoltasSorteadas) {
             const uint64_t formato = elementosIso[bit - 1].formato;
             const std::size_t maximo = Y_ISO_CARACTERES(formato);
             std::string texto(Y_ISO_DIGITOS(formato) != 0 ? ate(maximo) : maximo, 0);
-            std::generate(texto.begin(), texto.end(), [&] { return static_cast<char>(ate(255)); });
-            if (bit != 65) {
-                elementos[bit] = texto;
-            }
+            std::ranges::generate(texto, [&] { return static_cast<char>(ate(255)); });
+            elementos[bit == 65 ? 66 : bit] = bit == 65 ? "1" : texto;
         }
-        const Mensagem mensagem = montada(static_cast<int>(ate(9999)), elementos);
-        const std::string fio = emitida(mensagem);
-        const Mensagem lida = carregada(fio);
+        Mensagem mensagem = montada(static_cast<int>(ate(9999)), elementos);
+        const Mensagem lida = carregada(emitida(mensagem));
         ASSERT_EQ(elementosDe(lida), elementos) << rodada;
-        ASSERT_EQ(emitida(lida), fio) << rodada;
+        ASSERT_EQ(emitida(lida), emitida(mensagem)) << rodada;
 
         for (auto &[bit, texto] : elementos) { // what a text file keeps
-            std::replace(texto.begin(), texto.end(), '\n', '.');
+            std::ranges::replace(texto, '\n', '.');
             texto.insert(0, "x");
-            YMensagemIso_setBitTam(mensagem.get(), bit, texto.data(), texto.size());
         }
-        const Arquivo arquivo;
-        YMensagemIso_salvaEmArquivo(mensagem.get(), arquivo.caminho.c_str());
-        const Mensagem doArquivo = nova();
-        YMensagemIso_leDeArquivo(doArquivo.get(), arquivo.caminho.c_str());
-        ASSERT_EQ(elementosDe(doArquivo), elementos) << rodada;
-        ASSERT_EQ(doArquivo->transacao, mensagem->transacao) << rodada;
+        mensagem = montada(mensagem->transacao, elementos);
+        YMensagemIso_salvaEmArquivo(mensagem.get(), ARQUIVO.c_str());
+        YMensagemIso_leDeArquivo(lida.get(), ARQUIVO.c_str());
+        ASSERT_EQ(elementosDe(lida), elementos) << rodada;
+        ASSERT_EQ(lida->transacao, mensagem->transacao) << rodada;
     }
 }
 
 TEST(Iso, arquivosDeTexto) {
+    const auto doArquivo = [] {
+        std::ifstream arquivo(ARQUIVO, std::ios::binary);
+        return std::string{std::istreambuf_iterator<char>(arquivo), {}};
+    };
     const Mensagem simples = montada(200, {{3, "003000"}});
-    const Arquivo arquivo;
-    YMensagemIso_salvaEmArquivo(simples.get(), arquivo.caminho.c_str());
-    EXPECT_EQ(arquivo.conteudo(), "200\n003 003000\n");
-    YMensagemIso_dumpEmArquivo(simples.get(), arquivo.caminho.c_str());
-    EXPECT_EQ(arquivo.conteudo(),
-              std::string("Código da Transação: 200\n"_l1) + "  3 Processing code : \"003000\"\n");
+    YMensagemIso_salvaEmArquivo(simples.get(), ARQUIVO.c_str());
+    EXPECT_EQ(doArquivo(), "200\n003 003000\n");
+    YMensagemIso_dumpEmArquivo(simples.get(), ARQUIVO.c_str());
+    EXPECT_EQ(doArquivo(), "Código da Transação: 200\n  3 Processing code : \"003000\"\n"_l1);
 
     const std::string longo(2043, 'a');
     // clang-format off
@@ -352,8 +281,8 @@ TEST(Iso, arquivosDeTexto) {
         int codigo;
         Elementos elementos; // beside element 7, which the message has before
     } casos[] = {
-        {"", 1, {}}, {"400", 400, {}}, {"\t+0400x\n", 400, {}}, {"-5\n3  \t003000\n", -5, lista("3:003000")},
-        {"x\n003 003000\r\n", 0, lista("3:003000\r")}, {"4294967297\n+4x y \n004\n005\n", 1, lista("4: 5:")},
+        {"", 1, {}}, {"\t+0400x\n", 400, {}}, {"-5\n3  \t003000\n", -5, lista("3:003000")},
+        {"x\n003 003000\r\n", 0, {{3, "003000\r"}}}, {"4294967297\n+4x y \n004\n005\n", 1, lista("4: 5:")},
         {"99999999999999999999\n 2   \n", -1, lista("2:")}, {"200\n007 novo\n001 x\n", 200, lista("1:x 7:novo")},
         {"200\n\nabc\n0 x\n-3 x\n+-3 x\n129 x\n99999999999999999999 x\n065 x\n128 ok", 200, lista("128:ok")},
         {"200\n063 " + longo + "\n041 ok\n", 200, lista("41:ok 63:" + longo)},
@@ -361,8 +290,9 @@ TEST(Iso, arquivosDeTexto) {
     };
     // clang-format on
     for (const auto &[conteudo, codigo, elementos] : casos) {
+        std::ofstream(ARQUIVO, std::ios::binary) << conteudo;
         const Mensagem mensagem = montada(1, {{7, "antes"}});
-        YMensagemIso_leDeArquivo(mensagem.get(), Arquivo(conteudo).caminho.c_str());
+        YMensagemIso_leDeArquivo(mensagem.get(), ARQUIVO.c_str());
         Elementos esperados = elementos;
         esperados.insert({7, "antes"});
         EXPECT_EQ(mensagem->transacao, codigo) << conteudo;
@@ -370,9 +300,10 @@ TEST(Iso, arquivosDeTexto) {
     }
     YMensagemIso_leDeArquivo(simples.get(), "/nao/existe");
     YMensagemIso_salvaEmArquivo(simples.get(), "/nao/existe");
-    YMensagemIso_dumpEmArquivo(simples.get(), "/nao/existe");
     EXPECT_EQ(emitida(simples), "02002000000000000000003000");
 }
+
+// ---- Masks and validation ----
 
 TEST(Iso, dumpMascarado) {
     // clang-format off
@@ -380,44 +311,40 @@ TEST(Iso, dumpMascarado) {
         int bit;
         std::string texto, mascarado;
     } casos[] = {
-        {1, "x", "\"x\""}, {2, "", "\"\""}, {128, "BEEF", "\"BEEF\""},
-        {2, "4111111111111111", "\"411111******1111\""}, {2, "4111111111111", "\"411111***1111\""},
+        {1, "x", "\"x\""}, {2, "", "\"\""}, {2, "4111111111111111", "\"411111******1111\""}, {2, "4111111111111", "\"411111***1111\""},
         {2, "411111111111", "\"************\""}, {2, "41111111111111111111", "\"********************\""},
         {2, "4111 1111 1111 1111", "\"*******************\""}, {20, "076", "\"***\""}, {34, "4111", "\"****\""},
         {3, "a\"\n\x1B\x9B\xE7", "\"a\"\\x0A\\x1B\\x9B\xE7\""}, {35, "4111=3012", "(9 caracteres)"},
         {36, "", "(0 caracteres)"}, {45, "B4111^A^", "(8 caracteres)"}, {52, "0123456789ABCDEF", "(16 caracteres)"},
         {53, "12", "\"**\""}, {55, "5A08", "\"****\""}, {48, "4111111111111111", "(16 caracteres)"},
         {62, "", "(0 caracteres)"}, {102, "4111", "(4 caracteres)"}, {127, "x", "(1 caracteres)"},
-        {4, "000000012345", "\"000000012345\""}, {37, "ABCDEF123456", "\"ABCDEF123456\""},
+        {4, "000000012345", "\"000000012345\""}, {128, "BEEF", "\"BEEF\""},
         {43, "a4111 1111-1111 1111b 1234567890123", "\"a4111 11**-**** 1111b 123456***0123\""},
         {72, ";4111111111111111=251210100000123", "\";411111******1111=251210*****0123\""},
     };
     // clang-format on
-    const std::string cabeca = "Código da Transação: 800\n"_l1;
     for (const auto &[bit, texto, mascarado] : casos) {
         const Mensagem mensagem = montada(800, {{bit, texto}});
-        const std::string numero = std::to_string(bit);
-        const std::string inicio = cabeca + std::string(3 - numero.size(), ' ') + numero + ' ' +
-                                   elementosIso[bit - 1].rotulo + " : ";
-        EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpEmStream), inicio + '"' + texto + "\"\n");
+        char inicio[100];
+        std::snprintf(inicio, sizeof inicio, "%s: 800\n%3d %s : ", "Código da Transação"_l1, bit,
+                      elementosIso[bit - 1].rotulo);
+        EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpEmStream), inicio + ('"' + texto + "\"\n"));
         EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpMascaradoEmStream), inicio + mascarado + '\n');
     }
     const auto linha = [](int bit) {
-        return escrito(montada(1, {{7, "x"}}),
+        return escrito(montada(1, {{7, "x"}, {48, "1234567890123\n"}, {97, "1234567890123456"}}),
                        [&](auto *m, auto *s) { YMensagemIso_dumpElemento(m, bit, 1, s); });
     };
     EXPECT_EQ(linha(8) + linha(200) + linha(7), "  7 Transmission date & time : \"x\"\n");
 
-    const Mensagem privados = montada(1, {{48, "1234567890123\n"}, {97, "1234567890123456"}});
-    const std::string antes = escrito(privados, YMensagemIso_dumpMascaradoEmStream);
-    for (const int mostra : {1, 0}) {
-        YMensagemIso_mostraElemento(48, mostra);
-        YMensagemIso_mostraElemento(97, mostra);
-        const std::string depois = escrito(privados, YMensagemIso_dumpMascaradoEmStream);
-        EXPECT_EQ(depois.find("\"1234567890123\\x0A\"") != std::string::npos &&
-                      depois.find("\"1234567890123456\"") != std::string::npos,
-                  mostra != 0);
-        EXPECT_EQ(depois == antes, mostra == 0);
+    for (const auto &[bit, mostrado] :
+         {std::pair(48, "\"1234567890123\\x0A\"\n"), {97, "\"1234567890123456\"\n"}}) {
+        const std::string antes = linha(bit);
+        YMensagemIso_mostraElemento(bit, 1);
+        EXPECT_TRUE(linha(bit).ends_with(mostrado)) << bit;
+        YMensagemIso_mostraElemento(bit, 0);
+        EXPECT_EQ(linha(bit), antes);
+        EXPECT_EQ(antes.find("7890"), std::string::npos);
     }
     for (const int bit : {2, 20, 34, 35, 36, 45, 52, 53, 55, 0, 129}) {
         EXPECT_NE(excecao([&] { YMensagemIso_mostraElemento(bit, 1); }), "") << bit;
@@ -435,15 +362,14 @@ TEST(Iso, validacao) {
         {200, EXEMPLOS[1].elementos, ""}, {0, EXEMPLOS[2].elementos, ""}, {200, lista("2: 60:a1b2c3d 63:"), ""},
         {10000, lista("3:00300"), "0 fora de 0 a 9999\n3 tamanho 5, exatamente 6\n"},
         {-1, lista("4:0000000000123"), "0 fora de 0 a 9999\n4 tamanho 13, exatamente 12\n"},
-        {200, lista("2:44444444444444444444 3:00300x"),
-         "2 tamanho 20, no m\xE1ximo 19\n3 caractere 6 fora da classe n\n"},
+        {200, lista("2:44444444444444444444 3:00300x"), "2 tamanho 20, no m\xE1ximo 19\n3 caractere 6 fora da classe n\n"},
         {200, lista("35:4=3:4D> 45:B4^"), "45 caractere 3 fora da classe an\n"},
         {200, lista("35:4=3d"), "35 caractere 4 fora da classe z\n"},
         {200, lista("38:AB12__ 49:BRL 50:_86 91:_"), "50 caractere 1 fora da classe an\n"},
         {200, lista("44:AB_ 49:98B"), "44 caractere 3 fora da classe an\n49 caractere 1 fora da classe a\n"},
         {200, lista("52:0123456789abcdeF 64:000G"), "64 caractere 4 fora da classe b\n"},
-        {200, lista("1:0000000000000000 41:A-1_\xE7\xC3?x 63:a\tb"), "63 caractere 2 fora da classe ans\n"},
-        {200, lista("60:12345678 61:" + std::string(1000, 'x') + " 128:" + '\0'),
+        {200, {{1, "0000000000000000"}, {41, "A-1 \xE7\xC3?x"}, {63, "a\tb"}}, "63 caractere 2 fora da classe ans\n"},
+        {200, {{60, "12345678"}, {61, std::string(1000, 'x')}, {128, {'\0'}}},
          "60 tamanho 8, no m\xE1ximo 7\n61 tamanho 1000, no m\xE1ximo 999\n128 tamanho 1, exatamente 4\n"
          "128 caractere 1 fora da classe b\n"},
     };

@@ -14,9 +14,7 @@ TEST(No, caminhos) {
     const auto raiz = le("<r><x/><x><y>2</y></x><a><b>1</b><B>3</B></a></r>");
     YNo_setNome(YNo_criaDescendente(raiz.get(), "nada"), nullptr);
     for (const char *caminho : {"", "a", "a/", "a/b", "a/b/", "a/B", "x"}) {
-        YNo *achado = YNo_procuraDescendente(raiz.get(), caminho);
-        ASSERT_NE(achado, nullptr) << caminho;
-        EXPECT_EQ(YNo_getFilhoUnico(raiz.get(), caminho), achado);
+        EXPECT_NE(YNo_procuraDescendente(raiz.get(), caminho), nullptr) << caminho;
     }
     for (const char *caminho : {"A", "x/y", "a//b", "ab", "a/bb", "nada", "b"}) {
         EXPECT_EQ(YNo_procuraDescendente(raiz.get(), caminho), nullptr) << caminho;
@@ -25,9 +23,8 @@ TEST(No, caminhos) {
     }
     EXPECT_EQ(YNo_procuraDescendente(raiz.get(), nullptr), raiz.get());
     EXPECT_EQ(excecao([] { YNo_getFilhoUnico(nullptr, nullptr); }), "YExcSoap: Tag procurada: . Faltou tag.");
-    EXPECT_EQ(YNo_getFilho(nullptr, "a", 0), nullptr);
     EXPECT_STREQ(YNo_getString(YNo_getFilho(raiz.get(), "x", 1), "y"), "2");
-    EXPECT_EQ(YNo_getFilho(raiz.get(), "x", 2), nullptr);
+    EXPECT_TRUE(YNo_getFilho(nullptr, "a", 0) == nullptr && YNo_getFilho(raiz.get(), "x", 2) == nullptr);
 
     const auto novo = le("<n:r/>");
     for (const char *caminho : {"", "a/b", "a/b", "item/", "n:m"}) { // always new
@@ -66,24 +63,19 @@ TEST(No, filhosMudamDePai) {
     EXPECT_EQ(YVetor_fim(YNo_getFilhos(a))[-1], x) << "a child again: it moves to the end";
     YNo_acrescentaFilho(b, x);
     EXPECT_EQ(YNo_removeFilho(a, x), 0) << "not a child of this node";
-    EXPECT_EQ(YNo_getPai(x), b);
     EXPECT_EQ(YNo_removeFilho(b, x), 1);
     EXPECT_EQ(YNo_getPai(x), nullptr);
-    EXPECT_EQ(YNo_temFilho(b), 1) << "the list stays";
     YliberaObjeto(YNo_procuraDescendente(a, "y"));
     EXPECT_EQ(grava(raiz.get()), "<r><a><z/></a><b></b></r>") << "a node that ends leaves its parent";
     YNo_setPai(a, b);
     YVetor_poe(YNo_getFilhos(b), a);
     EXPECT_EQ(grava(raiz.get()), "<r><b><a><z/></a></b></r>") << "an append in two steps";
     YNo *z = YNo_procuraDescendente(a, "z");
-    for (int vez = 0; vez < 2; vez++) {
-        YNo_setPai(z, raiz.get());
-    }
-    EXPECT_EQ(YNo_getPai(z), raiz.get());
+    YNo_setPai(z, raiz.get());
+    YNo_setPai(z, raiz.get());
     EXPECT_EQ(grava(raiz.get()), "<r><b><a></a></b></r>") << "linked, not listed";
-    for (int vez = 0; vez < 2; vez++) {
-        YNo_acrescentaFilho(raiz.get(), z);
-    }
+    YNo_acrescentaFilho(raiz.get(), z);
+    YNo_acrescentaFilho(raiz.get(), z);
     EXPECT_EQ(grava(raiz.get()), "<r><b><a></a></b><z/></r>") << "listed once";
     YNo_setPai(x, z);
     YliberaObjeto(z);
@@ -98,21 +90,16 @@ TEST(No, filhosMudamDePai) {
 }
 
 TEST(No, nenhumNoFicaAbaixoDeSiMesmo) {
+    const std::string CICLO = "YExcSoap: Um nó não pode ficar abaixo de si mesmo."_l1;
     const auto raiz = le("<r><a><b><c/></b></a></r>");
+    const auto ligado = le("<l/>");
     YNo *a = YNo_procuraDescendente(raiz.get(), "a");
-    for (const char *debaixo : {"", "b", "b/c"}) {
-        YNo *no = YNo_procuraDescendente(a, debaixo);
-        const std::string ciclo = std::string("YExcSoap: ") + "Um nó não pode ficar abaixo de si mesmo."_l1;
-        EXPECT_EQ(excecao([&] { YNo_acrescentaFilho(no, a); }), ciclo);
-        EXPECT_EQ(excecao([&] { YNo_setPai(a, no); }), ciclo);
+    YNo_setPai(ligado.get(), YNo_procuraDescendente(a, "b/c")); // a link alone is a parent too
+    for (YNo *no : {a, YNo_procuraDescendente(a, "b"), YNo_procuraDescendente(a, "b/c"), ligado.get()}) {
+        EXPECT_EQ(excecao([&] { YNo_acrescentaFilho(no, a); }), CICLO);
+        EXPECT_EQ(excecao([&] { YNo_setPai(a, no); }), CICLO);
     }
     EXPECT_EQ(grava(raiz.get()), "<r><a><b><c/></b></a></r>");
-    const auto ligado = le("<l/>");
-    YNo_setPai(ligado.get(), YNo_procuraDescendente(a, "b/c"));
-    EXPECT_NE(excecao([&] { YNo_setPai(a, ligado.get()); }), "");
-    const auto x = le("<x/>");
-    YNo_setPai(x.get(), ligado.get());
-    EXPECT_NE(excecao([&] { YNo_setPai(ligado.get(), x.get()); }), "") << "a link alone is a parent too";
 }
 
 // ---- Nodes of a derived class ----
@@ -145,7 +132,6 @@ YNo *pendura(YNo *pai, YFuncaoRtti classe, const char *nome) {
 }
 
 TEST(No, destrutoresDerivadosRodamUmaVezComOsFilhos) {
-    mortos = 0;
     auto raiz = le("<r><a/></r>");
     const YFuncaoRtti queLanca = [] { return &QUE_LANCA; };
     YNo *um = pendura(YNo_procuraDescendente(raiz.get(), "a"), NoContado_rtti, "um");

@@ -36,7 +36,6 @@ protected:
 
     template <typename GETTER>
     auto lido(GETTER getter, const char *texto) {
-        SCOPED_TRACE(texto != nullptr ? texto : "(null)");
         YNo_setValor(no, texto);
         return getter(no);
     }
@@ -46,8 +45,8 @@ TEST_F(Valores, oQueSeEscreve) {
     EXPECT_EQ(escrito(YNo_setBooleanVal, -2) + escrito(YNo_setBooleanVal, 0), "truefalse");
     EXPECT_EQ(escrito(YNo_setUnsignedByteVal, 300), "44");
     EXPECT_EQ(escrito(YNo_setShortVal, 65535) + escrito(YNo_setUnsignedShortVal, 65535), "-165535");
-    EXPECT_EQ(escrito(YNo_setIntVal, INT32_MIN), "-2147483648");
-    EXPECT_EQ(escrito(YNo_setIntegerVal, INT32_MAX), "2147483647");
+    EXPECT_EQ(escrito(YNo_setIntVal, INT32_MIN) + escrito(YNo_setIntegerVal, INT32_MAX),
+              "-21474836482147483647");
     EXPECT_EQ(escrito(YNo_setLongVal, 0x100000001) + escrito(YNo_setLongVal, 0xFFFFFFFF), "1-1");
     EXPECT_EQ(escrito(YNo_setInt64Val, INT64_MIN), "-9223372036854775808");
     EXPECT_EQ(escrito(YNo_setDoubleVal, 0.0000015) + escrito(YNo_setDoubleVal, -0.0), "0.000002-0.000000");
@@ -58,6 +57,14 @@ TEST_F(Valores, oQueSeEscreve) {
     EXPECT_EQ(escrito(YNo_setPtrVal, nullptr), "");
     EXPECT_EQ(escrito(YNo_setDateYVal, 0) + escrito(YNo_setDateYVal, 1), "1980-01-001980-01-01");
     EXPECT_EQ(escrito(YNo_setDateYVal, UINT32_MAX), "11760959-08-03");
+    fuso("BRT3");
+    EXPECT_EQ(escrito(YNo_setDateTimeVal, 0) + escrito(YNo_setDateVal, 0), "1969-12-31T21:00:001969-12-31");
+    fuso(NOVA_YORK);
+    EXPECT_EQ(escrito(YNo_setDateTimeVal, 1719853200), "2024-07-01T13:00:00") << "daylight-saving time";
+    fuso("UTC0");
+    EXPECT_EQ(escrito(YNo_setDateTimeVal, 67768036191676799), "2147485547-12-31T23:59:59");
+    EXPECT_NE(excecao([&] { YNo_setDate(no, "a", std::numeric_limits<time_t>::max()); }), "");
+    EXPECT_EQ(grava(no), "2147485547-12-31T23:59:59") << "a setter that raises changes nothing";
 }
 
 TEST_F(Valores, numerosLidos) {
@@ -71,17 +78,21 @@ TEST_F(Valores, numerosLidos) {
     // clang-format on
     for (const auto &[texto, valor] : inteiros) {
         EXPECT_EQ(lido(YNo_getInt64Val, texto), valor);
-        for (auto *getter : {YNo_getIntVal, YNo_getIntegerVal}) {
-            EXPECT_EQ(lido(getter, texto), static_cast<int32_t>(valor));
-        }
+        EXPECT_EQ(lido(YNo_getIntVal, texto), static_cast<int32_t>(valor));
+        EXPECT_EQ(lido(YNo_getIntegerVal, texto), static_cast<int32_t>(valor));
         EXPECT_EQ(lido(YNo_getLongVal, texto), static_cast<int32_t>(valor));
         EXPECT_EQ(lido(YNo_getShortVal, texto), static_cast<int16_t>(valor));
         EXPECT_EQ(lido(YNo_getUnsignedShortVal, texto), static_cast<uint16_t>(valor));
         EXPECT_EQ(lido(YNo_getUnsignedByteVal, texto), static_cast<uint8_t>(valor));
     }
-    for (const auto &[texto, valor] : flutuantes) {
-        EXPECT_EQ(lido(YNo_getDoubleVal, texto), valor);
-        EXPECT_EQ(lido(YNo_getFloatVal, texto), static_cast<float>(valor));
+    for (const char *locale :
+         {"pt_BR.UTF-8", "de_DE.UTF-8", "pt_BR", "C"}) { // whichever there are: none matters
+        std::setlocale(LC_ALL, locale);
+        EXPECT_EQ(escrito(YNo_setDoubleVal, 1234567.5), "1234567.500000") << locale;
+        for (const auto &[texto, valor] : flutuantes) {
+            EXPECT_EQ(lido(YNo_getDoubleVal, texto), valor) << locale;
+            EXPECT_EQ(lido(YNo_getFloatVal, texto), static_cast<float>(valor)) << locale;
+        }
     }
     EXPECT_TRUE(lido(YNo_getBooleanVal, "TRuE") == 1 && lido(YNo_getBooleanVal, "False") == 0);
     for (const char *texto : {"1", "", " true", "true ", "tru", static_cast<const char *>(nullptr)}) {
@@ -98,7 +109,6 @@ TEST_F(Valores, datasLidas) {
         uint32_t dia;
     } const casos[] = {
         {"2024-07-01T12:00:00", 1719853200, 16254},
-        {"2024-03-05", 1709614800, 16136},
         {"0124-03-05T", 1709614800, 16136}, // counted from 1900
         {"2024-02-31", 1709355600, 16133},  // the day is only added
         {"1979-12-31", 315464400, 0},
@@ -112,41 +122,17 @@ TEST_F(Valores, datasLidas) {
          {"1981-01-00", "1980-01", "1980-1", "0080-01-00", "2024-00-05", "2024-13-05", "2024-03-32",
           "2024-03", "", static_cast<const char *>(nullptr), "2024/03/05", "2024-03-05 14:07:09",
           "2024-03-05T14:07:09Z", "\xff\xff\xff\xff-\xff\xff-\xff\xff"}) {
-        const std::string invalida = std::string("YExcSoap: ") + "DateTime inválido."_l1;
+        const std::string invalida = "YExcSoap: DateTime inválido."_l1;
         EXPECT_EQ(excecao([&] { lido(YNo_getDateTimeVal, texto); }), invalida);
         EXPECT_EQ(excecao([&] { lido(YNo_getDateYVal, texto); }), invalida);
     }
 }
 
-TEST_F(Valores, datasEscritasEmHoraLocal) {
-    fuso("BRT3");
-    EXPECT_EQ(escrito(YNo_setDateTimeVal, 0), "1969-12-31T21:00:00");
-    EXPECT_EQ(escrito(YNo_setDateVal, 0), "1969-12-31");
-    fuso(NOVA_YORK);
-    EXPECT_EQ(escrito(YNo_setDateTimeVal, 1719853200), "2024-07-01T13:00:00") << "daylight-saving time";
-    fuso("UTC0");
-    EXPECT_EQ(escrito(YNo_setDateTimeVal, 67768036191676799), "2147485547-12-31T23:59:59");
-    YNo_setValor(no, "antes");
-    EXPECT_NE(excecao([&] { YNo_setDate(no, "a", std::numeric_limits<time_t>::max()); }), "");
-    EXPECT_EQ(grava(no), "antes") << "a setter that raises changes nothing";
-}
-
-TEST_F(Valores, aLocaleDoProcessoNaoImporta) {
-    for (const char *locale : {"pt_BR.UTF-8", "de_DE.UTF-8", "pt_BR"}) {
-        if (std::setlocale(LC_ALL, locale) != nullptr) {
-            EXPECT_EQ(escrito(YNo_setDoubleVal, 1234567.5), "1234567.500000") << locale;
-            EXPECT_EQ(lido(YNo_getDoubleVal, "1.5") + lido(YNo_getDoubleVal, "1,5"), 2.5) << locale;
-        }
-    }
-    std::setlocale(LC_ALL, "C");
-}
-
 // Each type word by path: always a new element, read from the first.
 TEST_F(Valores, pelosCaminhos) {
-    const auto confere = [&](auto setter, auto getter, auto valor) {
+    const auto confere = [](auto setter, auto getter, auto valor) {
         const auto pai = pramo::cria<YNo>(YNo_rtti);
         YNo *novo = setter(pai.get(), "a/b", valor);
-        EXPECT_EQ(YNo_getFilhoUnico(pai.get(), "a/b"), novo);
         EXPECT_EQ(getter(pai.get(), "a/b"), valor);
         EXPECT_NE(setter(pai.get(), "a/b", valor), novo);
         EXPECT_EQ(setter(novo, "", valor), novo);

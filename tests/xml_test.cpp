@@ -10,7 +10,6 @@ namespace {
 
 TEST(Xml, formasDeUmElemento) {
     const auto raiz = pramo::cria<YNo>(YNo_rtti);
-    EXPECT_EQ(grava(raiz.get()), "");
     YNo_setString(raiz.get(), "textoVazio", "");
     YliberaObjeto(YNo_criaDescendente(raiz.get(), "semFilhos/x"));
     YNo_setInt(YNo_setString(raiz.get(), "misto", "texto"), "b/c", 2);
@@ -30,7 +29,7 @@ TEST(Xml, oPrefixoDesceAteOProximo) {
     EXPECT_EQ(grava(YNo_procuraDescendente(raiz.get(), "a/b/c")), "<n2:c>1</n2:c>");
     const auto saida = streamDe("antes ");
     YNo_gravaConteudo(YNo_procuraDescendente(raiz.get(), "a"), saida.get());
-    EXPECT_STREQ(YStream_str(saida.get()), "antes <n2:b><n2:c>1</n2:c></n2:b><ns1:d/>");
+    EXPECT_EQ(conteudo(saida.get()), "antes <n2:b><n2:c>1</n2:c></n2:b><ns1:d/>");
 }
 
 TEST(Xml, leDeSubstituiOQueONoTinhaMasNaoOSeuLugar) {
@@ -38,42 +37,38 @@ TEST(Xml, leDeSubstituiOQueONoTinhaMasNaoOSeuLugar) {
     YNo *a = YNo_procuraDescendente(raiz.get(), "a");
     YNo_setPrefixo(a, "velho");
     YNo_leDe(a, streamDe("<p:novo u=\"2\"><y>3</y><z/></p:novo> resto").get());
-    const std::string lido = "<r><novo u=\"2\"><y>3</y><z/></novo><b/></r>";
     EXPECT_EQ(YNo_getPai(YNo_procuraDescendente(a, "z")), a);
     for (const char *texto : {"<a><b></a>", "", "</a>", "<!x>"}) {
-        EXPECT_EQ(grava(raiz.get()), lido) << "before " << texto;
-        EXPECT_EQ(excecao([&] { YNo_leDe(a, streamDe(texto).get()); }).substr(0, 10), "YExcSoap: ") << texto;
+        EXPECT_NE(excecao([&] { YNo_leDe(a, streamDe(texto).get()); }), "") << texto;
+        EXPECT_EQ(grava(raiz.get()), "<r><novo u=\"2\"><y>3</y><z/></novo><b/></r>") << "after " << texto;
     }
-    EXPECT_EQ(grava(raiz.get()), lido);
 }
 
-// ---- Maps ----
-
 TEST(Mapas, corrige) {
-    struct {
-        const char *antes, *depois; // the same when null
-    } const casos[] = {
+    const std::pair<std::string, std::string> casos[] = {
+        // the same where there is no second text
         // Any names of entries, any order within them; repeated keys; other attributes stay.
-        {"<p t:type=\"ns2:Map\" x=\"1\"><key><value>PE</value><key>uf</key><value>SP</value></key>"
-         "<i><key>uf</key><value>RJ</value></i></p>",
+        {"<p t:type=\"ns2:Map\" "
+         "x=\"1\"><key><value>PE</value><key>uf</key><value>SP</value></key><i><key>uf</key><value>RJ</"
+         "value></i></p>",
          "<p x=\"1\"><uf>PE</uf><uf>RJ</uf></p>"},
         // Names lose their prefix; values keep theirs.
         {"<p type=\":Map\"><i><key>a:b:c</key><value>x:y</value></i><i><key>n:</key></i></p>",
          "<p><b:c>x:y</b:c></></p>"},
         // Null and empty values, structures, and maps within maps and beside them.
         {"<r><p type=\"n:Map\"><i><key>k</key><value type=\"n:Map\"><i><key>l</key><value/></i>"
-         "<i><key>m</key><value x:nil=\"true\"/></i></value></i></p><p type=\"n:Map\"><i><key>k</key><value>"
-         "<a>1</a><b/></value></i></p></r>",
+         "<i><key>m</key><value x:nil=\"true\"/></i></value></i></p><p "
+         "type=\"n:Map\"><i><key>k</key><value><a>1</a><b/></value></i></p></r>",
          "<r><p><k><l/><m/></k></p><p><k><a>1</a><b/></k></p></r>"},
-        {"<p type=\"Map\"><i><key>a</key></i></p>", nullptr},
-        {"<p type=\"a:b:Map\"><i><key>a</key></i></p>", nullptr},
-        {"<p Type=\"n:Map\"><i><key>a</key></i></p>", nullptr},
-        {"<p type=\"n:Map\">x</p>", nullptr},
+        {"<p type=\"Map\"><i><key>a</key></i></p>", ""},
+        {"<p type=\"a:b:Map\"><i><key>a</key></i></p>", ""},
+        {"<p Type=\"n:Map\"><i><key>a</key></i></p>", ""},
+        {"<p type=\"n:Map\">x</p>", ""},
     };
     for (const auto &[antes, depois] : casos) {
         const auto raiz = le(antes);
         YNo_corrigeMaps(raiz.get());
-        EXPECT_EQ(grava(raiz.get()), depois != nullptr ? depois : antes);
+        EXPECT_EQ(grava(raiz.get()), !depois.empty() ? depois : antes);
         YNo *neto = YNo_procuraDescendente(raiz.get(), "p/k");
         EXPECT_TRUE(neto == nullptr || YNo_getPai(YNo_getPai(neto)) == raiz.get());
     }
@@ -81,10 +76,9 @@ TEST(Mapas, corrige) {
 
 TEST(Mapas, semChaveLevantaEFicaComoEra) {
     for (const std::string ruim : {"<i><value>2</value></i>", "<i><key/><value>2</value></i>", "<i>t</i>"}) {
-        const std::string antes = "<p type=\"n:Map\"><i><key>b</key><value>";
-        const auto raiz = le(antes + "<x/></value></i>" + ruim + "</p>");
+        const auto raiz = le("<p type=\"n:Map\"><i><key>b</key><value><x/></value></i>" + ruim + "</p>");
         EXPECT_EQ(excecao([&] { YNo_corrigeMaps(raiz.get()); }), "YExcSoap: Tag procurada: key. Faltou tag.");
-        EXPECT_EQ(grava(raiz.get()), antes.substr(0, antes.size() - 1) + "/></i>" + ruim + "</p>")
+        EXPECT_EQ(grava(raiz.get()), "<p type=\"n:Map\"><i><key>b</key><value/></i>" + ruim + "</p>")
             << "an entry before it has lost the children of its value";
     }
 }

@@ -14,21 +14,21 @@ inline pramo::Ponteiro<YStream> streamDe(std::string_view texto) {
     return stream;
 }
 
-inline pramo::Ponteiro<YNo> le(YStream *entrada) {
+inline pramo::Ponteiro<YNo> le(std::string_view texto) {
     const auto parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
     YNo *raiz = nullptr;
-    YSoapParser_leNo(parser.get(), &raiz, entrada);
+    YSoapParser_leNo(parser.get(), &raiz, streamDe(texto).get());
     return pramo::Ponteiro<YNo>(raiz);
 }
 
-inline pramo::Ponteiro<YNo> le(std::string_view texto) {
-    return le(streamDe(texto).get());
+inline std::string conteudo(YStream *stream) {
+    return {YStream_str(stream), static_cast<std::size_t>(YStream_tam(stream))};
 }
 
 inline std::string grava(const YNo *no) {
     const auto saida = pramo::cria<YStream>(YStream_rtti);
     YNo_gravaEm(no, saida.get());
-    return {YStream_str(saida.get()), static_cast<std::size_t>(YStream_tam(saida.get()))};
+    return conteudo(saida.get());
 }
 
 // "CLASS: message" of what the function raises; "" when it raises nothing.

@@ -10,31 +10,16 @@
 
 namespace apoio {
 
-class BeiraDaPagina {
-public:
-    BeiraDaPagina() {
-        void *inicio = mmap(nullptr, 2 * TAMANHO, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (inicio == MAP_FAILED) {
-            throw std::runtime_error("mmap");
-        }
-        inicio_ = static_cast<std::uint8_t *>(inicio);
-        if (mprotect(inicio_ + TAMANHO, TAMANHO, PROT_NONE) != 0) {
-            throw std::runtime_error("mprotect");
-        }
+/// The page; it stays until the process ends.
+inline std::span<std::uint8_t> beiraDaPagina() {
+    const auto tamanho = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void *inicio = mmap(nullptr, 2 * tamanho, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    const std::span<std::uint8_t> paginas(static_cast<std::uint8_t *>(inicio), 2 * tamanho);
+    if (inicio == MAP_FAILED || mprotect(&paginas[tamanho], tamanho, PROT_NONE) != 0) {
+        throw std::runtime_error("no page of its own");
     }
-    ~BeiraDaPagina() { munmap(inicio_, 2 * TAMANHO); }
-    BeiraDaPagina(const BeiraDaPagina &) = delete;
-    BeiraDaPagina &operator=(const BeiraDaPagina &) = delete;
-
-    [[nodiscard]] std::span<std::uint8_t> pagina() const { return {inicio_, TAMANHO}; }
-
-    /// The last bytes of the page.
-    [[nodiscard]] std::uint8_t *ultimos(std::size_t quantos) const { return inicio_ + TAMANHO - quantos; }
-
-private:
-    const std::size_t TAMANHO = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    std::uint8_t *inicio_;
-};
+    return paginas.first(tamanho);
+}
 
 } // namespace apoio
 

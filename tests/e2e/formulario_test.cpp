@@ -1,107 +1,84 @@
 // A terminal conducts a sale with the example program: the bytes it sends, the elements that come back.
-#include "apoio/cliente.hpp"
 #include "apoio/programa.hpp"
+#include "apoio/soap.hpp"
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace {
-
-/// A terminal in its conversation.
-class Terminal {
-public:
-    explicit Terminal(std::uint32_t porta) : porta_(porta) {}
-
-    /// Begins a sale.
-    void constroi() {
-        const std::string resposta = chama("constroi", "");
-        const std::string antes = "<return>";
-        eu_ = resposta.substr(antes.size(), resposta.find("</") - antes.size());
-    }
-
-    std::string preenche(const std::string &campos) { return chama("preenche", campos); }
-
-    /// What stands in the element of the response, without prefixes; or the text of the fault.
-    std::string chama(const std::string &metodo, const std::string &campos) {
-        const std::string corpo =
-            "<e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body><m:" + metodo +
-            " xmlns:m=\"urn:Formulario\">" + (eu_.empty() ? "" : "<eu>" + eu_ + "</eu>") + campos +
-            "</m:" + metodo + "></e:Body></e:Envelope>";
-        const std::string acao = "SOAPAction: \"urn:Formulario#" + metodo + "\"\r\n";
-        apoio::Cliente cliente(porta_);
-        cliente.envia(apoio::requisicao("POST /soap/Formulario", acao, corpo));
-        std::string resposta = cliente.recebe().corpo;
-        for (std::size_t i = 0; (i = resposta.find("ns1:", i)) != std::string::npos;) {
-            resposta.erase(i, 4);
-        }
-        const std::string falha = entre(resposta, "<faultstring>", " (");
-        return falha.empty() ? entre(resposta, "<" + metodo + "Response xmlns:ns1=\"urn:Formulario\">",
-                                     "</" + metodo + "Response>")
-                             : falha;
-    }
-
-private:
-    static std::string entre(const std::string &texto, const std::string &antes, const std::string &depois) {
-        const std::size_t inicio = texto.find(antes);
-        const std::size_t fim = texto.find(depois, inicio);
-        return fim == std::string::npos ? ""
-                                        : texto.substr(inicio + antes.size(), fim - inicio - antes.size());
-    }
-
-    std::uint32_t porta_;
-    std::string eu_;
-};
 
 // clang-format off
 const std::string FIM =
     "<botao nomeDaOperacao=\"cancelamento\" titulo=\"Cancelar\" estilo=\"BotaoAbertura\"/>"
-    "<botao nomeDaOperacao=\"consulta\" titulo=\"Consultar pre&#231;o\" estilo=\"BotaoAbertura\"/>"
-    "<estilo>DialogoPadrao</estilo>";
+    "<botao nomeDaOperacao=\"consulta\" titulo=\"Consultar pre&#231;o\" estilo=\"BotaoAbertura\"/><estilo>DialogoPadrao</estilo>";
+const std::string ITEM =
+    "<campo nome=\"valor\" estilo=\"CampoSenha\" tipo=\"bin\" somenteLeitura=\"false\" requerValidacao=\"false\" titulo=\"Valor\">"
+    "<valor>0000 </valor><periferico>TECLADO</periferico></campo><focado>valor</focado>"
+    "<campo nome=\"quantidade\" estilo=\"CampoSenha\" tipo=\"qtde3\" somenteLeitura=\"false\" requerValidacao=\"false\" titulo=\"Quantidade\">"
+    "<valor>0.000</valor><periferico>TECLADO</periferico></campo>"
+    "<campo nome=\"data\" estilo=\"CampoSenha\" tipo=\"data\" somenteLeitura=\"false\" requerValidacao=\"false\" titulo=\"Data\">"
+    "<valor>1980-01-00</valor><periferico>TECLADO</periferico></campo>"
+    "<campo nome=\"hora\" estilo=\"CampoSenha\" tipo=\"hora\" somenteLeitura=\"false\" requerValidacao=\"false\" titulo=\"Hora\">"
+    "<valor>00:00</valor><periferico>TECLADO</periferico></campo>"
+    "<campo nome=\"identificacao\" estilo=\"CampoSenha\" tipo=\"id\" somenteLeitura=\"false\" requerValidacao=\"false\" titulo=\"Identifica&#231;&#227;o\">"
+    "<descricao>Matr&#237;cula de quem vende</descricao><valor>0000 </valor><periferico>TECLADO</periferico></campo>" + FIM;
+const std::string PAGAMENTO =
+    "<campo nome=\"parcelas\" estilo=\"CampoSenha\" tipo=\"escolhaMultipla\" somenteLeitura=\"false\" requerValidacao=\"false\" titulo=\"Parcelas\">"
+    "<valor></valor><periferico>TECLADO</periferico><opcao><chave>1</chave><texto>&#224; vista</texto></opcao>"
+    "<opcao><chave>3</chave><texto>3 vezes</texto></opcao></campo><focado>parcelas</focado>"
+    "<campo nome=\"senha\" estilo=\"CampoSenha\" tipo=\"senha\" somenteLeitura=\"false\" requerValidacao=\"true\">"
+    "<valor>0000 </valor><periferico>TECLADO</periferico><periferico>PIN</periferico></campo>"
+    "<campo nome=\"autorizacao\" estilo=\"CampoSenha\" tipo=\"autorizacao\" somenteLeitura=\"false\" requerValidacao=\"false\" titulo=\"Autoriza&#231;&#227;o\">"
+    "<valor></valor><periferico>TECLADO</periferico></campo>" + FIM;
+const std::string TOTAL =
+    "<campo nome=\"total\" estilo=\"CampoSenha\" tipo=\"bin\" somenteLeitura=\"true\" requerValidacao=\"false\" titulo=\"Total\">"
+    "<valor>1875 </valor><periferico>TECLADO</periferico></campo><focado>total</focado>" + FIM;
 
-/// A field that is shown: its title, its value, what stands around that, and its two marks.
-std::string campo(const std::string &nome, const std::string &tipo, const std::string &titulo, const std::string &valor,
-                  const std::string &antes = "", const std::string &depois = "", bool leitura = false, bool valida = false) {
-    const auto marca = [](bool sim) { return sim ? "\"true\"" : "\"false\""; };
-    return "<campo nome=\"" + nome + "\" estilo=\"CampoSenha\" tipo=\"" + tipo + "\" somenteLeitura=" + marca(leitura) +
-           " requerValidacao=" + marca(valida) + (titulo.empty() ? "" : " titulo=\"" + titulo + "\"") + ">" + antes +
-           "<valor>" + valor + "</valor><periferico>TECLADO</periferico>" + depois + "</campo>";
+std::string resposta(const std::string &hora) {
+    return "<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo><campo nome=\"valor\">12.50</campo>"
+           "<campo nome=\"data\">2024-03-05</campo><campo nome=\"hora\">" + hora + "</campo><campo nome=\"identificacao\">123456789</campo>";
 }
 
-TEST(Formulario, umaVendaEmDuasRodadasComUmCampoRecusado) {
-    apoio::Programa programa("formulario", {"--log-corpo"});
-    Terminal terminal(programa.porta());
-    terminal.constroi();
+// What the terminal fills in, and the next form; or the fault.
+const std::pair<std::string, std::string> RODADAS[] = {
+    {"", ITEM},
+    {resposta("1430"), "YExcSoap: campo: hora. Conteudo de hora mal formado."},
+    {"", ITEM}, // nothing was taken: all can be corrected
+    {resposta("14:30"), PAGAMENTO},
+    {"<campo nome=\"parcelas\" opcao=\"3\">3</campo><campo nome=\"senha\" periferico=\"PIN\">987654</campo>"
+     "<campo nome=\"autorizacao\">AUT 42</campo>", TOTAL},
+    {"<campo nome=\"valor\">1</campo>", "YExcSoap: campo: valor. O campo \"valor\" nao foi oferecido."},
+    {"<campo nome=\"total\">1</campo>", "YExcSoap: campo: total. O campo \"total\" e somente para leitura."},
+};
+// clang-format on
 
-    const std::string item = campo("valor", "bin", "Valor", "0000 ") + "<focado>valor</focado>" +
-        campo("quantidade", "qtde3", "Quantidade", "0.000") + campo("data", "data", "Data", "1980-01-00") +
-        campo("hora", "hora", "Hora", "00:00") +
-        campo("identificacao", "id", "Identifica&#231;&#227;o", "0000 ", "<descricao>Matr&#237;cula de quem vende</descricao>") + FIM;
-    const auto respostas = [](const std::string &hora) {
-        return "<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo><campo nome=\"valor\">12.50</campo>"
-               "<campo nome=\"data\">2024-03-05</campo><campo nome=\"hora\">" + hora + "</campo>"
-               "<campo nome=\"identificacao\">123456789</campo>";
+TEST(Formulario, umaVendaComUmCampoRecusado) {
+    apoio::Programa programa("formulario", {"--log-corpo"});
+    const auto chama = [&](const std::string &metodo, const std::string &campos) {
+        const auto resposta =
+            apoio::chamaComCorpo(programa.porta(), "Formulario", metodo, apoio::envelope(metodo, campos));
+        const std::string inicio = "<ns1:" + metodo + "Response xmlns:ns1=\"urn:Formulario\">";
+        std::string tudo = apoio::conteudo(resposta);
+        if (!tudo.starts_with(inicio)) {
+            return apoio::resultado(resposta);
+        }
+        tudo = std::regex_replace(tudo.substr(inicio.size()), std::regex("ns1:"), "");
+        return tudo.substr(0, tudo.rfind("</"));
     };
-    EXPECT_EQ(terminal.preenche(""), item);
-    EXPECT_EQ(terminal.preenche(respostas("1430")), "YExcSoap: campo: hora. Conteudo de hora mal formado.");
-    EXPECT_EQ(terminal.preenche(""), item) << "nothing was taken: all can be corrected";
-    EXPECT_EQ(terminal.preenche(respostas("14:30")),
-              campo("parcelas", "escolhaMultipla", "Parcelas", "", "",
-                    "<opcao><chave>1</chave><texto>&#224; vista</texto></opcao><opcao><chave>3</chave><texto>3 vezes</texto></opcao>") +
-              "<focado>parcelas</focado>" + campo("senha", "senha", "", "0000 ", "", "<periferico>PIN</periferico>", false, true) +
-              campo("autorizacao", "autorizacao", "Autoriza&#231;&#227;o", "") + FIM);
-    EXPECT_EQ(terminal.preenche("<campo nome=\"parcelas\" opcao=\"3\">3</campo><campo nome=\"senha\" periferico=\"PIN\">987654</campo>"
-                                "<campo nome=\"autorizacao\">AUT 42</campo>"),
-              campo("total", "bin", "Total", "1875 ", "", "", true) + "<focado>total</focado>" + FIM);
-    EXPECT_EQ(terminal.preenche("<campo nome=\"valor\">1</campo>"), "YExcSoap: campo: valor. O campo \"valor\" nao foi oferecido.");
-    EXPECT_EQ(terminal.preenche("<campo nome=\"total\">1</campo>"), "YExcSoap: campo: total. O campo \"total\" e somente para leitura.");
-    EXPECT_EQ(terminal.chama("destroi", ""), "");
+    const std::string eu = apoio::eu(apoio::chama(programa.porta(), "Formulario", "constroi"));
+    for (const auto &[campos, esperada] : RODADAS) {
+        EXPECT_EQ(chama("preenche", eu + campos), esperada);
+    }
+    EXPECT_EQ(apoio::chama(programa.porta(), "Formulario", "destroi", eu), "");
 
     EXPECT_EQ(programa.termina(), 0) << programa.erros();
     const std::string diario = programa.erros();
-    EXPECT_NE(diario.find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"), std::string::npos) << diario;
+    EXPECT_NE(diario.find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"), std::string::npos)
+        << diario;
     for (const char *segredo : {"987654", "AUT 42", "123456789"}) {
         EXPECT_EQ(diario.find(segredo), std::string::npos) << segredo;
     }
 }
-// clang-format on
 
 } // namespace

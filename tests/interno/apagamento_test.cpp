@@ -104,18 +104,15 @@ TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
     vigia = true;
     {
         const std::string cartao(SEGREDOS[0]);
-        const std::string senha(SEGREDOS[1]);
         std::string corpo = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><e><Body><preenche t=\"" + cartao +
                             "\"><cartao>" + cartao + "</cartao><z>\xC3\xA7" + std::string(3000, 'z') + "</z>";
-        for (const auto &[nome, valor] :
-             {std::pair("senha", senha), {"c", cartao}, {"q", senha}, {"id", "x" + senha}}) {
-            corpo +=
-                "<campo nome=\"" + std::string(nome) + "\" opcao=\"" + cartao + "\">" + valor + "</campo>";
+        for (const std::string campo :
+             {"senha\">73519284", "c\">4929123456781234", "q\">73519284", "id\">x73519284"}) {
+            corpo += "<campo opcao=\"" + cartao + "\" nome=\"" + campo + "</campo>";
         }
         corpo += "<b>" + cartao + "&amp;</b></preenche></Body></e>";
-        const std::string respostas =
-            apoio::conversa(servidor.porta(), apoio::pedidoSoap("Alvo", "preenche", corpo) +
-                                                  apoio::pedidoSoap("Alvo", "preenche", corpo));
+        const std::string pedido = apoio::pedidoSoap("Alvo", "preenche", corpo);
+        const std::string respostas = apoio::conversa(servidor.porta(), pedido + pedido);
         EXPECT_NE(respostas.find("<ns1:valor>" + cartao + "</ns1:valor>"), std::string::npos) << respostas;
     }
     cliente = false;
