@@ -49,11 +49,11 @@ TEST(Operacao, nomeRepetidoDaAPrimeiraEAAreaTemFim) {
     const std::string NAO_COUBE = "YExcSoap: Nova variável da operação não coube na área pré-alocada."_l1;
     const Operacao op;
     EXPECT_EQ(excecao([&] { op.cria("grande", nullptr, 1025); }), NAO_COUBE);
-    std::array<std::uint8_t, 8> memoria{};
-    op.cria("fora", memoria.data(), 1 << 20);
+    std::uint8_t memoria = 0;
+    op.cria("fora", &memoria, 1 << 20);
     Pramo_Variavel *a = op.cria("a", nullptr, 1001);
     auto *bytes = static_cast<std::uint8_t *>(Pramo_Variavel_getEndereco(a));
-    EXPECT_EQ(op.cria("a", memoria.data(), 5, nullptr), a);
+    EXPECT_EQ(op.cria("a", &memoria, 5, nullptr), a);
     EXPECT_TRUE(a->endereco == bytes && a->tipo == ID);
     EXPECT_EQ(Pramo_Variavel_getEndereco(op.cria("b", nullptr, 23)), bytes + 1001);
     EXPECT_EQ(excecao([&] { op.cria("c", nullptr, 1); }), NAO_COUBE);
@@ -112,7 +112,6 @@ TEST(Operacao, gravaOsCamposMarcadosOsBotoesEOFoco) {
     Pramo_Variavel_desmarcaUsada(b);
     Pramo_Variavel_setRequerValidacao(op.cria("c", nullptr, 1, Pramo_Tipo_getTipoQTDE3()), 1);
     Pramo_Operacao_criaBotao(op, "k", "K");
-    Pramo_Operacao_criaBotao(op, "k", "L");
     // clang-format off
     const std::string campoA =
         "<campo nome=\"a\" estilo=\"CampoSenha\" tipo=\"id\" somenteLeitura=\"true\" requerValidacao=\"false\" titulo=\"\">"
@@ -120,8 +119,7 @@ TEST(Operacao, gravaOsCamposMarcadosOsBotoesEOFoco) {
         "<opcao><chave>1</chave><texto>um</texto></opcao><opcao><chave>1</chave><texto>outro</texto></opcao></campo>";
     const std::string resto =
         "<campo nome=\"c\" estilo=\"CampoSenha\" tipo=\"qtde3\" somenteLeitura=\"false\" requerValidacao=\"true\">"
-        "<valor>0.000</valor></campo><botao nomeDaOperacao=\"k\" titulo=\"K\" estilo=\"BotaoAbertura\"/>"
-        "<botao nomeDaOperacao=\"k\" titulo=\"L\" estilo=\"BotaoAbertura\"/><estilo>DialogoPadrao</estilo>";
+        "<valor>0.000</valor></campo><botao nomeDaOperacao=\"k\" titulo=\"K\" estilo=\"BotaoAbertura\"/><estilo>DialogoPadrao</estilo>";
     // clang-format on
     Pramo_Operacao_focaEm(op, b); // it is not marked
     EXPECT_EQ(op.escrita(), campoA + resto);

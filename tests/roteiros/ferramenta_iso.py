@@ -109,9 +109,7 @@ def uso(iso, pasta):
                        ["dump", pasta], ["dump", pasta / "nada"]):
         status, saida, erros = iso(*argumentos)
         confere(f"{argumentos}", (status, saida, erros.count("\n")), (2, b"", 1))
-    for opcao in ("--help", "--version"):
-        status, saida, erros = iso(opcao)
-        confere(opcao, (status, b"3pramo-iso8583" in saida, erros), (0, True, ""))
+    confere("help", iso("--help")[0], 0)
     with open("/dev/full", "wb") as cheio:
         confere("full output", iso("dump", entrada=COMPRA, saida=cheio)[0], 2)
 
