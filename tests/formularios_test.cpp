@@ -258,7 +258,12 @@ TEST(Periferico, seisComNomeECodigo) {
         EXPECT_EQ(Pramo_Periferico_getCodigo(periferico), codigo);
         codigo *= 2;
     }
-    EXPECT_EQ(Pramo_Periferico_getPeriferico("TOUCH"), Pramo_Periferico_getTOUCH());
+    EXPECT_EQ(Pramo_Periferico_getTECLADO(), Pramo_Periferico_getPeriferico("TECLADO"));
+    EXPECT_EQ(Pramo_Periferico_getCMC7(), Pramo_Periferico_getPeriferico("CMC7"));
+    EXPECT_EQ(Pramo_Periferico_getMAGNETICO(), Pramo_Periferico_getPeriferico("MAGNETICO"));
+    EXPECT_EQ(Pramo_Periferico_getOPTICO(), Pramo_Periferico_getPeriferico("OPTICO"));
+    EXPECT_EQ(Pramo_Periferico_getPIN(), Pramo_Periferico_getPeriferico("PIN"));
+    EXPECT_EQ(Pramo_Periferico_getTOUCH(), Pramo_Periferico_getPeriferico("TOUCH"));
     for (const char *nome : {"", "PI", "PINO", "pin", static_cast<const char *>(nullptr)}) {
         EXPECT_EQ(Pramo_Periferico_getPeriferico(nome), nullptr);
     }

@@ -91,6 +91,7 @@ def recusas(iso, arquivo):
         for comando, antes in (("decode", TEXTO_DA_REDE), ("check", b"")):
             confere(f"{comando}, {fio[:60]}", iso(comando, arquivo),
                     (2, antes, f"3pramo-iso8583: {arquivo}:3: {motivo}\n"))
+    confere("decode, empty bitmap", iso("decode", entrada=b"0200" + b"0" * 16)[:2], (2, b""))
     for texto, motivo in (  # the second message, its wrong line, and what is said of it
             *((codigo, "3: código da transação inválido") for codigo in (b"200 ", b"20000", b"-200")),
             (b"200\n0003 x", "4: número do elemento inválido"),
@@ -109,7 +110,7 @@ def uso(iso, pasta):
                        ["dump", pasta], ["dump", pasta / "nada"]):
         status, saida, erros = iso(*argumentos)
         confere(f"{argumentos}", (status, saida, erros.count("\n")), (2, b"", 1))
-    confere("help", iso("--help")[0], 0)
+    confere("help and version", (iso("--help")[0], iso("--version")[0]), (0, 0))
     with open("/dev/full", "wb") as cheio:
         confere("full output", iso("dump", entrada=COMPRA, saida=cheio)[0], 2)
 
