@@ -11,13 +11,6 @@ namespace {
 
 using Mensagem = pramo::Ponteiro<YMensagemIso>;
 
-template <typename ESCREVE>
-std::string escrito(const Mensagem &mensagem, ESCREVE escreve) {
-    const auto stream = pramo::cria<YStream>(YStream_rtti);
-    escreve(mensagem.get(), stream.get());
-    return apoio::conteudo(stream.get());
-}
-
 void exige(bool condicao) {
     if (!condicao) {
         std::abort();
@@ -38,12 +31,12 @@ Mensagem carregada(const std::string &texto, bool ateZero) {
 
 void pelaFormaDoFio(const std::string &texto) {
     const std::string limpo = texto.c_str();
-    exige(escrito(carregada(limpo, false), YMensagemIso_salvaEmStream) ==
-          escrito(carregada(limpo, true), YMensagemIso_salvaEmStream));
+    exige(apoio::escrito(carregada(limpo, false).get(), YMensagemIso_salvaEmStream) ==
+          apoio::escrito(carregada(limpo, true).get(), YMensagemIso_salvaEmStream));
     for (const Mensagem &lida : {carregada(texto, true), carregada(texto, false)}) {
-        const std::string fio = escrito(lida, YMensagemIso_emiteEmStream);
-        exige(escrito(carregada(fio, false), YMensagemIso_emiteEmStream) == fio);
-        escrito(lida, YMensagemIso_dumpMascaradoEmStream);
+        const std::string fio = apoio::escrito(lida.get(), YMensagemIso_emiteEmStream);
+        exige(apoio::escrito(carregada(fio, false).get(), YMensagemIso_emiteEmStream) == fio);
+        apoio::escrito(lida.get(), YMensagemIso_dumpMascaradoEmStream);
         YMensagemIso_valida(lida.get(), nullptr, nullptr);
     }
 }
@@ -67,8 +60,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tam
     for (std::int32_t bit = 1; bit <= mensagem->capacidade; bit++) {
         cabem = cabem && YMensagemIso_getTamanhoBit(mensagem.get(), bit) <= 2043;
     }
-    const std::string salvo = escrito(mensagem, YMensagemIso_salvaEmStream);
-    exige(!cabem || escrito(doTexto(salvo), YMensagemIso_salvaEmStream) == salvo);
-    escrito(mensagem, YMensagemIso_emiteEmStream);
+    const std::string salvo = apoio::escrito(mensagem.get(), YMensagemIso_salvaEmStream);
+    exige(!cabem || apoio::escrito(doTexto(salvo).get(), YMensagemIso_salvaEmStream) == salvo);
+    apoio::escrito(mensagem.get(), YMensagemIso_emiteEmStream);
     return 0;
 }

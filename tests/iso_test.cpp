@@ -48,15 +48,8 @@ Elementos elementosDe(const Mensagem &mensagem) {
     return elementos;
 }
 
-template <typename ESCREVE>
-std::string escrito(const Mensagem &mensagem, ESCREVE escreve) {
-    const auto stream = pramo::cria<YStream>(YStream_rtti);
-    escreve(mensagem.get(), stream.get());
-    return conteudo(stream.get());
-}
-
 std::string emitida(const Mensagem &mensagem) {
-    return escrito(mensagem, YMensagemIso_emiteEmStream);
+    return escrito(mensagem.get(), YMensagemIso_emiteEmStream);
 }
 
 // Elements as "2:16/4111111111111111 41:TERM____": the number, the length where the wire has one, the text,
@@ -303,11 +296,11 @@ TEST(Iso, dumpMascarado) {
         char inicio[100];
         std::snprintf(inicio, sizeof inicio, "%s: 800\n%3d %s : ", "Código da Transação"_l1, bit,
                       elementosIso[bit - 1].rotulo);
-        EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpEmStream), inicio + ('"' + texto + "\"\n"));
-        EXPECT_EQ(escrito(mensagem, YMensagemIso_dumpMascaradoEmStream), inicio + mascarado + '\n');
+        EXPECT_EQ(escrito(mensagem.get(), YMensagemIso_dumpEmStream), inicio + ('"' + texto + "\"\n"));
+        EXPECT_EQ(escrito(mensagem.get(), YMensagemIso_dumpMascaradoEmStream), inicio + mascarado + '\n');
     }
     const auto linha = [](int bit) {
-        return escrito(montada(1, {{7, "x"}, {48, "1234567890123\n"}, {97, "1234567890123456"}}),
+        return escrito(montada(1, {{7, "x"}, {48, "1234567890123\n"}, {97, "1234567890123456"}}).get(),
                        [&](auto *m, auto *s) { YMensagemIso_dumpElemento(m, bit, 1, s); });
     };
     EXPECT_EQ(linha(8) + linha(200) + linha(7), "  7 Transmission date & time : \"x\"\n");

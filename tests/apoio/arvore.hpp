@@ -25,10 +25,16 @@ inline std::string conteudo(YStream *stream) {
     return {YStream_str(stream), static_cast<std::size_t>(YStream_tam(stream))};
 }
 
-inline std::string grava(const YNo *no) {
+// What a function writes of an object.
+template <typename OBJETO, typename ESCREVE>
+std::string escrito(const OBJETO *objeto, ESCREVE escreve) {
     const auto saida = pramo::cria<YStream>(YStream_rtti);
-    YNo_gravaEm(no, saida.get());
+    escreve(objeto, saida.get());
     return conteudo(saida.get());
+}
+
+inline std::string grava(const YNo *no) {
+    return escrito(no, YNo_gravaEm);
 }
 
 // "CLASS: message" of what the function raises; "" when it raises nothing.
