@@ -39,7 +39,7 @@ struct Ligacoes {
 };
 
 std::uintptr_t interno(const YNo &no) {
-    return std::bit_cast<std::uintptr_t>(no.interno);
+    return reinterpret_cast<std::uintptr_t>(no.interno);
 }
 
 bool tem(const YNo &no, std::uintptr_t marca) {
@@ -59,7 +59,7 @@ void *enderecoMarcado(const YNo &no) {
 }
 
 void poeEnderecoMarcado(YNo &no, const void *endereco) {
-    no.interno = std::bit_cast<void *>(std::bit_cast<std::uintptr_t>(endereco) | (interno(no) & LIGADO));
+    no.interno = std::bit_cast<void *>(reinterpret_cast<std::uintptr_t>(endereco) | (interno(no) & LIGADO));
 }
 
 Ligacoes *ligacoes(const YNo &no) {
@@ -244,7 +244,7 @@ void pramo::assume(YNo &destino, Dono<YNo> origem) {
 }
 
 void pramo::mudaPai(YNo &no, YNo *pai) {
-    if (tem(no, LIGADO)) {
+    if (no.pai != nullptr && tem(no, LIGADO)) {
         esqueceLigacao(no);
     }
     no.pai = pai;
