@@ -31,11 +31,8 @@ TEST_F(Dicionario, textosNulosETextosDoProprioDicionario) {
     EXPECT_EQ(YDIC_guarda(d, nullptr, "v") + YDIC_guarda(d, "k", nullptr), 0);
     EXPECT_EQ(YDIC_recupera(d, nullptr), nullptr);
     YDIC_remove(d, nullptr);
-    YDIC_guarda(d, "a", "abcdef");
-    YDIC_guarda(d, "a", YDIC_recupera(d, "a") + 2);
-    EXPECT_STREQ(YDIC_recupera(d, "a"), "cdef");
-    YDIC_guarda(d, "longo", longo.c_str());
-    YDIC_guarda(d, "a", YDIC_recupera(d, "longo") + 1);
+    YDIC_guarda(d, "a", longo.c_str());
+    YDIC_guarda(d, "a", YDIC_recupera(d, "a") + 1);
     EXPECT_EQ(YDIC_recupera(d, "a"), longo.substr(1));
     YDIC_guarda(d, YDIC_recupera(d, "a"), YDIC_IT_getChave(YDIC_inicio(d))); // key and value both its own
     EXPECT_STREQ(YDIC_recupera(d, longo.c_str() + 1), "a");

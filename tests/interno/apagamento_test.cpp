@@ -41,7 +41,7 @@ void __wrap_free(void *bloco) { // NOLINT
 
 namespace {
 
-void usaMensagens(const char *cartao) {
+void usaMensagensETextos(const char *cartao) {
     const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const auto copia = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const auto fio = pramo::cria<YStream>(YStream_rtti);
@@ -50,21 +50,17 @@ void usaMensagens(const char *cartao) {
     YMensagemIso_setBit(mensagem.get(), 52, SEGREDOS[2].data());
     YMensagemIso_copiaDe(copia.get(), mensagem.get());
     YMensagemIso_setBit(mensagem.get(), 2, "1");
-    for (const auto escreve :
-         {YMensagemIso_dumpEmStream, YMensagemIso_dumpMascaradoEmStream, YMensagemIso_emiteEmStream}) {
-        YStream_clear(fio.get());
-        escreve(copia.get(), fio.get());
-    }
+    YMensagemIso_dumpMascaradoEmStream(copia.get(), fio.get());
+    YStream_clear(fio.get());
+    YMensagemIso_emiteEmStream(copia.get(), fio.get());
     const char *posicao = YStream_str(fio.get());
     YMensagemIso_carrega(mensagem.get(), &posicao);
     YMensagemIso_salvaEmArquivo(mensagem.get(), "/dev/null");
     YStream_printf(fio.get(), "%600s", cartao);
-}
-
-void usaTextos(YNo *no, const char *cartao) {
+    const auto no = pramo::cria<YNo>(YNo_rtti);
     for (const char *texto : {cartao, "um texto mais longo que o primeiro", cartao, ""}) {
-        YNo_setAtributo(no, "t", texto);
-        YNo_setValor(no, texto);
+        YNo_setAtributo(no.get(), "t", texto);
+        YNo_setValor(no.get(), texto);
     }
     YliberaMemoria(YrealocaMemoria_debug(YduplicaString(cartao), 4096, "teste", 1));
 }
@@ -92,8 +88,7 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
         Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(op, nome));
     }
     Pramo_Operacao_descarregaNaResposta(op, resposta);
-    usaMensagens(cartao);
-    usaTextos(YNo_criaDescendente(resposta, "x"), cartao);
+    usaMensagensETextos(cartao);
 }
 
 TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
@@ -104,13 +99,14 @@ TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
     vigia = true;
     {
         const std::string cartao(SEGREDOS[0]);
-        std::string corpo = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><e><Body><preenche t=\"" + cartao +
-                            "\"><cartao>" + cartao + "</cartao><z>\xC3\xA7" + std::string(3000, 'z') + "</z>";
-        for (const std::string campo :
-             {"senha\">73519284", "c\">4929123456781234", "q\">73519284", "id\">x73519284"}) {
-            corpo += "<campo opcao=\"" + cartao + "\" nome=\"" + campo + "</campo>";
-        }
-        corpo += "<b>" + cartao + "&amp;</b></preenche></Body></e>";
+        const auto campo = [&](const std::string &nome, const std::string &valor) {
+            return "<campo opcao=\"" + cartao + "\" nome=\"" + nome + "\">" + valor + "</campo>";
+        };
+        const std::string corpo = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><e><Body><preenche t=\"" +
+                                  cartao + "\"><cartao>" + cartao + "</cartao><z>\xC3\xA7" +
+                                  std::string(3000, 'z') + "</z>" + campo("senha", "73519284") +
+                                  campo("c", cartao) + campo("q", "73519284") + campo("id", "x73519284") +
+                                  "<b>" + cartao + "&amp;</b></preenche></Body></e>";
         const std::string pedido = apoio::pedidoSoap("Alvo", "preenche", corpo);
         const std::string respostas = apoio::conversa(servidor.porta(), pedido + pedido);
         EXPECT_NE(respostas.find("<ns1:valor>" + cartao + "</ns1:valor>"), std::string::npos) << respostas;

@@ -51,7 +51,6 @@ TEST(Referencias, saoResolvidasDentroDosLimitesDaMensagem) {
         {"<m><a nome=\"x\" href=\"#1\"/></m><r id=\"1\"><b href=\"#2\"/><c>1</c></r><r id=\"2\" "
          "href=\"#3\"/><r id=\"3\"><d/></r>",
          "<m><a nome=\"x\" id=\"1\"><b id=\"3\"><d/></b><c>1</c></a></m>"},
-        {"<m href=\"#1\"/><r id=\"1\"><eu>7</eu></r>", "<m id=\"1\"><eu>7</eu></m>"},
         {"<m><a href=\"#1\"/></m><r id=\"1\" type=\"n:Map\"><i><key>k</key><value href=\"#2\"/></i></r><r "
          "id=\"2\">v</r>",
          "<m><a id=\"1\"><k>v</k></a></m>"},
