@@ -228,13 +228,13 @@ TEST(Operacao, cargaEstritaRecusadaDeixaTudoComoEra) {
     };
     const auto antes = std::pair(memoria, estado());
     const std::string campos =
-        "<campo nome=\"a\" periferico=\"PIN\" opcao=\"o\">1.2</campo><campo nome=\"d\">"
+        "<campo nome=\"a\" periferico=\"PIN\" opcao=\"o\">1.2.3</campo><campo nome=\"d\">"
         "2024-03-05</campo><campo nome=\"p\"/><campo nome=\"q\">xy</campo><campo nome=\"c\">";
     EXPECT_EQ(op.carrega(campos + "x</campo>"), "YExcSoap: campo: c. Caractere inválido em número."_l1);
     EXPECT_EQ(std::pair(memoria, estado()), antes);
     EXPECT_EQ(op.carrega(campos + "7</campo>"), "") << "and can be corrected";
-    EXPECT_EQ(memoria, (std::array<std::uint8_t, 6>{12, 0x65, 0x58, 'x', 'y', 7}));
-    EXPECT_EQ(estado(), "<estilo>DialogoPadrao</estilo>o11P");
+    EXPECT_EQ(memoria, (std::array<std::uint8_t, 6>{123, 0x65, 0x58, 'x', 'y', 7}));
+    EXPECT_EQ(estado(), "<estilo>DialogoPadrao</estilo>o13P");
 }
 
 TEST(Periferico, seisComNomeECodigo) {

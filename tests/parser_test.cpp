@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <sstream>
+
 using namespace apoio;
 using namespace pramo::literais;
 
@@ -110,14 +113,12 @@ TEST_F(Parser, documentoEstragado) {
 }
 
 TEST_F(Parser, limitesSemAjuste) {
-    const auto repetido = [](std::size_t vezes, const std::string &texto) {
-        std::string tudo;
-        for (tudo.reserve(vezes * texto.size()); vezes > 0; vezes--) {
-            tudo += texto;
-        }
-        return tudo;
+    const auto repetido = [](int vezes, const std::string &texto) {
+        std::ostringstream tudo;
+        std::fill_n(std::ostream_iterator<std::string>(tudo), vezes, texto);
+        return tudo.str();
     };
-    const auto aninhado = [&](std::size_t niveis) {
+    const auto aninhado = [&](int niveis) {
         return repetido(niveis, "<a>") + "x" + repetido(niveis, "</a>");
     };
     EXPECT_EQ(le(aninhado(1000)), aninhado(1000));
@@ -129,11 +130,7 @@ TEST_F(Parser, limitesSemAjuste) {
 }
 
 TEST_F(Parser, limitesAjustados) {
-    struct {
-        void (*limita)(YSoapParser *parser, uint64_t limite);
-        uint64_t cabe;
-        const char *texto;
-    } const casos[] = {
+    const std::tuple<void (*)(YSoapParser *, uint64_t), uint64_t, const char *> casos[] = {
         {YSoapParser_setLimiteDeNiveis, 3, "<a><b><c/></b><b><c>x</c></b></a>"},
         {YSoapParser_setLimiteDeNiveis, 2, "<a><b nil=\"true\"></b></a>"},
         {YSoapParser_setLimiteDeNos, 6, "<a b=\"1\" c=\"2\"><d/><e nil=\"true\"/></a>"},

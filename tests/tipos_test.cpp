@@ -94,15 +94,4 @@ TEST(Tipos, leEGravaSoNosSeusBytesOuNada) {
     }
 }
 
-TEST(Tipos, binContaCaracteresAntesEDepoisDoPonto) {
-    std::uint32_t memoria = 0;
-    const Campo campo(BIN, &memoria, sizeof memoria);
-    for (const auto &[texto, antes, depois] :
-         {std::tuple("12.50", 2U, 2U), {".5", 0, 1}, {"1.2.3", 1, 3}, {"ab.", 2, 0}, {nullptr, 0, 0}}) {
-        (void)campo.le(texto);
-        EXPECT_EQ(campo.variavel->caracteresAntesDaVirgula, antes);
-        EXPECT_EQ(campo.variavel->caracteresDepoisDaVirgula, depois);
-    }
-}
-
 } // namespace

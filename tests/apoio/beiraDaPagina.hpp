@@ -1,6 +1,5 @@
 // Memory that ends where a page begins that may not be touched: an access beyond it ends the test at once.
-#ifndef TESTES_APOIO_BEIRADAPAGINA_HPP
-#define TESTES_APOIO_BEIRADAPAGINA_HPP
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -22,5 +21,3 @@ inline std::span<std::uint8_t> beiraDaPagina() {
 }
 
 } // namespace apoio
-
-#endif

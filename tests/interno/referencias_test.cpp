@@ -45,33 +45,28 @@ TEST(Referencias, saoResolvidasDentroDosLimitesDaMensagem) {
         risadas += "</r>";
     }
     const std::pair<std::string, std::string> casos[] = {
-        {"<m><a href='#1'/><b x:href=\"#1\"/></m><r id='1' t=\"int\">2</r><r id=\"1\">3</r>",
-         "<m><a id=\"'1'\" t=\"int\">2</a><b id=\"'1'\" t=\"int\">2</b></m>"},
+        {"<m><a href='#1'/><b x:href=#1/></m><r id='1' t=int>2</r><r id=1>3</r>",
+         R"(<m><a id="'1'" t="int">2</a><b id="'1'" t="int">2</b></m>)"},
         // What is read as another element may hold references, and be one.
-        {"<m><a nome=\"x\" href=\"#1\"/></m><r id=\"1\"><b href=\"#2\"/><c>1</c></r><r id=\"2\" "
-         "href=\"#3\"/><r id=\"3\"><d/></r>",
-         "<m><a nome=\"x\" id=\"1\"><b id=\"3\"><d/></b><c>1</c></a></m>"},
-        {"<m><a href=\"#1\"/></m><r id=\"1\" type=\"n:Map\"><i><key>k</key><value href=\"#2\"/></i></r><r "
-         "id=\"2\">v</r>",
-         "<m><a id=\"1\"><k>v</k></a></m>"},
-        {"<x href=\"#1\"/><r id=\"1\">2</r>", "<Body><x id=\"1\">2</x><r id=\"1\">2</r></Body>"},
+        {"<m><a n=x href=#1/></m><r id=1><b href=#2/><c>1</c></r><r id=2 href=#3/><r id=3><d/></r>",
+         R"(<m><a n="x" id="1"><b id="3"><d/></b><c>1</c></a></m>)"},
+        {"<m href=#1/><r id=1 type=n:Map><i><key>k</key><value href=#2/></i></r><r id=2>v</r>",
+         R"(<m id="1"><k>v</k></m>)"},
+        {"<x href=#1/><r id=1>2</r>", R"(<Body><x id="1">2</x><r id="1">2</r></Body>)"},
         // Attributes like any other.
-        {"<m id=\"0\"><a href=\"#9\"/><a href=\"#0\"/><a href=\"1\"/><a href=\"#1\">v</a><a "
-         "href=\"#1\"><b/></a></m><r id=\"1\"/>",
-         "<m id=\"0\"><a href=\"#9\"/><a href=\"#0\"/><a href=\"1\"/><a href=\"#1\">v</a><a "
-         "href=\"#1\"><b/></a></m>"},
+        {"<m id=0><a href=#9/><a href=#0/><a href=1/><a href=#1>v</a><a href=#1><b/></a></m><r id=1/>",
+         R"(<m id="0"><a href="#9"/><a href="#0"/><a href="1"/><a href="#1">v</a><a href="#1"><b/></a></m>)"},
         // An object that stands twice among the parameters, and a reference from within it.
-        {"<m><b href=\"#1\"/><a id=\"1\"><x>1</x></a><a href=\"#1\"/></m>",
-         "<m><b id=\"1\"><x>1</x></b><a id=\"1\"><x>1</x></a><a id=\"1\"><x>1</x></a></m>"},
-        {"<m><a id=\"1\"><x href=\"#1\"/></a></m>", CIRCULAR},
-        {"<m><a href=\"#1\"/></m><r id=\"1\" href=\"#1\"/>", CIRCULAR},
-        {"<m><a href=\"#1\"/></m><r id=\"1\"><b href=\"#2\"/></r><r id=\"2\"><c href=\"#1\"/></r>", CIRCULAR},
-        {"<r id=\"1\"><b><c href=\"#1\"/></b></r>", CIRCULAR},
+        {"<m><b href=#1/><a id=1><x>1</x></a><a href=#1/></m>",
+         R"(<m><b id="1"><x>1</x></b><a id="1"><x>1</x></a><a id="1"><x>1</x></a></m>)"},
+        {"<m><a id=1><x href=#1/></a></m>", CIRCULAR},
+        {"<m><a href=#1/></m><r id=1 href=#1/>", CIRCULAR},
+        {"<m><a href=#1/></m><r id=1><b href=#2/></r><r id=2><c href=#1/></r>", CIRCULAR},
+        {"<r id=1><b><c href=#1/></b></r>", CIRCULAR},
         {risadas, MAL_FORMADA},
-        {"<m><a><b><c href=\"#1\"/></b></a></m><r id=\"1\"><d/></r>",
-         "<m><a><b><c id=\"1\"><d/></c></b></a></m>"},
-        {"<m><a><b><c href=\"#1\"/></b></a></m><r id=\"1\"><d><e/></d></r>", MAL_FORMADA},
-        {"<m><a href=\"#1\"/><a href=\"#1\"/></m><r id=\"1\">" + std::string(250, 'v') + "</r>", MAL_FORMADA},
+        {"<m><a><b><c href=#1/></b></a></m><r id=1><d/></r>", R"(<m><a><b><c id="1"><d/></c></b></a></m>)"},
+        {"<m><a><b><c href=#1/></b></a></m><r id=1><d><e/></d></r>", MAL_FORMADA},
+        {"<m><a href=#1/><a href=#1/></m><r id=1>" + std::string(250, 'v') + "</r>", MAL_FORMADA},
     };
     for (const auto &[corpo, esperado] : casos) {
         EXPECT_EQ(resolvido(corpo), esperado) << corpo;

@@ -36,8 +36,7 @@ def formas(iso):
     """decode and encode undo each other; lines may end in CR LF, be empty, or lack their end."""
     for fio, texto in ((COMPRA + b"\n\r\n\n" + REDE + b"\r\n" + COMPRA,
                         TEXTO_DA_COMPRA + b"\n" + TEXTO_DA_REDE + b"\n" + TEXTO_DA_COMPRA),
-                       (FIO_DOS_NOMES, None), (b"0800\n", b"800\n"), (b"", b""),
-                       (b"02008000000000000000" + b"0" * 16, b"200\n001 " + b"0" * 16 + b"\n")):
+                       (FIO_DOS_NOMES, None), (b"0800\n", b"800\n"), (b"", b"")):
         feito = iso("decode", entrada=fio)
         confere(f"decode, {fio}", feito, (0, feito[1] if texto is None else texto, ""))
         linhas = [linha + b"\n" for linha in fio.replace(b"\r", b"").split(b"\n") if linha]
@@ -73,15 +72,13 @@ def comparacao(iso, pasta):
     esperado = (f"--- {a}:2\n+++ {b}:3\n-Código da Transação: 200\n+Código da Transação: 220\n"
                 f"-  {cartao}\n+  {cartao}\n+{b}:4\n")
     confere("diff", iso("diff", a, b), (1, esperado.encode(), ""))
-    status, saida, _ = iso("diff", "--clear", "-", b, entrada=a.read_bytes())
-    confere("diff --clear", (status, CARTAO.encode() in saida), (1, True))
+    confere("diff --clear", CARTAO.encode() in iso("diff", "--clear", "-", b, entrada=a.read_bytes())[1], True)
 
 
 def recusas(iso, arquivo):
     for fio, motivo in (  # what follows a good message, and what is said of it
             (b"02x0" + COMPRA[4:], "código da transação: caractere 3 inválido"),
             (REDE[:25] + b"x" + REDE[26:], "bitmap 2: caractere 6 inválido"),
-            (REDE[:20] + b"8" + REDE[21:], "Mensagem ISO 8583 com terceiro bitmap."),
             (COMPRA + b"\0", "depois da mensagem sobram 1 bytes"),
             (COMPRA[:20] + b"1x" + COMPRA[22:],
              "elemento 2 (Primary account number (PAN)), tamanho: caractere 2 inválido"),
@@ -91,12 +88,10 @@ def recusas(iso, arquivo):
         for comando, antes in (("decode", TEXTO_DA_REDE), ("check", b"")):
             confere(f"{comando}, {fio[:60]}", iso(comando, arquivo),
                     (2, antes, f"3pramo-iso8583: {arquivo}:3: {motivo}\n"))
-    confere("decode, empty bitmap", iso("decode", entrada=b"0200" + b"0" * 16)[:2], (2, b""))
     for texto, motivo in (  # the second message, its wrong line, and what is said of it
             *((codigo, "3: código da transação inválido") for codigo in (b"200 ", b"20000", b"-200")),
             (b"200\n0003 x", "4: número do elemento inválido"),
             (b"200\n003x", "4: falta um espaço depois do número do elemento"),
-            (b"200\n129 x", "4: Elemento 129. O número do elemento vai de 1 a 128."),
             (b"200\n003 003000\n003 003000", "5: elemento 3 (Processing code): repetido"),
             (b"200\n003  003000", "4: elemento 3 (Processing code): tamanho 7, exatamente 6"),
             (b"200\n063 x\r", "4: elemento 63 (Reserved private): "
