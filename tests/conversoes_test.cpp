@@ -160,17 +160,15 @@ TEST(Datas, soAsFormasCompactadasDeUmDiaSeLeem) {
     EXPECT_EQ(validas, 46752 + 1) << "every day once, in order, and no date";
 }
 
-TEST(Conversoes, momentosEmPartes) {
-    const time_t momento = 1'794'041'340; // 2026-11-07 08:49:00 UTC
+TEST(Datas, momentosEmPartes) {
+    const time_t momento = 1'794'041'340;
     struct tm partes = {};
     BIOSRTC_gmtime(&momento, &partes);
     EXPECT_EQ(timegm(&partes), momento);
     BIOSRTC_localtime(&momento, &partes);
     EXPECT_EQ(mktime(&partes), momento);
     const time_t longe = INT64_MAX;
-    for (auto *funcao : {BIOSRTC_gmtime, BIOSRTC_localtime}) {
-        EXPECT_EQ(excecao([&] { funcao(&longe, &partes); }), "YExc: Momento fora do calendário."_l1);
-    }
+    EXPECT_EQ(excecao([&] { BIOSRTC_gmtime(&longe, &partes); }), "YExc: Momento fora do calendário."_l1);
 }
 
 } // namespace

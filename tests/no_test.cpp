@@ -20,7 +20,6 @@ TEST(No, caminhos) {
         EXPECT_EQ(excecao([&] { YNo_getFilhoUnico(raiz.get(), caminho); }),
                   std::string("YExcSoap: Tag procurada: ") + caminho + ". Faltou tag.");
     }
-    EXPECT_EQ(YNo_procuraDescendente(raiz.get(), nullptr), raiz.get());
     EXPECT_STREQ(YNo_getString(YNo_getFilho(raiz.get(), "x", 1), "y"), "2");
     EXPECT_TRUE(YNo_getFilho(nullptr, "a", 0) == nullptr && YNo_getFilho(raiz.get(), "x", 2) == nullptr);
 
