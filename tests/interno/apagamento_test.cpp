@@ -72,19 +72,19 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
     Pramo_Operacao_setCargaEstrita(op, 1);
     const char *cartao = YNo_getString(requisicao, "cartao");
     Pramo_Operacao_setRespostaDoPopup(op, "p", cartao);
-    for (const auto &[nome, tipo] : {std::pair("senha", Pramo_Tipo_getTipoSenha()),
-                                     {"c", Pramo_Tipo_getTipoEscolhaMultipla()},
-                                     {"q", Pramo_Tipo_getTipoQTDE3()},
-                                     {"id", Pramo_Tipo_getTipoId()}}) {
-        Pramo_Variavel *variavel =
-            Pramo_Operacao_criaVariavel(op, nome, tipo, nullptr, *nome == 'c' ? 16 : 8);
+    const std::pair<const char *, Pramo_Tipo *> campos[] = {{"senha", Pramo_Tipo_getTipoSenha()},
+                                                            {"c", Pramo_Tipo_getTipoEscolhaMultipla()},
+                                                            {"q", Pramo_Tipo_getTipoQTDE3()},
+                                                            {"id", Pramo_Tipo_getTipoId()}};
+    for (const auto &[nome, tipo] : campos) {
+        Pramo_Variavel *variavel = Pramo_Operacao_criaVariavel(op, nome, tipo, nullptr, 16);
         Pramo_Variavel_acrescentaOpcao(variavel, cartao, cartao);
         Pramo_Variavel_marcaUsada(variavel);
     }
     EXPECT_NE(apoio::excecao([&] { Pramo_Operacao_carregaDaRequisicao(op, requisicao); }), "");
     YNo_setStringVal(YNo_getFilho(requisicao, "campo", 3), "1");
     Pramo_Operacao_carregaDaRequisicao(op, requisicao);
-    for (const char *nome : {"senha", "c", "q"}) {
+    for (const auto &[nome, tipo] : campos) {
         Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(op, nome));
     }
     Pramo_Operacao_descarregaNaResposta(op, resposta);
