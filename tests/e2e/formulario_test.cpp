@@ -13,7 +13,8 @@ const std::string ITEM =
 
 std::string item(const std::string &hora) {
     return "<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo><campo nome=\"hora\">" + hora +
-           "</campo><campo nome=\"valor\">12.50</campo><campo nome=\"identificacao\">123456789</campo>";
+           "</campo><campo nome=\"valor\">12.50</campo><campo nome=\"identificacao\">123456789</campo>"
+           "<campo nome=\"data\">2024-03-05</campo>";
 }
 
 // What the terminal fills in, and the next form: its fields, with their values, and its buttons; or the
