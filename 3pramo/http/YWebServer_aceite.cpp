@@ -186,12 +186,25 @@ void poda(WebServerInterno &i) {
 #endif
 }
 
+/// Says that nothing listens any more, however the loop ends: a log sink may end its thread.
+class FimDaEscuta {
+public:
+    explicit FimDaEscuta(WebServerInterno &i) : i_(i) {}
+    ~FimDaEscuta() { anunciaEscuta(i_, Escuta::FECHADA, 0); }
+    FimDaEscuta(const FimDaEscuta &) = delete;
+    FimDaEscuta &operator=(const FimDaEscuta &) = delete;
+
+private:
+    WebServerInterno &i_;
+};
+
 } // namespace
 
 void pramo::aceitaConexoes(YObThread *servidor) {
     auto &eu = *static_cast<YWebServer *>(servidor);
     WebServerInterno &i = interno(eu);
     Ouvinte ouvinte;
+    const FimDaEscuta fim(i);
     std::uint32_t pausa = PRIMEIRA_PAUSA_MS;
     while (YObThread_isAlive(&eu) != 0) {
         try {
@@ -205,7 +218,6 @@ void pramo::aceitaConexoes(YObThread *servidor) {
         i.falhas.registraContagens();
         poda(i);
     }
-    anunciaEscuta(i, Escuta::FECHADA, 0);
 }
 
 // ---- For the connection threads ----
