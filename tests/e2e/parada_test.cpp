@@ -90,13 +90,12 @@ TEST(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
     EXPECT_TRUE(
         acontece([&] { return YWebServer_getConexoes(servidor.get()) == 4 && porteiro.dentro == 1; }));
     const auto inicio = Relogio::now();
-    std::thread destruidor([&] { servidor.reset(); });
+    const std::jthread destruidor([&] { servidor.reset(); });
     EXPECT_TRUE(ocioso.fechou() && meiaCabeca.fechou() && meioCorpo.fechou());
     EXPECT_LT(Relogio::now() - inicio, seconds(1));
     porteiro.aberto = true;
     EXPECT_EQ(ocupado.recebe().corpo, "enfim") << "its answer arrives";
     EXPECT_TRUE(ocupado.fechou()) << "the request behind it is not begun";
-    destruidor.join();
 }
 
 void respondeMuito(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
