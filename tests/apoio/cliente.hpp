@@ -66,15 +66,12 @@ public:
         resposta.bytes = recebeBytes(fim + 2);
         std::istringstream cabeca(resposta.bytes);
         std::getline(cabeca, resposta.linha);
-        for (std::string campo; std::getline(cabeca, campo) && !campo.empty();) {
-            std::string nome = campo.substr(0, campo.find(": "));
+        for (std::string nome, valor; std::getline(cabeca, nome, ':') && std::getline(cabeca, valor);) {
             std::ranges::transform(nome, nome.begin(), [](unsigned char c) { return std::tolower(c); });
-            resposta.campos[nome] = campo.substr(nome.size() + 2);
+            resposta.campos[nome] = valor.substr(1);
         }
-        if (resposta.campos.contains("content-length")) {
-            resposta.corpo = recebeBytes(std::stoul(resposta.campos["content-length"]));
-            resposta.bytes += resposta.corpo;
-        }
+        resposta.corpo = recebeBytes(std::stoul("0" + resposta.campos["content-length"]));
+        resposta.bytes += resposta.corpo;
         return resposta;
     }
 
@@ -111,12 +108,11 @@ private:
         return n > 0;
     }
 
-    static void fecha(int *fd) {
-        close(*fd);
-        delete fd;
-    }
-
-    std::unique_ptr<int, void (*)(int *)> fd_{new int(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), fecha};
+    std::shared_ptr<const int> fd_{new int(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)),
+                                   [](const int *fd) {
+                                       close(*fd);
+                                       delete fd;
+                                   }};
     std::string recebidos_; // and not yet handed out
 };
 

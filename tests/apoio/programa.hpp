@@ -5,8 +5,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
-#include <sys/wait.h>
-#include <utility>
 
 namespace apoio {
 
@@ -22,24 +20,18 @@ public:
         while (escrito_.find("/soap/") == std::string::npos && leLinha()) {
         }
     }
-    ~Programa() {
-        if (saida_ != nullptr) {
-            termina();
-        }
-    }
 
     [[nodiscard]] std::uint32_t porta() const {
         const std::size_t depois = escrito_.rfind(':', escrito_.find("/soap/")) + 1;
         return static_cast<std::uint32_t>(std::stoul(escrito_.substr(depois)));
     }
 
-    /// Asks it to end and waits for that; gives its exit status, or -1 when a signal ended it.
+    /// Asks it to end and waits for that; gives its status as wait does.
     int termina() {
         kill(std::stoi(escrito_), SIGTERM); // its first line is the shell's, which became the program
         while (leLinha()) {
         }
-        const int estado = pclose(std::exchange(saida_, nullptr));
-        return WIFEXITED(estado) ? WEXITSTATUS(estado) : -1;
+        return pclose(saida_);
     }
 
     /// What it has written until its end.

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 using namespace apoio;
+using namespace std::literals;
 namespace fs = std::filesystem;
 
 namespace {
@@ -50,25 +51,20 @@ TEST_F(Arquivos, servidosOuNao) {
     fs::create_symlink("/dev/zero", raiz / "zero");
     fs::create_symlink("/etc", raiz / "etc");
     const std::pair<std::string, std::string> servidos[] = {
-        {"/index.html", "<p>oi</p>"},    {"/\\index.html", "<p>oi</p>"},
-        {"index.html", "<p>oi</p>"},     {"/vazio", ""},
-        {"/a/dentro", "<p>oi</p>"},      {"/a/relativo", "<p>oi</p>"},
-        {uriComCaminhoDe(511), binario},
+        {"/index.html", "<p>oi</p>"}, {"/\\index.html", "<p>oi</p>"}, {"/vazio", ""},
+        {"/a/dentro", "<p>oi</p>"},   {"/a/relativo", "<p>oi</p>"},   {uriComCaminhoDe(511), binario},
     };
     for (const auto &[uri, corpo] : servidos) {
         const Resposta r = pede("GET " + uri);
         EXPECT_EQ(r.linha, "HTTP/1.1 200 OK") << uri;
         EXPECT_TRUE(r.corpo == corpo) << uri << ": " << r.corpo.substr(0, 200);
     }
-    const std::string proibidos[] = {"a/../b", "x..y", ".."};
-    for (const std::string &uri : proibidos) {
+    for (const std::string uri : {"a/../b", "x..y", ".."}) {
         const Resposta r = pede("GET /" + uri);
         EXPECT_EQ(r.linha + r.corpo, "HTTP/1.1 403 Forbidden.<h1>Erro 403</h1><br/>Proibido: " + uri);
     }
-    const std::string faltam[] = {
-        "zero",         "etc/passwd",  std::string(600, 'n'),         "index.html?x=%s",
-        "%69ndex.html", "index.html/", uriComCaminhoDe(512).substr(1)};
-    for (const std::string &uri : faltam) {
+    for (const std::string &uri : {"zero"s, "etc/passwd"s, std::string(600, 'n'), "index.html?x=%s"s,
+                                   "%69ndex.html"s, uriComCaminhoDe(512).substr(1)}) {
         const Resposta r = pede("GET /" + uri);
         EXPECT_EQ(r.linha + r.corpo, FALTA + "<h1>Erro 404</h1><br/>Inexistente: " + uri);
     }

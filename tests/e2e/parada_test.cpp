@@ -38,45 +38,35 @@ TEST(Parada, ociosoParaLogoERecomecaEAsConexoesVivemAlem) {
         YWebServer_setPorta(servidor.get(), porta);
         servidor.inicia();
         EXPECT_EQ(servidor.porta(), porta) << "an address just used is used again";
+        serve(porta);
     }
-    serve(servidor.porta());
 }
 
-// A handler that waits until the test lets it go.
-struct Porteiro {
-    std::atomic<int> dentro{0};
-    std::atomic<bool> aberto{false};
-    std::atomic<bool> demolido{false};
-};
+std::atomic<int> dentro; // handlers that wait until the test lets them go
+std::atomic<bool> aberto;
+std::atomic<bool> demolido;
 
-void esperaNaPorta(void *contexto, char * /*uri*/, YMensagemHttp * /*requisicao*/, YMensagemHttp *resposta) {
-    auto *porteiro = static_cast<Porteiro *>(contexto);
-    porteiro->dentro++;
-    EXPECT_TRUE(acontece([&] { return porteiro->aberto.load(); }));
-    YMensagemHttp_printf(resposta, porteiro->demolido ? "tarde" : "enfim");
+void esperaNaPorta(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
+                   YMensagemHttp *resposta) {
+    dentro++;
+    EXPECT_TRUE(acontece([] { return aberto.load(); }));
+    YMensagemHttp_printf(resposta, demolido ? "tarde" : "enfim");
 }
 
 // A class derived from the web server, which is whole until the last call of its handler has ended.
-struct Derivado : YWebServer {
-    Porteiro *porteiro;
-};
-
-void destroiDerivado(void *objeto) {
-    static_cast<Derivado *>(objeto)->porteiro->demolido = true;
-}
-
 const YRtti *Derivado_rtti() {
     static YObThread_Rtti descritor = *reinterpret_cast<const YObThread_Rtti *>(YWebServer_rtti());
-    descritor.rtti = {YWebServer_rtti, "Derivado", sizeof(Derivado), nullptr, destroiDerivado};
+    descritor.rtti = {YWebServer_rtti, "Derivado", sizeof(YWebServer), nullptr,
+                      [](void * /*objeto*/) { demolido = true; }};
     return &descritor.rtti;
 }
 
 TEST(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
-    Porteiro porteiro;
-    auto servidor = pramo::cria<Derivado>(Derivado_rtti);
-    servidor->porteiro = &porteiro;
+    dentro = 0;
+    aberto = false;
+    auto servidor = pramo::cria<YWebServer>(Derivado_rtti);
     YWebServer_setPorta(servidor.get(), 0);
-    YWebServer_setTratador(servidor.get(), &porteiro, esperaNaPorta);
+    YWebServer_setTratador(servidor.get(), nullptr, esperaNaPorta);
     YObThread_start(servidor.get());
     ASSERT_EQ(YWebServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 1);
     const std::uint32_t porta = YWebServer_getPorta(servidor.get());
@@ -87,13 +77,12 @@ TEST(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
     ocupado.envia(requisicao("GET /1") + requisicao("GET /2"));
     meiaCabeca.envia("GET / HTTP/1.1\nA: b");
     meioCorpo.envia("GET / HTTP/1.1\nContent-Length: 1000000\n\nabc");
-    EXPECT_TRUE(
-        acontece([&] { return YWebServer_getConexoes(servidor.get()) == 4 && porteiro.dentro == 1; }));
+    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 4 && dentro == 1; }));
     const auto inicio = Relogio::now();
     const std::jthread destruidor([&] { servidor.reset(); });
     EXPECT_TRUE(ocioso.fechou() && meiaCabeca.fechou() && meioCorpo.fechou());
     EXPECT_LT(Relogio::now() - inicio, seconds(1));
-    porteiro.aberto = true;
+    aberto = true;
     EXPECT_EQ(ocupado.recebe().corpo, "enfim") << "its answer arrives";
     EXPECT_TRUE(ocupado.fechou()) << "the request behind it is not begun";
 }
@@ -121,7 +110,9 @@ TEST(Parada, quemNaoLeARespostaSeguraSoOPrazo) {
 
 // A newcomer takes the place of whoever has been idle longest, but of nobody within a request.
 TEST(Parada, limiteDeConexoes) {
-    Porteiro porteiro;
+    dentro = 0;
+    aberto = false;
+    demolido = false;
     Servidor servidor(ola);
     YWebServer_setLimiteDeConexoes(servidor.get(), 3);
     Cliente ocioso(servidor.porta());
@@ -136,14 +127,14 @@ TEST(Parada, limiteDeConexoes) {
     EXPECT_EQ(recente.pede(requisicao("GET /")), "ola");
     EXPECT_EQ(noMeio.pede("\r\n"), "ola");
 
-    YWebServer_setTratador(servidor.get(), &porteiro, esperaNaPorta);
+    YWebServer_setTratador(servidor.get(), nullptr, esperaNaPorta);
     std::vector<Cliente> ocupados;
     for (int i = 0; i < 4; i++) {
-        EXPECT_TRUE(acontece([&] { return porteiro.dentro == i; }));
+        EXPECT_TRUE(acontece([&] { return dentro == i; }));
         EXPECT_LE(YWebServer_getConexoes(servidor.get()), 3U);
         ocupados.emplace_back(servidor.porta()).envia(requisicao("GET /"));
     }
-    porteiro.aberto = true;
+    aberto = true;
     for (Cliente &ocupado : ocupados) {
         EXPECT_EQ(ocupado.recebe().corpo, "enfim") << "all were at work: the newcomer waited";
     }
@@ -160,8 +151,8 @@ TEST(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
     const auto pronto = [&] { return YWebServer_esperaPronto(outro.get(), std::time(nullptr) + 10); };
     YWebServer_setPorta(outro.get(), dono->porta());
     YWebServer_setTratador(outro.get(), nullptr, ola);
-    EXPECT_EQ(pronto(), 0) << "not started";
     const auto inicio = Relogio::now();
+    EXPECT_EQ(pronto(), 0) << "not started";
     YObThread_start(outro.get());
     EXPECT_EQ(pronto(), 0) << "the port is taken";
     EXPECT_LT(Relogio::now() - inicio, seconds(5)) << "it does not wait for the deadline";

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <csignal>
 #include <string>
 #include <sys/socket.h>
@@ -23,19 +22,17 @@ Envio enviaA(std::size_t porMilissegundo, std::int64_t exigidos) {
     EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, par), 0);
     const std::string muito(std::size_t{4} << 20, 'm');
     const std::string_view partes[] = {muito};
-    std::atomic<bool> acabou{false};
-    std::thread leitor([&, escritor = pthread_self()] {
-        for (std::string lidos(65536, 0); !acabou;) {
+    std::jthread leitor([&, escritor = pthread_self()](const std::stop_token &fim) {
+        for (std::string lidos(65536, 0); !fim.stop_requested();) {
             pthread_kill(escritor, SIGUSR1);
             recv(par[1], lidos.data(), porMilissegundo, MSG_DONTWAIT);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        close(par[1]);
     });
     const Envio fim = sistema::envia(par[0], partes, Prazo::daqui(20'000), {exigidos, JANELA});
-    acabou = true;
-    leitor.join();
+    leitor = {};
     close(par[0]);
+    close(par[1]);
     return fim;
 }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The example servers, given as arguments, answer requests recorded from real clients as they must, one after the
-other; each time the next client is served. Then their options, WSDL and page."""
+"""The example servers, given as arguments, answer recorded requests as they must, one after the other, in forms that
+the living clients do not send; each time the next client is served. Then their options, WSDL and page."""
 import pathlib
 import re
 import socket
@@ -12,8 +12,7 @@ from programa import Programa, conversa
 GRAVADAS = pathlib.Path(__file__).resolve().parent.parent / "dados" / "requisicoes"
 
 
-def retorna(metodo, texto):
-    return f'<ns1:{metodo}Response xmlns:ns1="urn:Calc"><ns1:return>{texto}</ns1:return></ns1:{metodo}Response>'
+RESPOSTA = '<ns1:{0}Response xmlns:ns1="urn:Calc"><ns1:return>{1}</ns1:return></ns1:{0}Response>'.format
 
 
 def falha(texto):
@@ -26,16 +25,8 @@ ESPERADO = {
     "cdata|comentario-branco|doctype": falha("Token inesperado."),  # what this parser does not read
     # A comment in one word ends the list of the Body's children, in front of the method's element.
     "comentario-colado": falha("Tag procurada: a. Faltou tag."),
-    "-soma$": retorna("soma", "5"),
-    "-eco-acento$": retorna("eco", "a&#231;&#227;o"),
-    "-eco$": retorna("eco", "ola mundo"),
-    "-eco-marcas$": retorna("eco", re.escape("&lt;a href=&quot;x&quot;&gt;&amp;'&lt;/a&gt;")),
-    "-eco-nulo$": falha("Tag procurada: texto. Faltou tag."),  # an absent value is an absent element
-    "-cadastra$": retorna("cadastra", "cidade=Recife; uf=PE"),
-    "-cadastra-dentro$": retorna("cadastra", "nome=Ana; endereco/rua=A; endereco/num=7"),
-    "-constroi$": retorna("constroi", "[0-9a-f]{32}"),
-    "-falha$": falha("Esta operacao sempre falha."),
-    "-valor$|-destroi$": falha("Servico nao consta da lista de servicos ativos."),  # those of the recording
+    "-soma$": RESPOSTA("soma", "5"),
+    "-eco-acento$": RESPOSTA("eco", "a&#231;&#227;o"),
 }
 
 
@@ -84,7 +75,7 @@ def main():
             with Programa(caminho, opcao, stderr=subprocess.PIPE) as programa:
                 for gravada in sorted(GRAVADAS.glob("*.http")):
                     confere(programa, gravada.stem)
-                    confere(programa, "php-plain-soma")
+                    confere(programa, "curl-soma-soma")
                 publica(programa)
         exige("Calc#soma" in programa.erros, f"no record of the bodies: {programa.erros}")
         recusa_opcoes(caminho)
