@@ -86,24 +86,20 @@ TEST_F(Http, requisicoesEstranhas) {
     const std::string longa(60000, 'u');
     std::vector<std::pair<std::string, std::string>> casos = {
         // Line ends, blanks, words.
-        {"GET /x HTTP/1.0\r\n\r\n", "GET /x HTTP/1.0|/x|"},
         {" \tGET \t /%n%s   HTTP/1.1 de mais\n\n", " \tGET \t /%n%s   HTTP/1.1 de mais|/%n%s|"},
         {"GET \xE7\xFF HTTPS1.1\n\n", "GET \xE7\xFF HTTPS1.1|\xE7\xFF|"},
         {"GET /" + longa + " HTTP/1.1\n\n", "GET /" + longa + " HTTP/1.1|/" + longa + "|"},
         // Methods.
-        {"get /x HTTP/1.1\n\n" + outra, LINHA_501},
         {outra + "OPTIONS * HTTP/1.1\n\n" + outra, "GET /outra HTTP/1.1|/outra|" + LINHA_501},
         // Header blocks.
         {"GET /x HTTP/1.1\nsem dois pontos\n" + outra, "GET /x HTTP/1.1|/x|"},
-        {"GET /x HTTP/1.1\nA: " + longa + longa + "\n\n" + outra, LINHA_431},
         {longa + longa, LINHA_431},
         // Bodies.
-        {"POST /x HTTP/1.1\ncontent-LENGTH:  3  \n\nabc", "POST /x HTTP/1.1|/x|abc"},
+        {"POST /x HTTP/1.1\ncontent-LENGTH:  3  \n\na\0\n"s, "POST /x HTTP/1.1|/x|a\0\n"s},
         {"POST /x HTTP/1.1\nContent-Length: +3\n\nabc" + outra, "POST /x HTTP/1.1|/x|abc"},
         {"POST /x HTTP/1.1\nContent-Length: -1\n\n" + outra, ""},
         {"POST /x HTTP/1.1\nContent-Length: 99999999999999999999\n\n" + outra, LINHA_413},
         {"POST /x HTTP/1.1\nContent-Length: 3\ntransfer-encoding: identity\n\nabc" + outra, LINHA_411},
-        {"POST /x HTTP/1.1\nContent-Length: 3\n\n\0\n\0"s, "POST /x HTTP/1.1|/x|\0\n\0"s},
     };
     for (const std::string malFormada :
          {"\r", "GET /x", "     ", "GET /x FTP/1.0", "GET /x http/1.1", "GET /x HTTP/2.0", "GET /x HTTP/1.2",

@@ -63,7 +63,7 @@ const YRtti *Derivado_rtti() {
 
 TEST(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
     dentro = 0;
-    aberto = false;
+    aberto = demolido = false;
     auto servidor = pramo::cria<YWebServer>(Derivado_rtti);
     YWebServer_setPorta(servidor.get(), 0);
     YWebServer_setTratador(servidor.get(), nullptr, esperaNaPorta);
@@ -111,15 +111,14 @@ TEST(Parada, quemNaoLeARespostaSeguraSoOPrazo) {
 // A newcomer takes the place of whoever has been idle longest, but of nobody within a request.
 TEST(Parada, limiteDeConexoes) {
     dentro = 0;
-    aberto = false;
-    demolido = false;
+    aberto = demolido = false;
     Servidor servidor(ola);
     YWebServer_setLimiteDeConexoes(servidor.get(), 3);
     Cliente ocioso(servidor.porta());
-    Cliente recente(servidor.porta());
-    Cliente noMeio(servidor.porta());
     EXPECT_EQ(ocioso.pede(requisicao("GET /")), "ola");
+    Cliente recente(servidor.porta());
     EXPECT_EQ(recente.pede(requisicao("GET /")), "ola");
+    Cliente noMeio(servidor.porta());
     noMeio.envia("GET / HTTP/1.1\r\n");
     EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 3; }));
     serve(servidor.porta());
@@ -150,7 +149,6 @@ TEST(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
     const auto outro = pramo::cria<YWebServer>(YWebServer_rtti);
     const auto pronto = [&] { return YWebServer_esperaPronto(outro.get(), std::time(nullptr) + 10); };
     YWebServer_setPorta(outro.get(), dono->porta());
-    YWebServer_setTratador(outro.get(), nullptr, ola);
     const auto inicio = Relogio::now();
     EXPECT_EQ(pronto(), 0) << "not started";
     YObThread_start(outro.get());
@@ -159,28 +157,22 @@ TEST(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
     dono.reset();
     EXPECT_TRUE(acontece([&] { return pronto() == 1; }));
     EXPECT_EQ(diario.quantos("Porta n"), 1);
-    YObThread_stop(outro.get());
-    YWebServer_setEndereco(outro.get(), "::1");
-    YObThread_start(outro.get());
-    EXPECT_EQ(pronto(), 1);
-    EXPECT_THROW(serve(YWebServer_getPorta(outro.get())), std::system_error) << "not on 127.0.0.1";
 }
 
 TEST(Parada, ouvinteQueFalhaEFeitoDeNovo) {
     const Servidor servidor(ola);
     const Diario diario;
-    const auto servida = [&] {
-        try {
-            return conversa(servidor.porta(), requisicao("GET /")).ends_with("ola");
-        } catch (const std::system_error &) {
-            return false; // nobody listens
-        }
-    };
     for (int volta = 0; volta < 3; volta++) {
         for (int fd = 3; fd < 1024; fd++) {
             shutdown(fd, SHUT_RDWR); // the listener's is among them
         }
-        EXPECT_TRUE(acontece(servida));
+        EXPECT_TRUE(acontece([&] {
+            try {
+                return conversa(servidor.porta(), requisicao("GET /")).ends_with("ola");
+            } catch (const std::system_error &) {
+                return false; // nobody listens
+            }
+        }));
     }
     EXPECT_EQ(diario.quantos("O ouvinte falhou. Falha aceitando"), 1);
 }
