@@ -6,7 +6,6 @@ import contextlib
 import resource
 import socket
 import sys
-import threading
 import time
 
 from programa import PRAZO, Programa, conversa
@@ -17,11 +16,6 @@ MB = 1 << 20
 def chamada(port_type, corpo):
     return b'POST /soap/%s HTTP/1.1\r\nSOAPAction: "urn:%s#constroi"\r\nContent-Length: %d\r\n\r\n%s' % (
         port_type, port_type, len(corpo), corpo)
-
-
-def inunda(porta, pedido):
-    with contextlib.suppress(OSError):  # it was turned away
-        conversa(porta, pedido)
 
 
 def exige_servida(programa, port_type, depois_de):
@@ -39,11 +33,9 @@ def aperta(caminho, limite):
     grande = chamada(port_type, b"<a>" * (20 * MB // 3))
     limites = (limite * MB, limite * MB)
     with Programa(caminho, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, limites)) as programa:
-        enchente = [threading.Thread(target=inunda, args=(programa.porta, grande)) for _ in range(12)]
-        for par in enchente:
-            par.start()
-        for par in enchente:
-            par.join()
+        with concurrent.futures.ThreadPoolExecutor(12) as enchente:
+            for _ in range(12):
+                enchente.submit(conversa, programa.porta, grande)  # whether it is served or turned away
         exige_servida(programa, port_type, f"a flood in {limite} MB")
         with contextlib.ExitStack() as ociosas:
             for _ in range(600):
