@@ -23,41 +23,34 @@ using Relogio = std::chrono::steady_clock;
 Y_CLASSE(Contador, YObThread) {
     void (*acao)(Contador *);
     std::atomic<int64_t> voltas, passo;
-    bool *inteiroNaParada;
 };
 
-void rodaContador(YObThread *thread) {
-    auto *c = static_cast<Contador *>(thread);
-    do {
-        c->voltas++;
-        if (c->acao != nullptr) {
-            c->acao(c);
-        }
-    } while (YObThread_dorme(c, 60'000) != 0);
-}
+std::atomic<int> inteirosNaParada;
 
-void paraContador(YObThread *thread) {
-    auto *c = static_cast<Contador *>(thread);
-    if (c->inteiroNaParada != nullptr) {
-        *c->inteiroNaParada = c->voltas > 0;
-    }
-    YObThread_stopImpl(thread);
-}
-
-const YObThread_Rtti CONTADOR = {{YObThread_rtti, "Contador", sizeof(Contador), nullptr, nullptr},
-                                 rodaContador,
+const YObThread_Rtti CONTADOR = {{YObThread_rtti, "Contador", sizeof(Contador), nullptr,
+                                  [](void *objeto) { static_cast<Contador *>(objeto)->voltas = 0; }},
+                                 [](YObThread *thread) {
+                                     auto *c = static_cast<Contador *>(thread);
+                                     do {
+                                         c->voltas++;
+                                         c->acao(c);
+                                     } while (YObThread_dorme(c, 60'000) != 0);
+                                 },
                                  YObThread_startImpl,
-                                 paraContador};
+                                 [](YObThread *thread) {
+                                     inteirosNaParada += static_cast<Contador *>(thread)->voltas > 0 ? 1 : 0;
+                                     YObThread_stopImpl(thread);
+                                 }};
 
-pramo::Ponteiro<Contador> novoContador(void (*acao)(Contador *) = nullptr) {
+pramo::Ponteiro<Contador> novoContador(void (*acao)(Contador *)) {
     auto c = pramo::cria<Contador>([] { return &CONTADOR.rtti; });
     c->acao = acao;
     return c;
 }
 
 TEST(Thread, comecaParaEComecaDeNovo) {
-    const auto c = novoContador();
-    EXPECT_FALSE(YObThread_isAlive(c.get()));
+    auto c =
+        novoContador([](Contador *eu) { EXPECT_THROW(YliberaObjeto(eu), YExcecao) << "never from within"; });
     YObThread_stop(c.get()); // never started: nothing to wait for
     for (int vez = 1; vez <= 3; vez++) {
         YObThread_start(c.get());
@@ -76,6 +69,11 @@ TEST(Thread, comecaParaEComecaDeNovo) {
         EXPECT_LT(Relogio::now() - antes, std::chrono::seconds(10)) << "a stop ends the sleep of a minute";
         EXPECT_EQ(c->voltas, vez);
     }
+    YObThread_start(c.get());
+    ASSERT_TRUE(acontece([&] { return c->voltas == 4; }));
+    inteirosNaParada = 0;
+    c.reset();
+    EXPECT_EQ(inteirosNaParada, 1) << "freeing stops it before any destructor";
 }
 
 TEST(Thread, excecaoSaidaOuParadaPropriaSoTerminaARodada) {
@@ -114,22 +112,8 @@ TEST(Thread, umComecoEsperaOFimDeUmaParadaPropria) {
     EXPECT_TRUE(acontece([&] { return c->voltas == 2; }));
 }
 
-TEST(Thread, liberarParaAntesDeQualquerDestrutorENuncaDeDentro) {
-    bool inteiro = false;
-    auto c = novoContador([](Contador *eu) {
-        EXPECT_THROW(YliberaObjeto(eu), YExcecao);
-        eu->passo = 1;
-    });
-    c->inteiroNaParada = &inteiro;
-    YObThread_start(c.get());
-    ASSERT_TRUE(acontece([&] { return c->passo == 1; }));
-    c.reset();
-    EXPECT_TRUE(inteiro);
-}
-
 /// Runs the function on so many threads at once; false when one of them never came.
-bool rodam(
-    int quantas, void (*funcao)() = [] {}) {
+bool rodam(int quantas, void (*funcao)() = nullptr) {
     struct Juntas {
         int quantas;
         void (*funcao)();
@@ -137,7 +121,7 @@ bool rodam(
     } juntas{quantas, funcao};
     const auto roda = [](void *argumento) {
         auto *j = static_cast<Juntas *>(argumento);
-        j->funcao();
+        j->funcao != nullptr ? j->funcao() : void();
         j->rodaram++;
         acontece([j] { return j->rodaram >= j->quantas; });
         j->acabaram++;
@@ -188,12 +172,13 @@ TEST(ExecutaThread, oFilhoDeUmForkNaoContaComAsThreadsDoPai) {
 
 std::atomic<int> chamadas;
 
-void terminaAThread(void *, int, const char *) {
-    chamadas++;
-    pthread_exit(nullptr);
-}
-
 TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
+    const YFuncaoLog termina = [](void *, int, const char *) { chamadas++, pthread_exit(nullptr); };
+    const YFuncaoLog lanca = [](void *, int, const char *) { chamadas++, throw 42; };
+    const YFuncaoLog registraDeDentro = [](void *, int, const char *) {
+        chamadas++;
+        YObLOG_masc_print(Y_LOG_ERRO, "de dentro");
+    };
     const auto registra = [](void *) { YObLOG_masc_print(Y_LOG_ERRO, "registro"); };
     const auto registraApanhada = [](void *) {
         try {
@@ -202,18 +187,13 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
             YExc_descreve_no_log();
         }
     };
-    const auto lancaNaSaida = [](void *, int, const char *) { chamadas++, throw 42; };
-    const auto registraNaSaida = [](void *, int, const char *) {
-        chamadas++;
-        YObLOG_masc_print(Y_LOG_ERRO, "de dentro");
-    };
     const std::pair<YFuncaoLog, void (*)(void *)> casos[] = {
-        {terminaAThread, registra},
-        {terminaAThread, registraApanhada}, // in a catch block
-        {terminaAThread, [](void *) { throw 42; }},
-        {nullptr, [](void *) { terminaAThread(nullptr, 0, nullptr); }},
-        {lancaNaSaida, registraApanhada},
-        {registraNaSaida, registra},
+        {termina, registra},
+        {termina, registraApanhada}, // in a catch block
+        {termina, [](void *) { throw 42; }},
+        {nullptr, [](void *) { chamadas++, pthread_exit(nullptr); }},
+        {lanca, registraApanhada},
+        {registraDeDentro, registra},
     };
     for (const auto &[saida, funcao] : casos) {
         chamadas = 0;
@@ -230,20 +210,17 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
 TEST(Mutex, reentraEExclui) {
     const auto m = pramo::cria<YObMutex>(YObMutex_rtti);
     int total = 0;
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; i++) {
-        threads.emplace_back([&] {
-            for (int n = 0; n < 1000; n++) {
-                YObMutex_requisita0(m.get(), "teste", __LINE__);
-                YObMutex_requisita0(m.get(), "teste", __LINE__);
-                total++;
-                YObMutex_libera(m.get());
-                YObMutex_libera(m.get());
-            }
-        });
-    }
-    threads.clear();
-    EXPECT_EQ(total, 4000);
+    const auto soma = [&] {
+        for (int n = 0; n < 1000; n++) {
+            YObMutex_requisita0(m.get(), "teste", __LINE__);
+            YObMutex_requisita0(m.get(), "teste", __LINE__);
+            total++;
+            YObMutex_libera(m.get());
+            YObMutex_libera(m.get());
+        }
+    };
+    { const std::jthread uma(soma), outra(soma); }
+    EXPECT_EQ(total, 2000);
 }
 
 } // namespace

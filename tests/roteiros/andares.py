@@ -29,17 +29,12 @@ def inclusoes(pasta, arquivo):
             yield (arquivo.parent / nome).resolve().relative_to(pasta)
 
 
-def main():
-    pasta = pathlib.Path(sys.argv[1]).resolve()
-    arquivos = [a for a in pasta.rglob("*") if a.suffix in (".h", ".hpp", ".cpp")]
-    grafo = {a.relative_to(pasta): set(inclusoes(pasta, a)) for a in arquivos}
-    proibidas = [f"{arquivo} includes {incluido}" for arquivo, incluidos in grafo.items() for incluido in incluidos
-                 if len(arquivo.parts) > 1 and str(incluido) != "versao.h"
-                 and incluido.parts[0] not in PERMITIDAS[arquivo.parts[0]] | {arquivo.parts[0]}]
-    list(graphlib.TopologicalSorter(grafo).static_order())  # raises when there is a circle, and names its files
-    print(*proibidas, f"{len(grafo)} files", sep="\n")
-    return 1 if proibidas or not grafo else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+pasta = pathlib.Path(sys.argv[1]).resolve()
+arquivos = [a for a in pasta.rglob("*") if a.suffix in (".h", ".hpp", ".cpp")]
+grafo = {a.relative_to(pasta): set(inclusoes(pasta, a)) for a in arquivos}
+proibidas = [f"{arquivo} includes {incluido}" for arquivo, incluidos in grafo.items() for incluido in incluidos
+             if len(arquivo.parts) > 1 and str(incluido) != "versao.h"
+             and incluido.parts[0] not in PERMITIDAS[arquivo.parts[0]] | {arquivo.parts[0]}]
+list(graphlib.TopologicalSorter(grafo).static_order())  # raises when there is a circle, and names its files
+print(*proibidas, f"{len(grafo)} files", sep="\n")
+sys.exit(bool(proibidas) or not grafo)

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """What is installed serves its users: into an empty prefix, which is then moved, and from there a program in C and
-one in C++ are built with the CMake package and with pkg-config, and run."""
-import argparse
+one in C++ are built with the CMake package and with pkg-config, and run.
+
+Usage: instalacao.py BUILD_FOLDER VERSION HEADER..., the headers relative to the include folder
+"""
 import os
 import pathlib
 import subprocess
@@ -39,23 +41,13 @@ def pelo_pkg_config(prefixo, pasta):
         yield roda(pasta / compilador, LD_LIBRARY_PATH=str(pc.parent.parent))
 
 
-def main():
-    opcoes = argparse.ArgumentParser(description=__doc__)
-    opcoes.add_argument("--construcao", required=True, help="build folder to install from")
-    opcoes.add_argument("--versao", required=True)
-    opcoes.add_argument("--cabecalhos", nargs="+", required=True, help="headers, relative to the include folder")
-    args = opcoes.parse_args()
-
-    with tempfile.TemporaryDirectory() as nome:
-        temporaria = pathlib.Path(nome)
-        roda("cmake", "--install", args.construcao, "--prefix", temporaria / "antes")
-        prefixo = (temporaria / "antes").rename(temporaria / "depois")
-        pasta = prefixo / "include"
-        instalados = {str(arquivo.relative_to(pasta)) for arquivo in pasta.rglob("*") if arquivo.is_file()}
-        exige(instalados == set(args.cabecalhos), f"not both: {instalados ^ set(args.cabecalhos)}")
-        versoes = [*pelo_cmake(prefixo, temporaria / "cmake"), *pelo_pkg_config(prefixo, temporaria)]
-    exige(versoes == [args.versao] * 5, f"expected the version {args.versao} from each, got {versoes}")
-
-
-if __name__ == "__main__":
-    main()
+construcao, versao, *cabecalhos = sys.argv[1:]
+with tempfile.TemporaryDirectory() as nome:
+    temporaria = pathlib.Path(nome)
+    roda("cmake", "--install", construcao, "--prefix", temporaria / "antes")
+    prefixo = (temporaria / "antes").rename(temporaria / "depois")
+    pasta = prefixo / "include"
+    instalados = {str(arquivo.relative_to(pasta)) for arquivo in pasta.rglob("*") if arquivo.is_file()}
+    exige(instalados == set(cabecalhos), f"not both: {instalados ^ set(cabecalhos)}")
+    versoes = [*pelo_cmake(prefixo, temporaria / "cmake"), *pelo_pkg_config(prefixo, temporaria)]
+exige(versoes == [versao] * 5, f"expected the version {versao} from each, got {versoes}")
