@@ -45,10 +45,6 @@ void eco(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
     YNo_setString(resposta, "return", YNo_getString(requisicao, "texto"));
 }
 
-void identidade(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
-    YNo_setPtr(resposta, "return", servico);
-}
-
 void espera(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
     Alvo::dentro++;
     acontece([] { return Alvo::aberto.load(); });
@@ -73,12 +69,8 @@ void estranha(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*
 
 // ---- Ways to end ----
 
-void vence(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
-    YWebService_setMomentoLimite(servico, std::time(nullptr) - 1);
-}
-
-void permanece(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
-    YWebService_setMomentoLimite(servico, 0);
+void vence(YWebService *servico, YNo *requisicao, YNo * /*resposta*/) {
+    YWebService_setMomentoLimite(servico, YNo_getInt64(requisicao, "quando"));
 }
 
 void suicida(YWebService *servico, YNo *requisicao, YNo * /*resposta*/) {
@@ -98,11 +90,10 @@ void troca(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
     YNo_setPtr(resposta, "return", novo);
 }
 
-constexpr YDefinicaoMetodo METODOS[] = {
-    {"soma", soma},     {"acumula", acumula},     {"total", total},           {"eco", eco},
-    {"espera", espera}, {"falha", falha},         {"identidade", identidade}, {"padrao", padrao},
-    {"vence", vence},   {"permanece", permanece}, {"estranha", estranha},     {"suicida", suicida},
-    {"troca", troca},   {nullptr, nullptr}};
+constexpr YDefinicaoMetodo METODOS[] = {{"soma", soma},       {"acumula", acumula}, {"total", total},
+                                        {"eco", eco},         {"espera", espera},   {"falha", falha},
+                                        {"padrao", padrao},   {"vence", vence},     {"estranha", estranha},
+                                        {"suicida", suicida}, {"troca", troca},     {nullptr, nullptr}};
 
 } // namespace
 

@@ -18,7 +18,9 @@ inline const std::string NAO_CONSTA = "YExcSoap: Servico nao consta da lista de 
 /// A running SOAP server with its port types.
 class ServidorSoap {
 public:
-    explicit ServidorSoap(const std::vector<YDefinicaoPortType> &portTypes) {
+    explicit ServidorSoap(const std::vector<YDefinicaoPortType> &portTypes,
+                          YFuncaoRtti classe = YSoapServer_rtti)
+        : servidor_(pramo::cria<YSoapServer>(classe)) {
         YSoapServer_setPorta(get(), 0);
         for (const YDefinicaoPortType &portType : portTypes) {
             YSoapServer_registraPortType(get(), &portType);
@@ -42,7 +44,7 @@ public:
     [[nodiscard]] std::uint64_t vivos() const { return YSoapServer_getServicos(get()); }
 
 private:
-    pramo::Ponteiro<YSoapServer> servidor_ = pramo::cria<YSoapServer>(YSoapServer_rtti);
+    pramo::Ponteiro<YSoapServer> servidor_;
 };
 
 /// The HTTP request of a call with this body.

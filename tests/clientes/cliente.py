@@ -5,7 +5,6 @@ import re
 import sys
 
 
-
 def falha(chamada, classe, texto):
     try:
         return chamada()

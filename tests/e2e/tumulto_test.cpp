@@ -31,12 +31,12 @@ public:
                 // Without envelope: the connection ended, or the files answered for a server that is stopped.
                 const bool semEnvelope = total.starts_with("no envelope");
                 estranhas += total != segredo && total != apoio::NAO_CONSTA && !semEnvelope ? 1 : 0;
-                apoio::Cliente leitor(porta);
-                leitor.envia(apoio::requisicao("GET /wsdl/Alvo"));
-                const apoio::Resposta r = leitor.recebe();
-                estranhas += r.linha == "HTTP/1.1 200 OK" && r.corpo != "<d>m</d>" ? 1 : 0;
+                const std::string gaveta = apoio::chama(porta, "Gaveta", "gaveta");
+                estranhas += gaveta != "aberta" && !gaveta.starts_with("no envelope") ? 1 : 0;
+                const std::string wsdl = apoio::conversa(porta, apoio::requisicao("GET /wsdl/Alvo"));
+                estranhas += wsdl.find(" 200 ") != std::string::npos && !wsdl.ends_with("<d>m</d>") ? 1 : 0;
                 const char *const fins[] = {"destroi", "vence", "suicida", "falha", "total", "total"};
-                chama(fins[sorte() % 6], meu + "<falta/>");
+                chama(fins[sorte() % 6], meu + "<falta/><quando>1</quando>");
                 meu = total == apoio::NAO_CONSTA ? "" : meu;
                 voltas++;
             } catch (const std::system_error &) {
@@ -76,10 +76,33 @@ private:
     }
 };
 
+// A server of the application's own: its handlers use a field that its destructor frees.
+struct Caixa : YSoapServer {
+    std::string *gaveta;
+};
+
+const YRtti *Caixa_rtti() {
+    static const YObThread_Rtti descritor = [] {
+        YObThread_Rtti d = *reinterpret_cast<const YObThread_Rtti *>(YSoapServer_rtti());
+        d.rtti = {YSoapServer_rtti, "Caixa", sizeof(Caixa),
+                  [](void *eu) { static_cast<Caixa *>(eu)->gaveta = new std::string("aberta"); },
+                  [](void *eu) { delete std::exchange(static_cast<Caixa *>(eu)->gaveta, nullptr); }};
+        return d;
+    }();
+    return &descritor.rtti;
+}
+
+void gaveta(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
+    const auto *caixa = static_cast<Caixa *>(YWebService_getSoapServer(servico));
+    YNo_setString(resposta, "return", caixa->gaveta->c_str());
+}
+
 TEST(Tumulto, ninguemChegaAoObjetoDeOutroENadaFica) {
     const apoio::Diario diario(0);
     for (unsigned vez = 0; vez < 3; vez++) {
-        apoio::ServidorSoap servidor({apoio::definicaoDoAlvo()});
+        constexpr YDefinicaoMetodo metodos[] = {{"gaveta", gaveta}, {nullptr, nullptr}};
+        apoio::ServidorSoap servidor(
+            {apoio::definicaoDoAlvo(), {"Gaveta", metodos, YWebService_rtti, nullptr, nullptr}}, Caixa_rtti);
         Tumulto tumulto;
         std::vector<std::jthread> donos;
         std::vector<std::jthread> clientes;
@@ -95,8 +118,7 @@ TEST(Tumulto, ninguemChegaAoObjetoDeOutroENadaFica) {
         clientes.clear();
         EXPECT_GT(tumulto.voltas, 3);
         EXPECT_EQ(tumulto.estranhas, 0);
-        EXPECT_EQ(Alvo::vivos, 0);
-        EXPECT_EQ(Alvo::quebrados, 0);
+        EXPECT_EQ(Alvo::vivos + Alvo::quebrados, 0);
     }
 }
 

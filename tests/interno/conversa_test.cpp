@@ -2,6 +2,8 @@
 // every n, or its n-th thread. It never ends the process, and the next client is served.
 #include "faltas.hpp"
 
+#include "apoio/alvo.hpp"
+#include "apoio/arvore.hpp"
 #include "apoio/soap.hpp"
 
 #include <gtest/gtest.h>
@@ -12,10 +14,6 @@ using apoio::alocacoes;
 using apoio::NUNCA;
 
 namespace {
-
-void soma(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
-    YNo_setInt(resposta, "return", YNo_getInt(requisicao, "a") + YNo_getInt(requisicao, "b"));
-}
 
 void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
     const auto ficha = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
@@ -35,32 +33,35 @@ void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
 }
 
 pramo::Ponteiro<YSoapServer> novoServidor() {
-    constexpr YDefinicaoMetodo metodos[] = {{"soma", soma}, {"preenche", preenche}, {nullptr, nullptr}};
-    const YDefinicaoPortType portType = {"Caixa", metodos, YWebService_rtti, nullptr, nullptr};
+    constexpr YDefinicaoMetodo metodos[] = {{"preenche", preenche}, {nullptr, nullptr}};
+    const YDefinicaoPortType caixa = {"Caixa", metodos, YWebService_rtti, nullptr, nullptr};
+    const YDefinicaoPortType alvo = apoio::definicaoDoAlvo();
     auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
     YSoapServer_setPorta(servidor.get(), 0);
-    YSoapServer_registraPortType(servidor.get(), &portType);
+    YSoapServer_registraPortType(servidor.get(), &caixa);
+    YSoapServer_registraPortType(servidor.get(), &alvo);
     return servidor;
 }
 
-std::string naCaixa(YSoapServer *servidor, const std::string &metodo, const std::string &parametros) {
-    return apoio::chama(static_cast<std::uint32_t>(YSoapServer_getPorta(servidor)), "Caixa", metodo,
-                        parametros);
+std::string soma(YSoapServer *servidor, const std::string &eu = "") {
+    return apoio::chama(static_cast<std::uint32_t>(YSoapServer_getPorta(servidor)), "Alvo", "soma",
+                        eu + "<a>2</a><b>3</b>");
 }
 
 /// The client's part; what fails on the server's side it sees as no answer.
 void conversa(YSoapServer *servidor) {
+    const auto porta = static_cast<std::uint32_t>(YSoapServer_getPorta(servidor));
     try {
-        naCaixa(servidor, "nada", "");
-        naCaixa(servidor, "soma", apoio::eu(naCaixa(servidor, "constroi", "")) + "<a>2</a>");
-        naCaixa(servidor, "preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
+        apoio::chama(porta, "Alvo", "nada");
+        soma(servidor, apoio::eu(apoio::chama(porta, "Alvo", "constroi")));
+        apoio::chama(porta, "Caixa", "preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
     } catch (const std::system_error &) {
     }
 }
 
 void serve(YSoapServer *servidor, const std::string &quem) {
     ASSERT_EQ(YSoapServer_esperaPronto(servidor, std::time(nullptr) + 10), 1) << quem;
-    EXPECT_EQ(naCaixa(servidor, "soma", "<a>2</a><b>3</b>"), "5") << quem;
+    EXPECT_EQ(soma(servidor), "5") << quem;
 }
 
 /// Runs the action with the n-th allocation of the threads that are not spared failing, alone and with twenty
@@ -114,14 +115,10 @@ TEST(Conversa, semThreadOComecoSeDesfaz) {
     for (int n = 0; n < 2; n++) {
         const auto servidor = novoServidor();
         apoio::threads.ainda = n;
-        std::string falha;
-        try {
-            YObThread_start(servidor.get());
-        } catch (const YExcecao &e) {
-            falha = e.what();
-        }
+        EXPECT_EQ(apoio::excecao([&] { YObThread_start(servidor.get()); }),
+                  "YExc: N\xE3o foi poss\xEDvel criar a thread.")
+            << n;
         apoio::threads.ainda = NUNCA;
-        EXPECT_EQ(falha, "N\xE3o foi poss\xEDvel criar a thread.") << n;
         EXPECT_EQ(YObThread_isAlive(servidor.get()), 0);
         EXPECT_EQ(YObThread_isAlive(servidor->webServer), 0) << "nothing serves";
         EXPECT_EQ(YSoapServer_getPorta(servidor.get()), 0);

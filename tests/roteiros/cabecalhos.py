@@ -25,5 +25,5 @@ def comandos():
 
 
 with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as executor:
-    feitos = list(executor.map(lambda comando: subprocess.run(comando, input=b"int um;").returncode, comandos()))
+    feitos = list(executor.map(lambda comando: subprocess.run(comando, input=b"int um;\n").returncode, comandos()))
 sys.exit(any(feitos) or not CABECALHOS)
