@@ -45,7 +45,7 @@ def aperta(caminho, limite):
 
 
 def main():
-    tarefas = [(caminho, limite) for limite in (100, 200, 600) for caminho in sys.argv[1:]]
+    tarefas = [(caminho, limite) for limite in (200, 400, 600) for caminho in sys.argv[1:]]
     with concurrent.futures.ThreadPoolExecutor(3) as juntas:
         list(juntas.map(aperta, *zip(*tarefas)))
     return 0
