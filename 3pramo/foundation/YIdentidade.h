@@ -1,7 +1,8 @@
 /* Text identities of pointers: what a client is given to name an object by.
  *
  * The text is 32 hexadecimal digits from the system's random source, never the address, and is never given
- * to a second pointer. All functions may be called from any thread. */
+ * to a second pointer. One that was given to something freed since names what is made at its address next,
+ * unless that is a service object. All functions may be called from any thread. */
 #ifndef Y3PRAMO_FOUNDATION_YIDENTIDADE_H
 #define Y3PRAMO_FOUNDATION_YIDENTIDADE_H
 

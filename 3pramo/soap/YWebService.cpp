@@ -16,6 +16,7 @@ constexpr std::int64_t VIDA_SEM_CHAMADAS = 1800; // seconds
 void constroiServico(void *objeto) {
     auto *servico = static_cast<YWebService *>(objeto);
     servico->privado = semFaltaDeMemoria("YWebService", [&] { return new Registro(servico); });
+    esqueceIdentidade(servico); // one that was given out for what lived at this address before
 }
 
 void destroiServico(void *objeto) {
