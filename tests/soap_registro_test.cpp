@@ -70,10 +70,19 @@ struct Par : YWebService {
     YWebService *outro;
 };
 
+bool emLiberacao = false; // the server of whoever ends
+
 const YRtti TEIMOSO = {YWebService_rtti, "Teimoso", 0, nullptr, [](void *objeto) {
                            auto *servico = static_cast<YWebService *>(objeto);
-                           YSoapServer_registraServico(YWebService_getSoapServer(servico), servico);
-                           YWebService_setSoapServer(servico, YWebService_getSoapServer(servico));
+                           YSoapServer *dono = YWebService_getSoapServer(servico);
+                           if (emLiberacao) {
+                               YObThread_start(dono);
+                               YliberaObjeto(dono);
+                           } else {
+                               YWebService_setSoapServer(servico, dono);
+                               YWebService_setSoapServer(servico, nullptr);
+                               YSoapServer_registraServico(dono, servico);
+                           }
                            Alvo::quebrados++;
                        }};
 const YRtti QUE_FALHA = {YWebService_rtti, "QueFalha", 0, nullptr,
@@ -100,9 +109,31 @@ TEST_F(SoapRegistro, oServidorLiberaOsSeusComoQuerQueTerminem) {
             YWebService_setSoapServer(este, servidor.get());
         }
     }
+    YWebService_setSoapServer(pramo::cria<YWebService>([] { return &TEIMOSO; }).release(), servidor.get());
+    emLiberacao = true;
     EXPECT_NO_THROW(servidor.reset());
     EXPECT_EQ(Alvo::vivos, 1);
+    EXPECT_EQ(Alvo::quebrados.exchange(0), 1) << "a server that goes is not started, nor freed again";
     YObLOG_habilita(antes);
+}
+
+TEST_F(SoapRegistro, quemNasceNoLugarDeOutroNaoHerdaASuaIdentidade) {
+    struct {
+        void *bloco;
+        char texto[Y_TAMANHO_IDENTIDADE];
+    } outros[50]; // some addresses are used again, or all
+    for (auto &velho : outros) {
+        velho.bloco = YalocaMemoria(sizeof(Alvo));
+        YObPtrToStr(velho.texto, sizeof velho.texto, velho.bloco);
+    }
+    for (auto &velho : outros) {
+        YliberaMemoria(velho.bloco);
+    }
+    std::vector<pramo::Ponteiro<YWebService>> novos;
+    for (const auto &velho : outros) {
+        novos.push_back(pramo::cria<YWebService>(apoio::Alvo_rtti));
+        EXPECT_NE(YObStrToPtr(velho.texto), novos.back().get());
+    }
 }
 
 const YRetentor_Rtti RETENTOR = {

@@ -3,6 +3,7 @@
 
 #include <3pramo/foundation/YIdentidade_interno.hpp>
 
+#include <algorithm>
 #include <ctime>
 #include <utility>
 
@@ -13,13 +14,15 @@ using namespace pramo::soap;
 
 namespace {
 
-/// Takes the object out of this server's set, unless it is not there; under the registry lock.
-bool tira(YSoapServer *servidor, Registro &registro) {
+/// Takes the object out of this server's set, unless it is not there, and condemns it if it is to be freed;
+/// under the registry lock. Whoever sees that it has left sees that, too: taking it out then undoes its end.
+bool tira(YSoapServer *servidor, Registro &registro, std::uint32_t marca = 0) {
     if (servidor->servicos == nullptr || registro.conjunto.load() != servidor) {
         return false;
     }
     YSet_remove(servidor->servicos, registro.servico);
     privado(servidor).temporarios -= std::exchange(registro.temporario, false) ? 1 : 0;
+    registro.palavra.fetch_or(marca);
     registro.conjunto = nullptr;
     return true;
 }
@@ -89,8 +92,8 @@ Pino soap::pinaVivo(YSoapServer *servidor, const char *identidade) {
 
 void soap::derruba(YSoapServer *servidor, const Pino &pino) {
     const TrancaDoRegistro tranca(servidor);
-    if (pino.vivo() && tira(servidor, pino.registro())) {
-        pino.registro().palavra.fetch_or(Registro::CONDENADO);
+    if (pino.vivo()) {
+        tira(servidor, pino.registro(), Registro::CONDENADO);
     }
 }
 
@@ -100,32 +103,50 @@ void soap::abandonaTemporario(YSoapServer *servidor, const Pino &pino) {
         return; // the handler took it
     }
     if (privado(servidor).temporarios > privado(servidor).limiteDeServicos.load()) {
-        tira(servidor, pino.registro());
-        pino.registro().palavra.fetch_or(Registro::CONDENADO);
+        tira(servidor, pino.registro(), Registro::CONDENADO);
     } else {
         YWebService_setMomentoLimite(pino.servico(), std::time(nullptr));
     }
 }
 
-void soap::varre(YSoapServer *servidor) {
-    Fila vencidos; // freed after the lock
+namespace {
+
+/// The next expired object below place `i`, out of the set and condemned; empty when there is none.
+/// Downwards: what leaves meanwhile puts the last one, which was looked at, in its place.
+Pino tiraVencido(YSoapServer *servidor, std::int64_t agora, std::uint64_t &i) {
     const TrancaDoRegistro tranca(servidor);
-    if (servidor->servicos == nullptr || YSet_tam(servidor->servicos) == 0) {
-        return;
-    }
-    const std::int64_t agora = std::time(nullptr);
-    for (YSetIt it = YSet_inicio(servidor->servicos); it != YSet_fim(servidor->servicos);) {
-        auto *servico = static_cast<YWebService *>(*it);
+    i = std::min(i, YSet_tam(servidor->servicos));
+    while (i > 0) {
+        auto *servico = static_cast<YWebService *>(YSet_inicio(servidor->servicos)[--i]);
         const std::int64_t limite = momentoDe(*servico).load(); // whoever set it has let go of the object
         if (limite == 0 || agora <= limite) {
-            it++;
             continue;
         }
         Pino pino(*servico);
-        tira(servidor, registroDe(*servico));
+        tira(servidor, registroDe(*servico), Registro::CONDENADO);
         if (pino) {
-            vencidos.poe(std::move(pino));
+            return pino;
         }
+    }
+    return {};
+}
+
+/// Its destructors may raise, log, and end the thread: not from a destructor of ours.
+void solta(Pino pino) {
+    try {
+        pino.solta();
+    } catch (...) {
+        registraExcecaoCorrente("YWebService");
+    }
+}
+
+} // namespace
+
+void soap::varre(YSoapServer *servidor) {
+    const std::int64_t agora = std::time(nullptr);
+    std::uint64_t i = UINT64_MAX;
+    while (Pino vencido = tiraVencido(servidor, agora, i)) {
+        solta(std::move(vencido));
     }
 }
 
@@ -138,7 +159,10 @@ void soap::esvazia(YSoapServer *servidor) {
         while (YSet_tam(servidor->servicos) != 0) {
             auto *servico = static_cast<YWebService *>(YSet_fim(servidor->servicos)[-1]);
             Pino pino(*servico);
-            tira(servidor, registroDe(*servico));
+            if ((registroDe(*servico).palavra.load() & Registro::PINOS) > 1) {
+                servidorDe(*servico).store(nullptr); // a call of another server outlives this one
+            }
+            tira(servidor, registroDe(*servico), Registro::CONDENADO);
             if (pino) {
                 todos.poe(std::move(pino));
             }
@@ -146,6 +170,9 @@ void soap::esvazia(YSoapServer *servidor) {
         servicos = std::exchange(servidor->servicos, nullptr);
     }
     YliberaObjeto(servicos);
+    while (Pino pino = todos.toma()) {
+        solta(std::move(pino));
+    }
 }
 
 void YSoapServer_registraServico(YSoapServer *servidor, YWebService *servico) {

@@ -29,11 +29,17 @@ void destroiServico(void *objeto) {
     }
 }
 
-/// The object leaves its live set at once and goes when nobody uses it.
+/// The object leaves its live set at once and goes when nobody uses it; false also when it is going already.
 bool podeLiberar(void *objeto) {
     auto &servico = *static_cast<YWebService *>(objeto);
     saiDoConjunto(servico);
-    return (registroDe(servico).palavra.fetch_or(Registro::CONDENADO) & Registro::PINOS) == 0;
+    std::atomic<std::uint32_t> &palavra = registroDe(servico).palavra;
+    std::uint32_t antes = palavra.load();
+    std::uint32_t depois = 0;
+    do {
+        depois = antes | Registro::CONDENADO | ((antes & Registro::PINOS) == 0 ? Registro::MORTO : 0);
+    } while (!palavra.compare_exchange_weak(antes, depois));
+    return (antes & (Registro::PINOS | Registro::MORTO)) == 0;
 }
 
 // The accessors of a const object read through the same atomic reference.
@@ -98,15 +104,18 @@ void Pino::solta() {
 
 void Fila::poe(Pino pino) {
     Registro *registro = std::exchange(pino.registro_, nullptr);
-    registro->palavra.fetch_or(Registro::CONDENADO);
     registro->proximo = std::exchange(primeiro_, registro);
 }
 
+Pino Fila::toma() {
+    Pino pino;
+    pino.registro_ = primeiro_;
+    primeiro_ = primeiro_ != nullptr ? primeiro_->proximo : nullptr;
+    return pino;
+}
+
 Fila::~Fila() {
-    while (primeiro_ != nullptr) {
-        Pino pino;
-        pino.registro_ = primeiro_;
-        primeiro_ = primeiro_->proximo;
+    while (toma()) {
     }
 }
 

@@ -13,7 +13,7 @@ namespace pramo {
 /// and learns from it that the object is gone, whatever lives at its address by then.
 ///
 /// `palavra` counts the pins and holds two marks. CONDENADO: to be freed by the last pin that goes; it gets
-/// no new pins. MORTO: the object's destructor has run.
+/// no new pins. MORTO: its destructors run, or have run; it gets no new pins whatever they do.
 ///
 /// `conjunto` is the server in whose live set the object is, null for none. It changes under that server's
 /// registry lock: from null when the object enters, to null when it leaves. So an object is in one live set
@@ -80,6 +80,8 @@ public:
     Fila &operator=(const Fila &) = delete;
 
     void poe(Pino pino);
+    /// The next one; empty when there is none.
+    Pino toma();
 
 private:
     Registro *primeiro_ = nullptr;
