@@ -35,7 +35,8 @@ Y_EXPORTA int YObLOG_habilitadas(void);
 /* Where records go: `funcao` is called with the context, the record's mask and the escaped text (zero-
  * terminated, no line end, valid during the call), one record at a time, in the order in which they were
  * written. It may log itself: such a record goes to standard error, cut to 1,023 bytes. A record whose sink
- * raises an exception of any kind goes there, too; a sink that ends its thread (pthread_exit) ends just that.
+ * raises an exception of any kind goes there, too; a sink that ends its thread (pthread_exit) ends just that,
+ * unless it was called by a destructor that runs for another exception: that ends the process, as C++ has it.
  * Records from where that cannot be (the freeing of owned objects whose destructors fail) reach the sink with
  * the next record, or when a connection ends.
  * Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on standard error, in UTF-8. It waits

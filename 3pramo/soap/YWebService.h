@@ -14,8 +14,10 @@
  * When it goes. However it is ended, an object leaves its live set at once, so that no further call reaches
  * it, and its destructors run when the last call on it has returned: at once when there is none. Until then
  * it keeps its identity and its server (which does not wait for calls that came through another one: freed
- * before them, it leaves the object without a server). Once its end has begun it enters no live set again;
- * only taking it out in a handler undoes an end that "destroi" or the sweep has begun.
+ * before them, it leaves the objects in its set without a server). Once its end has begun it enters no live
+ * set again; only taking it out in a handler undoes an end that "destroi" or the sweep has begun.
+ *
+ * A constructor does not put its own object into a server: what derives from its class is not made yet.
  *
  * The deadline and the server may be read and set from any thread while the object lives; threads that put
  * one object into different servers leave it in the one that came last. */
