@@ -32,6 +32,8 @@ void ecoa(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *r
         throw 7;
     } else if (qual == "/detalhe") {
         YContextoTry_printf("de outra requisicao. ");
+    } else if (qual == "/outroSegundo") {
+        EXPECT_TRUE(acontece([agora = std::time(nullptr)] { return std::time(nullptr) > agora; }));
     }
     YStream *corpo = YMensagemHttp_getBody(requisicao);
     YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
@@ -204,6 +206,13 @@ TEST_F(Http, fechaLogo) {
 }
 
 // A connection ends two seconds after its last batch began, with nothing more written to it.
+TEST_F(Http, umaDataParaOLoteInteiro) {
+    Cliente cliente(servidor.porta());
+    cliente.envia(requisicao("GET /outroSegundo") + requisicao("GET /outroSegundo"));
+    const std::string data = cliente.recebe().campos["date"];
+    EXPECT_EQ(data, cliente.recebe().campos["date"]);
+}
+
 TEST_F(Http, lotesDeDoisSegundos) {
     const Diario diario;
     const std::string meiaPost = "POST /x HTTP/1.1\r\nContent-Length: 9\r\n\r\nabc";
