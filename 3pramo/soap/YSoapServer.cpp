@@ -39,7 +39,7 @@ void desliga(YSoapServer *servidor) {
     Privado &p = privado(servidor);
     Tranca tranca(p.trinco);
     YWebServer *web = servidor->webServer;
-    recusaEmUso(web);
+    recusaEmUso(web); // before anything changes: a thread of the web server cannot wait for its own end
     if (!std::exchange(p.servindo, false)) {
         return;
     }
@@ -127,7 +127,7 @@ void inicia(YObThread *thread) {
         return;
     }
     YObThread_stopImpl(servidor); // a stop that was only asked for ends now
-    desliga(servidor);
+    desliga(servidor);            // a thread that ended by itself left the web server serving
     try {
         YWebServer *web = liga(servidor);
         YObThread_start(web);

@@ -43,6 +43,7 @@ bool tentaEntrar(YSoapServer *servidor, const Pino &pino, Entrada entrada) {
     if (entrada != Entrada::TEMPORARIA) {
         conservaIdentidade(&servico, &registro);
     }
+    // What can fail comes before the object is seen to be in the set.
     YSet_poe(servidor->servicos, &servico);
     YSoapServer *onde = nullptr;
     if (!registro.conjunto.compare_exchange_strong(onde, servidor) && onde != servidor) {

@@ -33,6 +33,8 @@ void destroiServico(void *objeto) {
 bool podeLiberar(void *objeto) {
     auto &servico = *static_cast<YWebService *>(objeto);
     saiDoConjunto(servico);
+    // One step: either a pin was there and its holder will free the object, or there is none and never will
+    // be.
     std::atomic<std::uint32_t> &palavra = registroDe(servico).palavra;
     std::uint32_t antes = palavra.load();
     std::uint32_t depois = 0;
@@ -90,6 +92,7 @@ void Pino::solta() {
     if (registro == nullptr) {
         return;
     }
+    // Read before the pin goes: whoever lets go last frees the record.
     YWebService *servico = registro->servico;
     const std::uint32_t antes = registro->palavra.fetch_sub(1);
     if ((antes & Registro::PINOS) > 1) {
