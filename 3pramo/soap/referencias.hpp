@@ -3,7 +3,7 @@
 #ifndef Y3PRAMO_SOAP_REFERENCIAS_HPP
 #define Y3PRAMO_SOAP_REFERENCIAS_HPP
 
-#include <3pramo/soap/YSoapParser_interno.hpp>
+#include <3pramo/node/YSoapParser_interno.hpp>
 
 namespace pramo::soap {
 

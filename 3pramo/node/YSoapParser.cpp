@@ -1,4 +1,4 @@
-#include <3pramo/soap/YSoapParser_interno.hpp>
+#include <3pramo/node/YSoapParser_interno.hpp>
 
 #include <3pramo/foundation/YDIC_interno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>

@@ -1,8 +1,8 @@
 // What a parser tells the dispatch of a call about its last read.
-#ifndef Y3PRAMO_SOAP_YSOAPPARSER_INTERNO_HPP
-#define Y3PRAMO_SOAP_YSOAPPARSER_INTERNO_HPP
+#ifndef Y3PRAMO_NODE_YSOAPPARSER_INTERNO_HPP
+#define Y3PRAMO_NODE_YSOAPPARSER_INTERNO_HPP
 
-#include <3pramo/soap/YSoapParser.h>
+#include <3pramo/node/YSoapParser.h>
 
 #include <cstdint>
 
