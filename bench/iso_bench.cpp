@@ -133,13 +133,13 @@ public:
 
     bool le(std::string_view fio) {
         const char *posicao = fio.data();
-        YMensagemIso_carregaBloco(mensagem_.get(), &posicao, fio.size());
+        YMensagemIso_carregaBloco(mensagem_, &posicao, fio.size());
         return posicao == fio.data() + fio.size();
     }
 
     std::string_view grava(Saida &saida) const {
         YStream_clear(saida.stream.get());
-        YMensagemIso_emiteEmStream(mensagem_.get(), saida.stream.get());
+        YMensagemIso_emiteEmStream(mensagem_, saida.stream.get());
         return {YStream_str(saida.stream.get()), static_cast<std::size_t>(YStream_tam(saida.stream.get()))};
     }
 
@@ -152,7 +152,7 @@ class NossaAteZero : public Nossa {
 public:
     bool le(std::string_view fio) {
         const char *posicao = fio.data();
-        YMensagemIso_carrega(mensagem_.get(), &posicao);
+        YMensagemIso_carrega(mensagem_, &posicao);
         return posicao == fio.data() + fio.size();
     }
 };
@@ -161,14 +161,14 @@ public:
 
 std::string emite(const pramo::Ponteiro<YMensagemIso> &mensagem) {
     const auto saida = pramo::cria<YStream>(YStream_rtti);
-    YMensagemIso_emiteEmStream(mensagem.get(), saida.get());
-    return YStream_str(saida.get());
+    YMensagemIso_emiteEmStream(mensagem, saida);
+    return YStream_str(saida);
 }
 
 /// An authorization as a terminal sends it.
 std::string tipica() {
     const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    YMensagemIso_setTransacao(mensagem.get(), 200);
+    YMensagemIso_setTransacao(mensagem, 200);
     const struct {
         int bit;
         const char *texto;
@@ -190,21 +190,21 @@ std::string tipica() {
         {62, "00112233"},
     };
     for (const auto &[bit, texto] : elementos)
-        YMensagemIso_setBit(mensagem.get(), bit, texto);
+        YMensagemIso_setBit(mensagem, bit, texto);
     return emite(mensagem);
 }
 
 /// Every element but 1 and 65: those of fixed length whole, the others with up to 40 characters.
 std::string cheia() {
     const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    YMensagemIso_setTransacao(mensagem.get(), 200);
+    YMensagemIso_setTransacao(mensagem, 200);
     for (int bit = 2; bit <= Y_ISO_ELEMENTOS; bit++) {
         if (bit == 65)
             continue;
         const std::uint64_t formato = elementosIso[bit - 1].formato;
         const std::size_t maximo = Y_ISO_CARACTERES(formato);
         const std::string texto(Y_ISO_DIGITOS(formato) != 0 && maximo > 40 ? 40 : maximo, '7');
-        YMensagemIso_setBit(mensagem.get(), bit, texto.c_str());
+        YMensagemIso_setBit(mensagem, bit, texto.c_str());
     }
     return emite(mensagem);
 }

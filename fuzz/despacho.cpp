@@ -40,8 +40,8 @@ void confereEnvelope(YStream *corpo) {
     const auto texto = pramo::cria<YStream>(YStream_rtti, "fuzz");
     pramo::acrescenta(*texto, pramo::conteudo(*corpo).substr(pramo::conteudo(*corpo).find('\n') + 1));
     const auto no = pramo::cria<YNo>(YNo_rtti, "fuzz");
-    YNo_leDe(no.get(), texto.get());
-    assert(YNo_getFilho(no.get(), "Body", 0) != nullptr && YStream_disponiveis(texto.get()) == 0);
+    YNo_leDe(no, texto);
+    assert(YNo_getFilho(no, "Body", 0) != nullptr && YStream_disponiveis(texto) == 0);
 }
 
 } // namespace
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *dados, size_t tamanho) {
     YDIC_guarda(requisicao->header, "SOAPAction", acao.c_str());
     pramo::acrescenta(*requisicao->body, resto);
     try {
-        pramo::soap::trataRequisicao(servidor, uri.data(), requisicao.get(), resposta.get());
+        pramo::soap::trataRequisicao(servidor, uri.data(), requisicao, resposta);
         confereEnvelope(resposta->body);
     } catch (const YExcecao &) {
         assert(acao.find('#') == std::string::npos); // nothing else keeps a call from its envelope

@@ -1,8 +1,8 @@
 // Messages as the web server reads them: head, body and request line, from bytes cut into arrivals.
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExcecao.hpp>
 #include <3pramo/foundation/YSocket_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 #include <3pramo/http/YWebServer_interno.hpp>
 
 #include <cassert>
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tam
     assert(enviados == static_cast<ssize_t>(tamanho - 2));
     shutdown(par[1], SHUT_WR);
     const auto mensagem = pramo::cria<YMensagemHttp>(YMensagemHttp_rtti, "fuzz");
-    YMensagemHttp_setSocket(mensagem.get(), socket.get());
+    YMensagemHttp_setSocket(mensagem, socket);
     try {
         while (leUma(*mensagem, 8 * (std::size_t{bytes[0]} + 1), 8 * std::size_t{bytes[1]})) {
         }

@@ -22,8 +22,8 @@ Mensagem carregada(const std::string &texto, bool ateZero) {
     auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const char *posicao = texto.c_str();
     apoio::excecao([&] { // what was read stays in the message
-        ateZero ? YMensagemIso_carrega(mensagem.get(), &posicao)
-                : YMensagemIso_carregaBloco(mensagem.get(), &posicao, texto.size());
+        ateZero ? YMensagemIso_carrega(mensagem, &posicao)
+                : YMensagemIso_carregaBloco(mensagem, &posicao, texto.size());
     });
     exige(posicao >= texto.c_str() && posicao <= texto.c_str() + texto.size());
     return mensagem;
@@ -37,7 +37,7 @@ void pelaFormaDoFio(const std::string &texto) {
         const std::string fio = apoio::escrito(lida.get(), YMensagemIso_emiteEmStream);
         exige(apoio::escrito(carregada(fio, false).get(), YMensagemIso_emiteEmStream) == fio);
         apoio::escrito(lida.get(), YMensagemIso_dumpMascaradoEmStream);
-        YMensagemIso_valida(lida.get(), nullptr, nullptr);
+        YMensagemIso_valida(lida, nullptr, nullptr);
     }
 }
 
@@ -58,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tam
     const Mensagem mensagem = doTexto(texto);
     bool cabem = true; // longer texts are cut in reading
     for (std::int32_t bit = 1; bit <= mensagem->capacidade; bit++) {
-        cabem = cabem && YMensagemIso_getTamanhoBit(mensagem.get(), bit) <= 2043;
+        cabem = cabem && YMensagemIso_getTamanhoBit(mensagem, bit) <= 2043;
     }
     const std::string salvo = apoio::escrito(mensagem.get(), YMensagemIso_salvaEmStream);
     exige(!cabem || apoio::escrito(doTexto(salvo).get(), YMensagemIso_salvaEmStream) == salvo);

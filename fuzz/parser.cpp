@@ -44,8 +44,8 @@ bool seRele(const YNo *no) {
 void confereReleitura(const YNo *no) {
     const std::string escrito = apoio::grava(no);
     const auto relido = lido(escrito);
-    if (seRele(no) && (relido == nullptr || apoio::grava(relido.get()) != escrito)) {
-        std::fprintf(stderr, "written: %s\nread: %s\n", escrito.c_str(), apoio::grava(relido.get()).c_str());
+    if (seRele(no) && (relido == nullptr || apoio::grava(relido) != escrito)) {
+        std::fprintf(stderr, "written: %s\nread: %s\n", escrito.c_str(), apoio::grava(relido).c_str());
         std::abort();
     }
 }
@@ -55,9 +55,9 @@ void confereReleitura(const YNo *no) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tamanho);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tamanho) {
     if (const auto raiz = lido({reinterpret_cast<const char *>(bytes), tamanho})) {
-        confereReleitura(raiz.get());
-        apoio::excecao([&] { YNo_corrigeMaps(raiz.get()); }); // an entry may have no key
-        confereReleitura(raiz.get());
+        confereReleitura(raiz);
+        apoio::excecao([&] { YNo_corrigeMaps(raiz); }); // an entry may have no key
+        confereReleitura(raiz);
     }
     return 0;
 }

@@ -99,7 +99,7 @@ TEST(QueDestroi, mapaDestroiOValorSubstituido) {
     std::vector<int> mortos;
     const std::function<void(Elemento *)> aoMorrer = [&](Elemento *e) { mortos.push_back(e->numero); };
     const auto mapa = cria<YMapa>(YMapaQueDestroi_rtti);
-    YMapa_guarda(mapa.get(), "k", novo(1, aoMorrer));
+    YMapa_guarda(mapa, "k", novo(1, aoMorrer));
     const Ponteiro<Elemento> segundo(novo(2, aoMorrer));
     YMapa_guarda(mapa.get(), "k", segundo.get());
     YMapa_guarda(mapa.get(), "k", segundo.get()); // the same pointer lives on
@@ -117,28 +117,28 @@ TEST(Vetor, removeAPrimeiraOcorrenciaEConservaAOrdem) {
     std::vector<void *> modelo;
     for (std::uintptr_t i = 0; i < 100; i++) {
         modelo.push_back(ponteiro(i % 40)); // null is an element like any other
-        YVetor_poe(vetor.get(), modelo.back());
+        YVetor_poe(vetor, modelo.back());
     }
     for (const std::uintptr_t i : {0U, 39U, 5U, 5U, 19U}) {
-        EXPECT_EQ(YVetor_remove(vetor.get(), ponteiro(i)), 1) << i;
+        EXPECT_EQ(YVetor_remove(vetor, ponteiro(i)), 1) << i;
         modelo.erase(std::find(modelo.begin(), modelo.end(), ponteiro(i)));
-        EXPECT_EQ(std::vector<void *>(YVetor_inicio(vetor.get()), YVetor_fim(vetor.get())), modelo) << i;
+        EXPECT_EQ(std::vector<void *>(YVetor_inicio(vetor), YVetor_fim(vetor)), modelo) << i;
     }
-    EXPECT_EQ(YVetor_remove(vetor.get(), ponteiro(41)), 0);
+    EXPECT_EQ(YVetor_remove(vetor, ponteiro(41)), 0);
 }
 
 TEST(Set, passeioQueRemoveVeCadaElementoUmaVez) {
     const auto s = cria<YSet>(YSet_rtti);
     for (const std::size_t passo : {1U, 2U, 5U}) { // removes every element, every second one, ...
-        YSet_clear(s.get());
+        YSet_clear(s);
         std::multiset<void *> vistos;
         std::multiset<void *> postos;
         for (std::uintptr_t i = 0; i < 30; i++) {
-            YSet_poe(s.get(), *postos.insert(ponteiro(i)));
+            YSet_poe(s, *postos.insert(ponteiro(i)));
         }
-        for (YSetIt it = YSet_inicio(s.get()); it != YSet_fim(s.get());) {
+        for (YSetIt it = YSet_inicio(s); it != YSet_fim(s);) {
             vistos.insert(*it);
-            vistos.size() % passo == 0 ? static_cast<void>(YSet_remove(s.get(), *it)) : YSetIt_anda(&it);
+            vistos.size() % passo == 0 ? static_cast<void>(YSet_remove(s, *it)) : YSetIt_anda(&it);
         }
         EXPECT_EQ(vistos, postos) << passo;
     }
@@ -161,10 +161,10 @@ TEST(Set, concordaComOModelo) {
         ASSERT_TRUE(passo % 64 != 0 || std::set<void *>(YSet_inicio(s), YSet_fim(s)) == modelo) << passo;
     }
     const auto uniao = cria<YSet>(YSet_rtti);
-    YSet_poe(uniao.get(), *modelo.insert(ponteiro(999)).first);
-    YSet_poeTudo(uniao.get(), s);
-    YSet_poeTudo(uniao.get(), uniao.get());
-    EXPECT_EQ(std::set<void *>(YSet_inicio(uniao.get()), YSet_fim(uniao.get())), modelo);
+    YSet_poe(uniao, *modelo.insert(ponteiro(999)).first);
+    YSet_poeTudo(uniao, s);
+    YSet_poeTudo(uniao, uniao);
+    EXPECT_EQ(std::set<void *>(YSet_inicio(uniao), YSet_fim(uniao)), modelo);
 }
 
 TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
@@ -186,7 +186,7 @@ TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
 TEST(Retentor, semOperacaoDaZeroERegistra) {
     const auto retentor = cria<YRetentor>(YRetentor_rtti);
     const apoio::Diario diario;
-    EXPECT_EQ(YRetentor_requisita0(retentor.get(), nullptr, 4, nullptr, 5), 0);
+    EXPECT_EQ(YRetentor_requisita0(retentor, nullptr, 4, nullptr, 5), 0);
     EXPECT_EQ(diario.quantos("Chamada de operação sem implementação."_l1), 1);
 }
 

@@ -34,12 +34,12 @@ struct Operacao {
     }
     [[nodiscard]] std::string escrita() const {
         const auto resposta = pramo::cria<YNo>(YNo_rtti);
-        Pramo_Operacao_descarregaNaResposta(*this, resposta.get());
-        return apoio::grava(resposta.get());
+        Pramo_Operacao_descarregaNaResposta(*this, resposta);
+        return apoio::grava(resposta);
     }
     [[nodiscard]] std::string carrega(const std::string &campos) const {
         const auto requisicao = apoio::le("<r>" + campos + "</r>");
-        return excecao([&] { Pramo_Operacao_carregaDaRequisicao(*this, requisicao.get()); });
+        return excecao([&] { Pramo_Operacao_carregaDaRequisicao(*this, requisicao); });
     }
 };
 
@@ -195,7 +195,7 @@ TEST(Operacao, classesDaAplicacaoPreenchemAsOperacoesQueFaltam) {
         EXPECT_EQ(op.carrega("<campo nome=\"a\">9</campo>"), "");
         EXPECT_EQ(memoria, 'p');
         op.cria("b", &memoria, 1, usado);
-        EXPECT_EQ(op.escrita().find("<valor>meu</valor>") != std::string::npos, usado == tipo.get());
+        EXPECT_EQ(op.escrita().find("<valor>meu</valor>") != std::string::npos, usado == tipo);
     }
     Pramo_Operacao_trataCampos(op);
     EXPECT_EQ(Pramo_Operacao_temMensagem(op, "tratada"), 1);
@@ -211,7 +211,7 @@ TEST(Operacao, cargaEstritaRecusadaDeixaTudoComoEra) {
     Pramo_Variavel *a = op.cria("a", &memoria[0], 1, Pramo_Tipo_getTipoBIN());
     Pramo_Variavel_acrescentaOpcao(a, "o", "O");
     op.cria("d", &memoria[1], 0, Pramo_Tipo_getTipoDATAC());
-    op.cria("p", &memoria[3], 1, tipo.get());
+    op.cria("p", &memoria[3], 1, tipo);
     op.cria("q", &memoria[3], 2, Pramo_Tipo_getTipoAutorizacao()); // the same memory
     op.cria("c", &memoria[5], 1);
     const auto estado = [&] {

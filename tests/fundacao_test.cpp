@@ -65,8 +65,8 @@ TEST(Objetos, constroemDaRaizEDestroemDaClasseOQueTerminou) {
 
 std::string descricao() {
     const auto stream = pramo::cria<YStream>(YStream_rtti);
-    YExc_descreveEmStream(stream.get());
-    return YStream_str(stream.get());
+    YExc_descreveEmStream(stream);
+    return YStream_str(stream);
 }
 
 /// The message of an exception that is raised with the text.

@@ -22,9 +22,9 @@ using Elementos = std::map<int, std::string>;
 
 Mensagem montada(int codigo, const Elementos &elementos) {
     auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    YMensagemIso_setTransacao(mensagem.get(), codigo);
+    YMensagemIso_setTransacao(mensagem, codigo);
     for (const auto &[bit, texto] : elementos) {
-        YMensagemIso_setBitTam(mensagem.get(), bit, texto.data(), texto.size());
+        YMensagemIso_setBitTam(mensagem, bit, texto.data(), texto.size());
     }
     return mensagem;
 }
@@ -32,7 +32,7 @@ Mensagem montada(int codigo, const Elementos &elementos) {
 Mensagem carregada(std::string_view fio) {
     auto mensagem = montada(999, {{2, "antes"}, {70, "antes"}});
     const char *posicao = fio.data();
-    YMensagemIso_carregaBloco(mensagem.get(), &posicao, fio.size());
+    YMensagemIso_carregaBloco(mensagem, &posicao, fio.size());
     EXPECT_EQ(posicao, fio.data() + fio.size()) << fio;
     return mensagem;
 }
@@ -40,9 +40,9 @@ Mensagem carregada(std::string_view fio) {
 Elementos elementosDe(const Mensagem &mensagem) {
     Elementos elementos;
     for (int bit = 1; bit <= mensagem->capacidade; bit++) {
-        if (const char *texto = YMensagemIso_getBit(mensagem.get(), bit)) {
-            EXPECT_EQ(texto[YMensagemIso_getTamanhoBit(mensagem.get(), bit)], 0);
-            elementos[bit] = {texto, YMensagemIso_getTamanhoBit(mensagem.get(), bit)};
+        if (const char *texto = YMensagemIso_getBit(mensagem, bit)) {
+            EXPECT_EQ(texto[YMensagemIso_getTamanhoBit(mensagem, bit)], 0);
+            elementos[bit] = {texto, YMensagemIso_getTamanhoBit(mensagem, bit)};
         }
     }
     return elementos;
@@ -110,8 +110,8 @@ TEST(Iso, todoComecoDeMensagemPara) {
             const Mensagem mensagem = montada(999, {{2, "antes"}, {70, "antes"}});
             const char *posicao = texto;
             const std::string excecao = apoio::excecao([&] {
-                n % 2 != 0 ? YMensagemIso_carrega(mensagem.get(), &posicao)
-                           : YMensagemIso_carregaBloco(mensagem.get(), &posicao, tamanho);
+                n % 2 != 0 ? YMensagemIso_carrega(mensagem, &posicao)
+                           : YMensagemIso_carregaBloco(mensagem, &posicao, tamanho);
             });
             EXPECT_EQ(excecao.ends_with(". Mensagem ISO 8583 incompleta."), tamanho != 4) << notacao << n;
             EXPECT_LE(posicao, texto + tamanho);
@@ -143,7 +143,7 @@ TEST(Iso, formasDoFioEstranhas) {
     for (const auto &[fio, lidos, queixa, esperada] : lidas) {
         const Mensagem mensagem = montada(999, {{2, "antes"}});
         const char *posicao = fio;
-        EXPECT_EQ(excecao([&] { YMensagemIso_carrega(mensagem.get(), &posicao); }), queixa) << fio;
+        EXPECT_EQ(excecao([&] { YMensagemIso_carrega(mensagem, &posicao); }), queixa) << fio;
         EXPECT_EQ(emitida(mensagem), esperada) << fio;
         EXPECT_EQ(posicao - fio, lidos) << fio;
     }
@@ -182,22 +182,22 @@ TEST(Iso, copiasERespostas) {
     for (const auto &[notacao, elementos, fio] : EXEMPLOS) {
         const Mensagem origem = carregada(fio);
         const Mensagem copia = montada(1, {{2, "antes"}, {100, "antes"}});
-        YMensagemIso_copiaDe(copia.get(), origem.get());
-        YMensagemIso_copiaDe(copia.get(), copia.get());
+        YMensagemIso_copiaDe(copia, origem);
+        YMensagemIso_copiaDe(copia, copia);
         EXPECT_EQ(emitida(copia), fio);
 
         constexpr int32_t eco[] = {41, 11, 3, 11, 70, 64};
         Elementos ecoados = elementos;
         std::erase_if(ecoados, [&](const auto &e) { return std::ranges::count(eco, e.first) == 0; });
         for (YMensagemIso *requisicao : {origem.get(), copia.get()}) { // itself, at last
-            YMensagemIso_montaResposta(copia.get(), requisicao, 210, eco, 6);
+            YMensagemIso_montaResposta(copia, requisicao, 210, eco, 6);
             EXPECT_EQ(elementosDe(copia), ecoados) << notacao;
         }
         EXPECT_EQ(copia->transacao, 210);
     }
     const Mensagem aninhada = montada(200, {{48, EXEMPLOS[0].fio}});
-    const char *deDentro = YMensagemIso_getBit(aninhada.get(), 48);
-    YMensagemIso_carrega(aninhada.get(), &deDentro);
+    const char *deDentro = YMensagemIso_getBit(aninhada, 48);
+    YMensagemIso_carrega(aninhada, &deDentro);
     EXPECT_EQ(emitida(aninhada), EXEMPLOS[0].fio) << "loaded from a text of its own";
 }
 
@@ -215,9 +215,9 @@ TEST(Iso, arquivosDeTexto) {
     const std::string ARQUIVO = "/proc/self/fd/" + std::to_string(memfd_create("iso", 0));
     const auto doArquivo = [&] { return (std::ostringstream() << std::ifstream(ARQUIVO).rdbuf()).str(); };
     const Mensagem simples = montada(200, {{3, "003000"}});
-    YMensagemIso_salvaEmArquivo(simples.get(), ARQUIVO.c_str());
+    YMensagemIso_salvaEmArquivo(simples, ARQUIVO.c_str());
     EXPECT_EQ(doArquivo(), "200\n003 003000\n");
-    YMensagemIso_dumpEmArquivo(simples.get(), ARQUIVO.c_str());
+    YMensagemIso_dumpEmArquivo(simples, ARQUIVO.c_str());
     EXPECT_EQ(doArquivo(), "Código da Transação: 200\n  3 Processing code : \"003000\"\n"_l1);
 
     const std::string longo(2043, 'a');
@@ -236,12 +236,12 @@ TEST(Iso, arquivosDeTexto) {
     for (const auto &[conteudo, codigo, elementos] : casos) {
         std::ofstream(ARQUIVO, std::ios::binary) << conteudo;
         const Mensagem mensagem = montada(1, {{7, "antes"}});
-        YMensagemIso_leDeArquivo(mensagem.get(), ARQUIVO.c_str());
+        YMensagemIso_leDeArquivo(mensagem, ARQUIVO.c_str());
         EXPECT_EQ(mensagem->transacao, codigo) << conteudo;
         EXPECT_EQ(elementosDe(mensagem), lista("7:antes " + elementos)) << conteudo;
     }
-    YMensagemIso_leDeArquivo(simples.get(), "/nao/existe");
-    YMensagemIso_salvaEmArquivo(simples.get(), "/nao/existe");
+    YMensagemIso_leDeArquivo(simples, "/nao/existe");
+    YMensagemIso_salvaEmArquivo(simples, "/nao/existe");
     EXPECT_EQ(emitida(simples), "02002000000000000000003000");
 }
 
@@ -317,9 +317,9 @@ TEST(Iso, validacao) {
             EXPECT_STREQ(rotulo, bit != 0 ? elementosIso[bit - 1].rotulo : "Código da Transação"_l1);
         };
         const auto quantas = std::ranges::count(esperadas, '\n');
-        EXPECT_EQ(YMensagemIso_valida(mensagem.get(), anota, &falhas), quantas);
+        EXPECT_EQ(YMensagemIso_valida(mensagem, anota, &falhas), quantas);
         EXPECT_EQ(falhas, esperadas);
-        EXPECT_EQ(YMensagemIso_valida(mensagem.get(), nullptr, nullptr), quantas);
+        EXPECT_EQ(YMensagemIso_valida(mensagem, nullptr, nullptr), quantas);
     }
 }
 

@@ -22,24 +22,24 @@ protected:
     pramo::Ponteiro<YSocket> conexao;
     pramo::Ponteiro<YMensagemHttp> m = pramo::cria<YMensagemHttp>(YMensagemHttp_rtti);
 
-    Mensagem() { YSocket_escuta(ouvinte.get(), 0); }
+    Mensagem() { YSocket_escuta(ouvinte, 0); }
 
-    int obtem() { return YMensagemHttp_obtemDoSocket(m.get(), INT64_MAX); }
+    int obtem() { return YMensagemHttp_obtemDoSocket(m, INT64_MAX); }
     /// Reads the first message of what a new client sends; "CLASS: message" of the refusal.
     std::string le(const std::string &bytes) {
-        cliente.emplace(YSocket_getPorta(ouvinte.get())).envia(bytes);
+        cliente.emplace(YSocket_getPorta(ouvinte)).envia(bytes);
         cliente->terminaEnvio();
         YSocket *aceita = nullptr;
-        EXPECT_EQ(YSocket_aceitaConexaoMs(ouvinte.get(), 0, &aceita, 9000), Y_ESPERA_PRONTA);
+        EXPECT_EQ(YSocket_aceitaConexaoMs(ouvinte, 0, &aceita, 9000), Y_ESPERA_PRONTA);
         conexao.reset(aceita);
-        YMensagemHttp_setSocket(m.get(), aceita);
+        YMensagemHttp_setSocket(m, aceita);
         return apoio::excecao([&] { obtem(); });
     }
     /// First line, the value of a header, body.
     [[nodiscard]] std::string conteudo() const {
-        const char *valor = YDIC_recupera(YMensagemHttp_getHeader(m.get()), "x-UM");
-        return YStream_str(YMensagemHttp_getPrimeiraLinha(m.get())) + "|"s +
-               (valor != nullptr ? valor : "nenhum") + "|" + YStream_str(YMensagemHttp_getBody(m.get()));
+        const char *valor = YDIC_recupera(YMensagemHttp_getHeader(m), "x-UM");
+        return YStream_str(YMensagemHttp_getPrimeiraLinha(m)) + "|"s + (valor != nullptr ? valor : "nenhum") +
+               "|" + YStream_str(YMensagemHttp_getBody(m));
     }
 };
 
@@ -50,7 +50,7 @@ TEST_F(Mensagem, lidaDeNovoSoTemONovo) {
               "");
     EXPECT_EQ(conteudo(), "GET /a HTTP/1.1|2: b|12345") << "the later one, in any letter case";
     EXPECT_EQ(obtem(), 1);
-    YMensagemHttp_printf(m.get(), "%d", 7);
+    YMensagemHttp_printf(m, "%d", 7);
     EXPECT_EQ(obtem(), 0);
     EXPECT_EQ(conteudo(), "HTTP/1.1 200 OK|nenhum|7") << "a failed read changes nothing";
     EXPECT_EQ(le("POST / HTTP/1.1\nX-Um: b\nContent-Length: 9\n\nabc"), "");
@@ -79,15 +79,15 @@ TEST_F(Mensagem, recusasLevantamExcecao) {
 }
 
 TEST_F(Mensagem, enviadaComOTamanhoReal) {
-    YMensagemHttp_enviaPeloSocket(m.get()); // nowhere
+    YMensagemHttp_enviaPeloSocket(m); // nowhere
     le("");
-    YStream_puts(YMensagemHttp_getPrimeiraLinha(m.get()), "HTTP/1.1 200 OK\r\nX: y");
-    YDIC *header = YMensagemHttp_getHeader(m.get());
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(m), "HTTP/1.1 200 OK\r\nX: y");
+    YDIC *header = YMensagemHttp_getHeader(m);
     YDIC_guarda(header, "Zeta", "%n%s");
     YDIC_guarda(header, "content-length", "999");
     YDIC_guarda(header, "Alfa\n", "1\r\n\r\n2");
-    YMensagemHttp_putBloco(m.get(), "a\0b", 3);
-    YMensagemHttp_enviaPeloSocket(m.get());
+    YMensagemHttp_putBloco(m, "a\0b", 3);
+    YMensagemHttp_enviaPeloSocket(m);
     EXPECT_STREQ(YDIC_recupera(header, "Content-Length"), "3") << "the dictionary keeps it";
     conexao.reset();
     EXPECT_EQ(cliente->recebeBytes(),
@@ -97,19 +97,19 @@ TEST_F(Mensagem, enviadaComOTamanhoReal) {
 
 TEST_F(Mensagem, deveManterConectadoSoComOTextoExato) {
     for (const std::string valor : {"Keep-Alive", "keep-alive, x", "keep-alive"}) {
-        YDIC_guarda(YMensagemHttp_getHeader(m.get()), "CONNECTION", valor.c_str());
-        EXPECT_EQ(YMensagemHttp_deveManterConectado(m.get()), valor == "keep-alive" ? 1 : 0) << valor;
+        YDIC_guarda(YMensagemHttp_getHeader(m), "CONNECTION", valor.c_str());
+        EXPECT_EQ(YMensagemHttp_deveManterConectado(m), valor == "keep-alive" ? 1 : 0) << valor;
     }
 }
 
 TEST_F(Mensagem, salvaNoFimDoArquivo) {
     std::string caminho = std::filesystem::temp_directory_path() / "mensagem-XXXXXX";
     close(mkstemp(caminho.data()));
-    YStream_puts(YMensagemHttp_getPrimeiraLinha(m.get()), "POST / HTTP/1.1");
-    YMensagemHttp_putBloco(m.get(), "corpo\0resto", 11);
-    YMensagemHttp_salvaEmArquivo(m.get(), caminho.c_str());
-    YMensagemHttp_salvaEmArquivo(m.get(), caminho.c_str());
-    YMensagemHttp_salvaEmArquivo(m.get(), "/nao/existe/tal/pasta");
+    YStream_puts(YMensagemHttp_getPrimeiraLinha(m), "POST / HTTP/1.1");
+    YMensagemHttp_putBloco(m, "corpo\0resto", 11);
+    YMensagemHttp_salvaEmArquivo(m, caminho.c_str());
+    YMensagemHttp_salvaEmArquivo(m, caminho.c_str());
+    YMensagemHttp_salvaEmArquivo(m, "/nao/existe/tal/pasta");
     // A file that may grow by ten bytes only: no half message stays.
     const std::string uma = "POST / HTTP/1.1\n\ncorpo\n\n";
     rlimit antes{};
@@ -117,7 +117,7 @@ TEST_F(Mensagem, salvaNoFimDoArquivo) {
     const rlimit quase{2 * uma.size() + 10, antes.rlim_max};
     const auto sinal = signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &quase);
-    EXPECT_EQ(apoio::excecao([&] { YMensagemHttp_salvaEmArquivo(m.get(), caminho.c_str()); }),
+    EXPECT_EQ(apoio::excecao([&] { YMensagemHttp_salvaEmArquivo(m, caminho.c_str()); }),
               "YExcIOError: " + caminho + ". Falha na grava\xE7\xE3o do arquivo.");
     setrlimit(RLIMIT_FSIZE, &antes);
     signal(SIGXFSZ, sinal);

@@ -11,31 +11,31 @@ namespace {
 
 TEST(No, caminhos) {
     const auto raiz = le("<r><x/><x><y>2</y></x><a><b>1</b><B>3</B></a></r>");
-    YNo_setNome(YNo_criaDescendente(raiz.get(), "nada"), nullptr);
+    YNo_setNome(YNo_criaDescendente(raiz, "nada"), nullptr);
     for (const char *caminho : {"", "a/", "a/b/", "a/B", "x"}) {
-        EXPECT_NE(YNo_procuraDescendente(raiz.get(), caminho), nullptr) << caminho;
+        EXPECT_NE(YNo_procuraDescendente(raiz, caminho), nullptr) << caminho;
     }
     for (const char *caminho : {"A", "x/y", "a//b", "ab", "a/bb", "nada", "b"}) {
-        EXPECT_EQ(YNo_procuraDescendente(raiz.get(), caminho), nullptr) << caminho;
-        EXPECT_EQ(excecao([&] { YNo_getFilhoUnico(raiz.get(), caminho); }),
+        EXPECT_EQ(YNo_procuraDescendente(raiz, caminho), nullptr) << caminho;
+        EXPECT_EQ(excecao([&] { YNo_getFilhoUnico(raiz, caminho); }),
                   std::string("YExcSoap: Tag procurada: ") + caminho + ". Faltou tag.");
     }
-    EXPECT_STREQ(YNo_getString(YNo_getFilho(raiz.get(), "x", 1), "y"), "2");
-    EXPECT_TRUE(YNo_getFilho(nullptr, "a", 0) == nullptr && YNo_getFilho(raiz.get(), "x", 2) == nullptr);
+    EXPECT_STREQ(YNo_getString(YNo_getFilho(raiz, "x", 1), "y"), "2");
+    EXPECT_TRUE(YNo_getFilho(nullptr, "a", 0) == nullptr && YNo_getFilho(raiz, "x", 2) == nullptr);
 
     const auto novo = le("<n:r/>");
     for (const char *caminho : {"", "a/b", "a/b", "item/", "n:m"}) { // always new
-        YNo_criaDescendente(novo.get(), caminho);
+        YNo_criaDescendente(novo, caminho);
     }
-    EXPECT_EQ(grava(novo.get()), "<r><a><b/></a><a><b/></a><item/><n:m/></r>");
+    EXPECT_EQ(grava(novo), "<r><a><b/></a><a><b/></a><item/><n:m/></r>");
 }
 
 TEST(No, aceitaOsSeusPropriosTextos) {
     // A node that was read keeps its texts differently from one that was filled by the setters.
     const auto raiz = le("<r><no t=\"a:tipo\">x:valor</no><no/></r>");
-    YNo *feito = YNo_getFilho(raiz.get(), "no", 1);
+    YNo *feito = YNo_getFilho(raiz, "no", 1);
     YNo_setValor(feito, "x:valor");
-    for (YNo *no : {YNo_procuraDescendente(raiz.get(), "no"), feito}) {
+    for (YNo *no : {YNo_procuraDescendente(raiz, "no"), feito}) {
         for (int vez = 0; vez < 3; vez++) {
             YNo_setAtributo(no, "t", YNo_getValor(no));
             YNo_setAtributo(no, "t", YNo_getAtributo(no, "t") + 1);
@@ -49,8 +49,8 @@ TEST(No, aceitaOsSeusPropriosTextos) {
 
 TEST(No, filhosMudamDePai) {
     auto raiz = le("<r><a><x t=\"1\"><c>w</c></x><y/><z/></a><b/></r>");
-    YNo *a = YNo_procuraDescendente(raiz.get(), "a");
-    YNo *b = YNo_procuraDescendente(raiz.get(), "b");
+    YNo *a = YNo_procuraDescendente(raiz, "a");
+    YNo *b = YNo_procuraDescendente(raiz, "b");
     YNo *x = YNo_procuraDescendente(a, "x");
     YNo_acrescentaFilho(a, x);
     EXPECT_EQ(YVetor_fim(YNo_getFilhos(a))[-1], x) << "a child again: it moves to the end";
@@ -58,16 +58,16 @@ TEST(No, filhosMudamDePai) {
     EXPECT_EQ(YNo_removeFilho(a, x), 0) << "not a child of this node";
     EXPECT_EQ(YNo_removeFilho(b, x), 1);
     YliberaObjeto(YNo_procuraDescendente(a, "y"));
-    EXPECT_EQ(grava(raiz.get()), "<r><a><z/></a><b></b></r>") << "a node that ends leaves its parent";
+    EXPECT_EQ(grava(raiz), "<r><a><z/></a><b></b></r>") << "a node that ends leaves its parent";
     YNo_setPai(a, b);
     YVetor_poe(YNo_getFilhos(b), a);
-    EXPECT_EQ(grava(raiz.get()), "<r><b><a><z/></a></b></r>") << "an append in two steps";
+    EXPECT_EQ(grava(raiz), "<r><b><a><z/></a></b></r>") << "an append in two steps";
     YNo *z = YNo_procuraDescendente(a, "z");
-    YNo_setPai(z, raiz.get());
-    EXPECT_EQ(grava(raiz.get()), "<r><b><a></a></b></r>") << "linked, not listed";
-    YNo_acrescentaFilho(raiz.get(), z);
-    YNo_acrescentaFilho(raiz.get(), z);
-    EXPECT_EQ(grava(raiz.get()), "<r><b><a></a></b><z/></r>") << "listed once";
+    YNo_setPai(z, raiz);
+    EXPECT_EQ(grava(raiz), "<r><b><a></a></b></r>") << "linked, not listed";
+    YNo_acrescentaFilho(raiz, z);
+    YNo_acrescentaFilho(raiz, z);
+    EXPECT_EQ(grava(raiz), "<r><b><a></a></b><z/></r>") << "listed once";
     YNo_setPai(x, z);
     YliberaObjeto(z);
     EXPECT_EQ(YNo_getPai(x), nullptr) << "a link does not outlive the parent";
@@ -81,50 +81,50 @@ TEST(No, nenhumNoFicaAbaixoDeSiMesmo) {
     const std::string CICLO = "YExcSoap: Um nó não pode ficar abaixo de si mesmo."_l1;
     const auto raiz = le("<r><a><b><c/></b></a></r>");
     const auto ligado = le("<l/>");
-    YNo *a = YNo_procuraDescendente(raiz.get(), "a");
-    YNo_setPai(ligado.get(), YNo_procuraDescendente(a, "b/c")); // a link alone is a parent too
+    YNo *a = YNo_procuraDescendente(raiz, "a");
+    YNo_setPai(ligado, YNo_procuraDescendente(a, "b/c")); // a link alone is a parent too
     for (YNo *no : {a, YNo_procuraDescendente(a, "b"), YNo_procuraDescendente(a, "b/c"), ligado.get()}) {
         EXPECT_EQ(excecao([&] { YNo_acrescentaFilho(no, a); }), CICLO);
         EXPECT_EQ(excecao([&] { YNo_setPai(a, no); }), CICLO);
     }
-    EXPECT_EQ(grava(raiz.get()), "<r><a><b><c/></b></a></r>");
+    EXPECT_EQ(grava(raiz), "<r><a><b><c/></b></a></r>");
 }
 
 // ---- XML and maps ----
 
 TEST(Xml, formasDeUmElemento) {
     const auto raiz = pramo::cria<YNo>(YNo_rtti);
-    YNo_setString(raiz.get(), "textoVazio", "");
-    YliberaObjeto(YNo_criaDescendente(raiz.get(), "semFilhos/x"));
-    YNo_setInt(YNo_setString(raiz.get(), "misto", "texto"), "b/c", 2);
-    YNo *semNome = YNo_setInt(raiz.get(), "x", 3);
+    YNo_setString(raiz, "textoVazio", "");
+    YliberaObjeto(YNo_criaDescendente(raiz, "semFilhos/x"));
+    YNo_setInt(YNo_setString(raiz, "misto", "texto"), "b/c", 2);
+    YNo *semNome = YNo_setInt(raiz, "x", 3);
     YNo_setNome(semNome, nullptr);
     YNo_setAtributo(semNome, "nunca", "escrito");
-    YNo_setAtributo(YNo_setString(raiz.get(), "a&b", "<ç>"_l1), "n<1", "\"<&\r");
-    EXPECT_EQ(grava(raiz.get()), "<textoVazio></textoVazio><semFilhos></semFilhos><misto><b><c>2</c></b>texto"
-                                 "</misto>3<a&b n<1=\"&quot;&lt;&amp;&#13;\">&lt;&#231;&gt;</a&b>");
+    YNo_setAtributo(YNo_setString(raiz, "a&b", "<ç>"_l1), "n<1", "\"<&\r");
+    EXPECT_EQ(grava(raiz), "<textoVazio></textoVazio><semFilhos></semFilhos><misto><b><c>2</c></b>texto"
+                           "</misto>3<a&b n<1=\"&quot;&lt;&amp;&#13;\">&lt;&#231;&gt;</a&b>");
 }
 
 TEST(Xml, oPrefixoDesceAteOProximo) {
     const auto raiz = le("<r><a><b><c>1</c></b><d/></a></r>");
-    YNo_setPrefixo(raiz.get(), "ns1");
-    YNo_setPrefixo(YNo_procuraDescendente(raiz.get(), "a/b"), "n2");
-    EXPECT_EQ(grava(raiz.get()), "<ns1:r><ns1:a><n2:b><n2:c>1</n2:c></n2:b><ns1:d/></ns1:a></ns1:r>");
-    EXPECT_EQ(grava(YNo_procuraDescendente(raiz.get(), "a/b/c")), "<n2:c>1</n2:c>");
+    YNo_setPrefixo(raiz, "ns1");
+    YNo_setPrefixo(YNo_procuraDescendente(raiz, "a/b"), "n2");
+    EXPECT_EQ(grava(raiz), "<ns1:r><ns1:a><n2:b><n2:c>1</n2:c></n2:b><ns1:d/></ns1:a></ns1:r>");
+    EXPECT_EQ(grava(YNo_procuraDescendente(raiz, "a/b/c")), "<n2:c>1</n2:c>");
     const auto saida = streamDe("antes ");
-    YNo_gravaConteudo(YNo_procuraDescendente(raiz.get(), "a"), saida.get());
-    EXPECT_EQ(conteudo(saida.get()), "antes <n2:b><n2:c>1</n2:c></n2:b><ns1:d/>");
+    YNo_gravaConteudo(YNo_procuraDescendente(raiz, "a"), saida);
+    EXPECT_EQ(conteudo(saida), "antes <n2:b><n2:c>1</n2:c></n2:b><ns1:d/>");
 }
 
 TEST(Xml, leDeSubstituiOQueONoTinhaMasNaoOSeuLugar) {
     const auto raiz = le("<r><a t=\"1\"><x/></a><b/></r>");
-    YNo *a = YNo_procuraDescendente(raiz.get(), "a");
+    YNo *a = YNo_procuraDescendente(raiz, "a");
     YNo_setPrefixo(a, "velho");
     YNo_leDe(a, streamDe("<p:novo u=\"2\"><y>3</y><z/></p:novo> resto").get());
     EXPECT_EQ(YNo_getPai(YNo_procuraDescendente(a, "z")), a);
     for (const char *texto : {"<a><b></a>", "", "</a>", "<!x>"}) {
         EXPECT_NE(excecao([&] { YNo_leDe(a, streamDe(texto).get()); }), "") << texto;
-        EXPECT_EQ(grava(raiz.get()), "<r><novo u=\"2\"><y>3</y><z/></novo><b/></r>") << "after " << texto;
+        EXPECT_EQ(grava(raiz), "<r><novo u=\"2\"><y>3</y><z/></novo><b/></r>") << "after " << texto;
     }
 }
 
@@ -149,18 +149,18 @@ TEST(Mapas, corrige) {
     };
     for (const auto &[antes, depois] : casos) {
         const auto raiz = le(antes);
-        YNo_corrigeMaps(raiz.get());
-        EXPECT_EQ(grava(raiz.get()), !depois.empty() ? depois : antes);
-        YNo *neto = YNo_procuraDescendente(raiz.get(), "p/k");
-        EXPECT_TRUE(neto == nullptr || YNo_getPai(YNo_getPai(neto)) == raiz.get());
+        YNo_corrigeMaps(raiz);
+        EXPECT_EQ(grava(raiz), !depois.empty() ? depois : antes);
+        YNo *neto = YNo_procuraDescendente(raiz, "p/k");
+        EXPECT_TRUE(neto == nullptr || YNo_getPai(YNo_getPai(neto)) == raiz);
     }
 }
 
 TEST(Mapas, semChaveLevantaEFicaComoEra) {
     for (const std::string ruim : {"<i><value>2</value></i>", "<i><key/><value>2</value></i>", "<i>t</i>"}) {
         const auto raiz = le("<p type=\"n:Map\"><i><key>b</key><value><x/></value></i>" + ruim + "</p>");
-        EXPECT_EQ(excecao([&] { YNo_corrigeMaps(raiz.get()); }), "YExcSoap: Tag procurada: key. Faltou tag.");
-        EXPECT_EQ(grava(raiz.get()), "<p type=\"n:Map\"><i><key>b</key><value/></i>" + ruim + "</p>")
+        EXPECT_EQ(excecao([&] { YNo_corrigeMaps(raiz); }), "YExcSoap: Tag procurada: key. Faltou tag.");
+        EXPECT_EQ(grava(raiz), "<p type=\"n:Map\"><i><key>b</key><value/></i>" + ruim + "</p>")
             << "an entry before it has lost the children of its value";
     }
 }
@@ -189,17 +189,17 @@ const YRtti QUE_LANCA = {NoContado_rtti, "NoQueLanca", 0, nullptr,
 
 YNo *pendura(YNo *pai, YFuncaoRtti classe, const char *nome) {
     auto no = pramo::cria<YNo>(classe);
-    YNo_setNome(no.get(), nome);
-    YNo_acrescentaFilho(pai, no.get());
+    YNo_setNome(no, nome);
+    YNo_acrescentaFilho(pai, no);
     return no.release();
 }
 
 TEST(No, destrutoresDerivadosRodamUmaVezComOsFilhos) {
     auto raiz = le("<r><a/></r>");
     const YFuncaoRtti queLanca = [] { return &QUE_LANCA; };
-    YNo *um = pendura(YNo_procuraDescendente(raiz.get(), "a"), NoContado_rtti, "um");
+    YNo *um = pendura(YNo_procuraDescendente(raiz, "a"), NoContado_rtti, "um");
     pendura(YNo_criaDescendente(um, "b/c"), NoContado_rtti, "dois");
-    pendura(pendura(raiz.get(), queLanca, "tres"), queLanca, "quatro");
+    pendura(pendura(raiz, queLanca, "tres"), queLanca, "quatro");
     EXPECT_EQ(excecao([&] { YliberaObjeto(raiz.release()); }), "YExc: destrutor");
     EXPECT_EQ(emOrdem, "tres1 quatro0 um1 dois0 ");
 }
@@ -213,12 +213,12 @@ TEST(No, umMilhaoDeNiveis) {
         for (std::size_t i = 1; i < niveis; i++) {
             ponta = derivados ? pendura(ponta, NoContado_rtti, nullptr) : YNo_criaDescendente(ponta, "a");
         }
-        YNo_setPrefixo(raiz.get(), "p");
+        YNo_setPrefixo(raiz, "p");
         EXPECT_STREQ(YNo_getPrefixo(ponta), "p");
-        YNo_corrigeMaps(raiz.get());
+        YNo_corrigeMaps(raiz);
         YNo_setNome(ponta, "fim");
-        EXPECT_EQ(grava(raiz.get()).size(), derivados ? 19 : 11 * (niveis - 2) + 19);
-        EXPECT_NE(excecao([&] { YNo_acrescentaFilho(ponta, raiz.get()); }), "");
+        EXPECT_EQ(grava(raiz).size(), derivados ? 19 : 11 * (niveis - 2) + 19);
+        EXPECT_NE(excecao([&] { YNo_acrescentaFilho(ponta, raiz); }), "");
         raiz.reset();
         EXPECT_EQ(mortos, derivados ? 199'999 : 0);
     }

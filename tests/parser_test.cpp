@@ -31,9 +31,9 @@ protected:
         std::string lido;
         const std::string excecao = apoio::excecao([&] {
             YNo *raiz = nullptr;
-            YSoapParser_leNo(parser.get(), &raiz, entrada.get());
+            YSoapParser_leNo(parser, &raiz, entrada);
             const pramo::Ponteiro<YNo> dono(raiz);
-            const auto sobra = static_cast<std::size_t>(YStream_disponiveis(entrada.get()));
+            const auto sobra = static_cast<std::size_t>(YStream_disponiveis(entrada));
             const auto resto = texto.substr(texto.size() - sobra);
             lido = (raiz != nullptr ? grava(raiz) : "null") + (resto.empty() ? "" : "|" + std::string(resto));
         });
@@ -139,9 +139,9 @@ TEST_F(Parser, limitesAjustados) {
     };
     for (const auto &[limita, cabe, texto] : casos) {
         parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
-        limita(parser.get(), cabe);
+        limita(parser, cabe);
         EXPECT_EQ(le(texto).front(), '<') << texto;
-        limita(parser.get(), cabe - 1);
+        limita(parser, cabe - 1);
         EXPECT_EQ(le(texto), MAL_FORMADA) << texto;
     }
 }

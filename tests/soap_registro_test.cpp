@@ -42,14 +42,14 @@ TEST_F(SoapRegistro, entraESaiDoConjuntoVivo) {
     YWebService_setSoapServer(s, nullptr);
     estaEm(nullptr);
     EXPECT_EQ(YWebService_getMomentoLimite(s), 7) << "stays as it was";
-    YSoapServer_registraServico(outro.get(), s);
-    estaEm(outro.get());
-    EXPECT_EQ(YSoapServer_removeServico(servidor.get(), s), 0);
-    EXPECT_NE(YSoapServer_removeServico(outro.get(), s), 0);
+    YSoapServer_registraServico(outro, s);
+    estaEm(outro);
+    EXPECT_EQ(YSoapServer_removeServico(servidor, s), 0);
+    EXPECT_NE(YSoapServer_removeServico(outro, s), 0);
     estaEm(nullptr);
-    YWebService_setSoapServer(s, servidor.get());
+    YWebService_setSoapServer(s, servidor);
     servico.reset();
-    EXPECT_EQ(YSoapServer_getServicos(servidor.get()), 0U) << "freeing takes it out";
+    EXPECT_EQ(YSoapServer_getServicos(servidor), 0U) << "freeing takes it out";
 }
 
 TEST_F(SoapRegistro, muitasThreadsDeixamNumSoConjunto) {
@@ -96,20 +96,20 @@ const YRtti PAR = {YWebService_rtti, "Par", sizeof(Par), nullptr, [](void *objet
 TEST_F(SoapRegistro, oServidorLiberaOsSeusComoQuerQueTerminem) {
     const int antes = YObLOG_habilita(0); // the failures are logged
     auto teimoso = pramo::cria<YWebService>([] { return &TEIMOSO; });
-    YWebService_setSoapServer(teimoso.get(), outro.get());
+    YWebService_setSoapServer(teimoso, outro);
     teimoso.reset();
     EXPECT_EQ(Alvo::quebrados.exchange(0), 1) << "its destructor ran once";
-    EXPECT_EQ(YSoapServer_getServicos(outro.get()), 0U) << "who ends does not come back";
+    EXPECT_EQ(YSoapServer_getServicos(outro), 0U) << "who ends does not come back";
 
     for (int i = 0; i < 10; i++) {
         YWebService *queFalha = pramo::cria<YWebService>([] { return &QUE_FALHA; }).release();
         Par *par = pramo::cria<Par>([] { return &PAR; }).release();
         par->outro = pramo::cria<YWebService>(apoio::Alvo_rtti).release();
         for (YWebService *este : {queFalha, static_cast<YWebService *>(par), par->outro}) {
-            YWebService_setSoapServer(este, servidor.get());
+            YWebService_setSoapServer(este, servidor);
         }
     }
-    YWebService_setSoapServer(pramo::cria<YWebService>([] { return &TEIMOSO; }).release(), servidor.get());
+    YWebService_setSoapServer(pramo::cria<YWebService>([] { return &TEIMOSO; }).release(), servidor);
     emLiberacao = true;
     EXPECT_NO_THROW(servidor.reset());
     EXPECT_EQ(Alvo::vivos, 1);
@@ -146,13 +146,13 @@ TEST_F(SoapRegistro, oGrupoEDoObjetoOuDoSeuServidor) {
     int proprio = 1000;
     int doServidor = 2000;
     int ponteiro = 300;
-    YWebService_setSoapServer(s, servidor.get());
+    YWebService_setSoapServer(s, servidor);
     EXPECT_EQ(YWebService_getGrupoDeRecursos(s), nullptr);
-    YSoapServer_setGrupoDeRecursos(servidor.get(), &doServidor);
+    YSoapServer_setGrupoDeRecursos(servidor, &doServidor);
     EXPECT_EQ(YWebService_getGrupoDeRecursos(s), &doServidor);
     YWebService_setGrupoDeRecursos(s, &proprio);
     const auto retentor = pramo::cria<YRetentor>([] { return &RETENTOR.rtti; });
-    EXPECT_EQ(YWebService_retemRecurso(s, 2, retentor.get(), &ponteiro, 1), 1321);
+    EXPECT_EQ(YWebService_retemRecurso(s, 2, retentor, &ponteiro, 1), 1321);
 }
 
 void um(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*/) {}
@@ -164,9 +164,9 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
     const YDefinicaoMetodo segundos[] = {{"dois", um}, {nullptr, nullptr}};
     std::string nome = "Tipo";
     YDefinicaoPortType definicao = {nome.c_str(), primeiros, apoio::Alvo_rtti, "wsdl", &grupo};
-    YPortType *portType = YSoapServer_registraPortType(servidor.get(), &definicao);
+    YPortType *portType = YSoapServer_registraPortType(servidor, &definicao);
     nome = "Outr"; // the name was copied
-    EXPECT_EQ(YSoapServer_recuperaPortType(servidor.get(), "Tipo"), portType);
+    EXPECT_EQ(YSoapServer_recuperaPortType(servidor, "Tipo"), portType);
     YWebService *novo = nullptr;
     const auto constroi = [&] { YPortType_constroiObjeto(portType, &novo); };
     constroi();
@@ -174,8 +174,8 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
     YliberaObjeto(novo);
 
     definicao = {"Tipo", segundos, nullptr, nullptr, nullptr};
-    portType = YSoapServer_registraPortType(servidor.get(), &definicao);
-    EXPECT_EQ(YSoapServer_recuperaPortType(servidor.get(), "Tipo"), portType);
+    portType = YSoapServer_registraPortType(servidor, &definicao);
+    EXPECT_EQ(YSoapServer_recuperaPortType(servidor, "Tipo"), portType);
     EXPECT_EQ(YPortType_obtemTratador(portType, "um"), nullptr) << "a method of the one that is gone";
     EXPECT_EQ(YPortType_registraTratador(portType, "dois", dois), 0);
     EXPECT_EQ(YPortType_obtemTratador(portType, "dois"), dois);
@@ -184,7 +184,7 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
         EXPECT_EQ(apoio::excecao(constroi), "YExcSoap: PortType sem classe de servi\xE7o.");
     }
     definicao.nome = nullptr;
-    EXPECT_THROW(YSoapServer_registraPortType(servidor.get(), &definicao), YExcecao);
+    EXPECT_THROW(YSoapServer_registraPortType(servidor, &definicao), YExcecao);
 }
 
 } // namespace

@@ -41,33 +41,33 @@ protected:
     void liga() {
         ouvinte = novo();
         cliente = novo();
-        YSocket_escuta(ouvinte.get(), 0);
+        YSocket_escuta(ouvinte, 0);
         EXPECT_EQ(conecta(*cliente, "localhost"), Y_ESPERA_PRONTA);
-        EXPECT_EQ(YSocket_aceitaConexaoMs(ouvinte.get(), 0, &aceita, MUITO), Y_ESPERA_PRONTA);
+        EXPECT_EQ(YSocket_aceitaConexaoMs(ouvinte, 0, &aceita, MUITO), Y_ESPERA_PRONTA);
         conexao.reset(aceita);
     }
     int conecta(YSocket &socket, const char *endereco) {
-        return YSocket_conectaMs(&socket, endereco, YSocket_getPorta(ouvinte.get()), MUITO);
+        return YSocket_conectaMs(&socket, endereco, YSocket_getPorta(ouvinte), MUITO);
     }
-    int linha(uint32_t ms) { return YSocket_recebeLinhaMs(conexao.get(), s.get(), ms); }
+    int linha(uint32_t ms) { return YSocket_recebeLinhaMs(conexao, s, ms); }
 };
 
 TEST_F(Socket, blocosComOQueSobraEsperando) {
-    YSocket_printf(cliente.get(), "linha%s", "\n12345678");
+    YSocket_printf(cliente, "linha%s", "\n12345678");
     const int64_t prazo = std::time(nullptr) + 1;
-    EXPECT_EQ(YSocket_recebeLinha(conexao.get(), s.get(), prazo), 1);
-    EXPECT_EQ(YSocket_recebeBloco(conexao.get(), s.get(), 5, prazo), 1);
-    EXPECT_EQ(YSocket_recebeBloco(conexao.get(), s.get(), -1, prazo), 1);
-    EXPECT_STREQ(YStream_str(s.get()), "linha12345");
-    EXPECT_EQ(YSocket_recebeBloco(conexao.get(), s.get(), 4, prazo), 0);
-    EXPECT_STREQ(YStream_str(s.get()), "linha12345678") << "what came is there";
+    EXPECT_EQ(YSocket_recebeLinha(conexao, s, prazo), 1);
+    EXPECT_EQ(YSocket_recebeBloco(conexao, s, 5, prazo), 1);
+    EXPECT_EQ(YSocket_recebeBloco(conexao, s, -1, prazo), 1);
+    EXPECT_STREQ(YStream_str(s), "linha12345");
+    EXPECT_EQ(YSocket_recebeBloco(conexao, s, 4, prazo), 0);
+    EXPECT_STREQ(YStream_str(s), "linha12345678") << "what came is there";
     EXPECT_GE(std::time(nullptr), prazo);
     cliente.reset();
-    EXPECT_EQ(YSocket_recebeBloco(conexao.get(), s.get(), INT64_MAX, prazo + 10), 0) << "the peer closed";
+    EXPECT_EQ(YSocket_recebeBloco(conexao, s, INT64_MAX, prazo + 10), 0) << "the peer closed";
 }
 
 TEST_F(Socket, escutaOndeSePede) {
-    const uint32_t porta = YSocket_getPorta(ouvinte.get());
+    const uint32_t porta = YSocket_getPorta(ouvinte);
     const std::tuple<const char *, uint32_t, std::string> recusas[] = {
         {nullptr, porta, "porta: " + std::to_string(porta) + ". J\xE1 est\xE1 em uso. "},
         {nullptr, 70'000, "porta: 70000. N\xE3o existe. "},
@@ -81,7 +81,7 @@ TEST_F(Socket, escutaOndeSePede) {
     }
     for (const std::string endereco : {"127.0.0.1", "::1"}) {
         ouvinte = novo();
-        YSocket_escutaEm(ouvinte.get(), endereco.c_str(), 0);
+        YSocket_escutaEm(ouvinte, endereco.c_str(), 0);
         for (const char *alvo : {"127.0.0.1", "::1", "127.0.0.2"}) {
             EXPECT_EQ(conecta(*novo(), alvo), alvo == endereco ? Y_ESPERA_PRONTA : Y_ESPERA_FECHADA) << alvo;
         }
@@ -93,8 +93,8 @@ TEST_F(Socket, cadaFimDeCadaEspera) {
     const auto muito = apoio::streamDe(std::string(32 << 20, 'm'));
     const std::pair<pramo::Ponteiro<YSocket> *, std::function<int(uint32_t)>> esperas[] = {
         {&conexao, [&](uint32_t ms) { return linha(ms); }},
-        {&cliente, [&](uint32_t ms) { return YSocket_enviaMs(cliente.get(), muito.get(), ms); }},
-        {&ouvinte, [&](uint32_t ms) { return YSocket_aceitaConexaoMs(ouvinte.get(), 0, &aceita, ms); }},
+        {&cliente, [&](uint32_t ms) { return YSocket_enviaMs(cliente, muito, ms); }},
+        {&ouvinte, [&](uint32_t ms) { return YSocket_aceitaConexaoMs(ouvinte, 0, &aceita, ms); }},
     };
     for (const auto &[socket, espera] : esperas) {
         EXPECT_EQ(espera(20), Y_ESPERA_PRAZO);
@@ -109,15 +109,15 @@ TEST_F(Socket, cadaFimDeCadaEspera) {
         liga();
     }
     const auto outro = novo();
-    YSocket_cancela(outro.get());
+    YSocket_cancela(outro);
     EXPECT_EQ(conecta(*outro, "127.0.0.1"), Y_ESPERA_CANCELADA);
     EXPECT_EQ(YSocket_conectaMs(novo().get(), "127.0.0.1", 1, MUITO), Y_ESPERA_FECHADA);
 
     cliente.swap(conexao);
     cliente.reset();
     EXPECT_EQ(linha(MUITO), Y_ESPERA_FECHADA);
-    EXPECT_EQ(YSocket_enviaMs(conexao.get(), muito.get(), MUITO), Y_ESPERA_FECHADA);
-    EXPECT_THROW(YSocket_printf(conexao.get(), "x"), YExcecao) << "and no signal";
+    EXPECT_EQ(YSocket_enviaMs(conexao, muito, MUITO), Y_ESPERA_FECHADA);
+    EXPECT_THROW(YSocket_printf(conexao, "x"), YExcecao) << "and no signal";
 }
 
 } // namespace

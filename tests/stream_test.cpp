@@ -74,14 +74,14 @@ TEST_F(Stream, referenciasQueEntram) {
                  {"&amp", '&', 3},    {"&muitolongo1;", '&', 12}, {"&#000000231;", '&', 11}};
     for (const auto &[texto, lido, sobra] : casos) {
         const auto entrada = apoio::streamDe(texto);
-        EXPECT_EQ(YStream_getHtmlChar(entrada.get()), lido) << texto;
-        EXPECT_EQ(YStream_disponiveis(entrada.get()), sobra) << texto;
+        EXPECT_EQ(YStream_getHtmlChar(entrada), lido) << texto;
+        EXPECT_EQ(YStream_disponiveis(entrada), sobra) << texto;
     }
     for (const std::string texto : {"&#256;", "&#0;", "&#x100;", "&#-5;", "&#+5;", "&#;", "&#x;", "&nbsp;",
                                     "&AMP;", "& b;", "&a<b;", "&;"}) {
         const auto entrada = apoio::streamDe(texto);
-        EXPECT_NE(apoio::excecao([&] { YStream_getHtmlChar(entrada.get()); }), "") << texto;
-        EXPECT_EQ(YStream_disponiveis(entrada.get()), std::ssize(texto)) << "it stays in front of " << texto;
+        EXPECT_NE(apoio::excecao([&] { YStream_getHtmlChar(entrada); }), "") << texto;
+        EXPECT_EQ(YStream_disponiveis(entrada), std::ssize(texto)) << "it stays in front of " << texto;
     }
 }
 

@@ -51,25 +51,25 @@ pramo::Ponteiro<Contador> novoContador(void (*acao)(Contador *)) {
 TEST(Thread, comecaParaEComecaDeNovo) {
     auto c =
         novoContador([](Contador *eu) { EXPECT_THROW(YliberaObjeto(eu), YExcecao) << "never from within"; });
-    YObThread_stop(c.get()); // never started: nothing to wait for
+    YObThread_stop(c); // never started: nothing to wait for
     for (int vez = 1; vez <= 3; vez++) {
-        YObThread_start(c.get());
-        EXPECT_TRUE(YObThread_isAlive(c.get()));
-        YObThread_start(c.get()); // does nothing
+        YObThread_start(c);
+        EXPECT_TRUE(YObThread_isAlive(c));
+        YObThread_start(c); // does nothing
         ASSERT_TRUE(acontece([&] { return c->voltas == vez; }));
         const auto antes = Relogio::now();
         std::vector<std::jthread> paradas;
         for (int i = 0; i < 4; i++) {
             paradas.emplace_back([&] {
-                YObThread_stop(c.get());
-                EXPECT_FALSE(YObThread_isAlive(c.get()));
+                YObThread_stop(c);
+                EXPECT_FALSE(YObThread_isAlive(c));
             });
         }
         paradas.clear();
         EXPECT_LT(Relogio::now() - antes, std::chrono::seconds(10)) << "a stop ends the sleep of a minute";
         EXPECT_EQ(c->voltas, vez);
     }
-    YObThread_start(c.get());
+    YObThread_start(c);
     ASSERT_TRUE(acontece([&] { return c->voltas == 4; }));
     inteirosNaParada = 0;
     c.reset();
@@ -86,9 +86,9 @@ TEST(Thread, excecaoSaidaOuParadaPropriaSoTerminaARodada) {
     for (const auto acao : acoes) {
         const auto c = novoContador(acao);
         for (int vez = 1; vez <= 2; vez++) {
-            YObThread_start(c.get());
-            ASSERT_TRUE(acontece([&] { return YObThread_isAlive(c.get()) == 0; }));
-            YObThread_stop(c.get());
+            YObThread_start(c);
+            ASSERT_TRUE(acontece([&] { return YObThread_isAlive(c) == 0; }));
+            YObThread_stop(c);
             EXPECT_EQ(c->voltas, vez);
         }
     }
@@ -102,13 +102,13 @@ TEST(Thread, umComecoEsperaOFimDeUmaParadaPropria) {
             acontece([eu] { return eu->passo == 2; });
         }
     });
-    YObThread_start(c.get());
+    YObThread_start(c);
     ASSERT_TRUE(acontece([&] { return c->passo == 1; }));
-    EXPECT_FALSE(YObThread_isAlive(c.get()));
-    std::thread comeco([&] { YObThread_start(c.get()); });
+    EXPECT_FALSE(YObThread_isAlive(c));
+    std::thread comeco([&] { YObThread_start(c); });
     c->passo = 2;
     comeco.join();
-    EXPECT_TRUE(YObThread_isAlive(c.get()));
+    EXPECT_TRUE(YObThread_isAlive(c));
     EXPECT_TRUE(acontece([&] { return c->voltas == 2; }));
 }
 
@@ -212,11 +212,11 @@ TEST(Mutex, reentraEExclui) {
     int total = 0;
     const auto soma = [&] {
         for (int n = 0; n < 1000; n++) {
-            YObMutex_requisita0(m.get(), "teste", __LINE__);
-            YObMutex_requisita0(m.get(), "teste", __LINE__);
+            YObMutex_requisita0(m, "teste", __LINE__);
+            YObMutex_requisita0(m, "teste", __LINE__);
             total++;
-            YObMutex_libera(m.get());
-            YObMutex_libera(m.get());
+            YObMutex_libera(m);
+            YObMutex_libera(m);
         }
     };
     { const std::jthread uma(soma), outra(soma); }

@@ -25,19 +25,18 @@ struct Campo {
     pramo::Ponteiro<YNo> gravado = pramo::cria<YNo>(YNo_rtti);
 
     Campo(Pramo_Tipo *tipo, void *endereco, std::uint64_t tamanho) {
-        Pramo_Variavel_setTipo(variavel.get(), tipo);
-        Pramo_Variavel_setEndereco(variavel.get(), endereco);
-        Pramo_Variavel_setTamanho(variavel.get(), tamanho);
+        Pramo_Variavel_setTipo(variavel, tipo);
+        Pramo_Variavel_setEndereco(variavel, endereco);
+        Pramo_Variavel_setTamanho(variavel, tamanho);
     }
     [[nodiscard]] std::string le(const char *texto) const {
         const auto elemento = pramo::cria<YNo>(YNo_rtti);
-        YNo_setValor(elemento.get(), texto);
-        return excecao([&] { Pramo_Variavel_leDeYNo(variavel.get(), elemento.get()); });
+        YNo_setValor(elemento, texto);
+        return excecao([&] { Pramo_Variavel_leDeYNo(variavel, elemento); });
     }
     [[nodiscard]] std::string grava() const {
-        const std::string excecao =
-            apoio::excecao([&] { Pramo_Variavel_gravaEmYNo(variavel.get(), gravado.get()); });
-        return excecao.empty() ? YNo_getString(gravado.get(), "valor") : excecao;
+        const std::string excecao = apoio::excecao([&] { Pramo_Variavel_gravaEmYNo(variavel, gravado); });
+        return excecao.empty() ? YNo_getString(gravado, "valor") : excecao;
     }
 };
 

@@ -119,9 +119,9 @@ TEST_F(Valores, datasLidas) {
 // By path: always a new element, read from the first.
 TEST_F(Valores, pelosCaminhos) {
     const auto pai = pramo::cria<YNo>(YNo_rtti);
-    YNo *novo = YNo_setShort(pai.get(), "a/b", -2);
-    EXPECT_NE(YNo_setShort(pai.get(), "a/b", 3), novo);
-    EXPECT_EQ(YNo_getShort(pai.get(), "a/b"), -2);
+    YNo *novo = YNo_setShort(pai, "a/b", -2);
+    EXPECT_NE(YNo_setShort(pai, "a/b", 3), novo);
+    EXPECT_EQ(YNo_getShort(pai, "a/b"), -2);
     EXPECT_EQ(excecao([] { YNo_getShort(nullptr, "x"); }), "YExcSoap: Tag procurada: x. Faltou tag.");
     EXPECT_EQ(YNo_getPtr(YNo_setPtr(novo, "", no), ""), no);
     YNo_setString(no, "a", "x&y");

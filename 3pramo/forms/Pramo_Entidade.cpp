@@ -1,6 +1,6 @@
 #include <3pramo/forms/Pramo_Entidade.h>
 
-#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 using namespace pramo;
 

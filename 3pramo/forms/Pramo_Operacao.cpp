@@ -99,7 +99,7 @@ void *lugarNaArea(Pramo_Operacao &operacao, std::uint64_t tamanho) {
 }
 
 template <typename T>
-T *poe(YVetor *vetor, Dono<T> novo) {
+T *poe(YVetor *vetor, Ponteiro<T> novo) {
     YVetor_poe(vetor, novo.get());
     return novo.release();
 }
@@ -116,7 +116,7 @@ Pramo_Variavel *Pramo_Operacao_criaVariavel(Pramo_Operacao *operacao, const char
     nova->tipo = tipo;
     nova->endereco = naArea ? lugarNaArea(*operacao, tamanho) : endereco;
     nova->tamanho = tamanho;
-    Pramo_Entidade_setNome(nova.get(), nome);
+    Pramo_Entidade_setNome(nova, nome);
     Pramo_Variavel_incluiPerifericos(nova.get(), operacao->perifericosHabilitados);
     Pramo_Variavel *variavel = poe(operacao->variaveis, std::move(nova));
     operacao->areaOcupada += naArea ? tamanho : 0;
@@ -125,7 +125,7 @@ Pramo_Variavel *Pramo_Operacao_criaVariavel(Pramo_Operacao *operacao, const char
 
 Pramo_Botao *Pramo_Operacao_criaBotao(Pramo_Operacao *operacao, const char *nome, const char *titulo) {
     auto novo = cria<Pramo_Botao>(Pramo_Botao_rtti, FONTE_DA_OPERACAO);
-    Pramo_Entidade_setNome(novo.get(), nome);
+    Pramo_Entidade_setNome(novo, nome);
     Pramo_Botao_setTitulo(novo.get(), titulo);
     return poe(operacao->botoes, std::move(novo));
 }

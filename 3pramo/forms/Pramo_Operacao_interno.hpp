@@ -3,8 +3,8 @@
 #define Y3PRAMO_FORMS_PRAMO_OPERACAO_INTERNO_HPP
 
 #include <3pramo/forms/Pramo_Operacao.h>
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 namespace pramo::forms {
 

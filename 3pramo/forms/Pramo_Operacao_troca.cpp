@@ -87,8 +87,8 @@ public:
 private:
     Pramo_Variavel *variavel_;
     Pramo_Variavel campos_; // its fields alone: it owns nothing
-    Dono<char> bytes_;
-    Dono<char> opcao_;
+    Ponteiro<char> bytes_;
+    Ponteiro<char> opcao_;
 };
 
 bool temOpcao(const Pramo_Variavel &variavel, const char *chave) {

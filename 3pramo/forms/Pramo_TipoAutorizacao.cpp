@@ -2,7 +2,7 @@
 // choice.
 #include <3pramo/forms/Pramo_Tipo_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <cstring>
 
@@ -19,8 +19,8 @@ void le(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
 void gravaComo(const char *tipo, const Pramo_Variavel &variavel, YNo *elemento) {
     forms::gravaValor(elemento, tipo, [&](YNo *valor) {
         const auto *texto = static_cast<const char *>(variavel.endereco);
-        const Dono<char> copia(YduplicaStringTam(texto, strnlen(texto, variavel.tamanho)));
-        YNo_setValor(valor, copia.get());
+        const Ponteiro<char> copia(YduplicaStringTam(texto, strnlen(texto, variavel.tamanho)));
+        YNo_setValor(valor, copia);
     });
 }
 

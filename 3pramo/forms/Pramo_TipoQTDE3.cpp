@@ -1,7 +1,7 @@
 // A quantity of `tamanho` bytes whose last three digits are decimals.
 #include <3pramo/forms/Pramo_Tipo_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <cstring>
@@ -11,11 +11,11 @@ using namespace pramo::forms;
 namespace {
 
 void le(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
-    const pramo::Dono<char> semPontos(YduplicaString(YNo_getValor(elemento)));
-    if (char *texto = semPontos.get()) {
+    const pramo::Ponteiro<char> semPontos(YduplicaString(YNo_getValor(elemento)));
+    if (char *texto = semPontos) {
         *std::remove(texto, texto + std::strlen(texto), '.') = 0;
     }
-    leNumero(*variavel, semPontos.get());
+    leNumero(*variavel, semPontos);
 }
 
 // "12345 " becomes "12.345": the point goes before the last three digits, and the blank behind them leaves.

@@ -1,7 +1,7 @@
 #include <3pramo/forms/Pramo_Variavel.h>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YVetor_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 using namespace pramo;
 
@@ -114,8 +114,8 @@ void Pramo_Variavel_acrescentaOpcao(Pramo_Variavel *variavel, const char *chave,
     if (variavel->opcoes == nullptr) {
         variavel->opcoes = cria<YVetor>(YVetor_rtti, FONTE).release();
     }
-    Dono<char> copiaDaChave(YduplicaString(chave));
-    Dono<char> copiaDoTexto(YduplicaString(texto));
+    Ponteiro<char> copiaDaChave(YduplicaString(chave));
+    Ponteiro<char> copiaDoTexto(YduplicaString(texto));
     auto *opcao = static_cast<Opcao *>(YalocaMemoria_debug(sizeof(Opcao), FONTE, __LINE__));
     *opcao = {copiaDaChave.release(), copiaDoTexto.release()};
     try {

@@ -94,7 +94,7 @@ std::size_t pramo::tamanhoDaInstancia(const YRtti *classe) {
     return tamanho;
 }
 
-void pramo::liberaSemLancar(void *objeto) noexcept {
+void YliberaObjeto_semLancar(void *objeto) noexcept {
     try {
         YliberaObjeto(objeto);
     } catch (...) {

@@ -55,6 +55,11 @@ Y_EXPORTA void YalocaObjeto_debug(void *lugar, YFuncaoRtti classe, const char *a
 Y_EXPORTA void YliberaObjeto(void *objeto);
 Y_EXPORTA void YliberaObjeto_debug(void *objeto, const char *arquivo, int linha);
 
+/* The same for a caller that must not raise (a destructor, the end of a thread): whatever YliberaObjeto
+ * raises is logged as an error and goes no further. A log sink of the application gets the record with the
+ * next one. */
+Y_EXPORTA void YliberaObjeto_semLancar(void *objeto) Y_NAO_LANCA;
+
 /* 1 when the class is `ancestral` or derives from it, else 0. */
 Y_EXPORTA int YRtti_deriva(const YRtti *classe, YFuncaoRtti ancestral);
 

@@ -29,9 +29,6 @@ struct AntesDeLiberar {
     AntesDeLiberar(const YRtti &classe, PodeLiberar pode);
 };
 
-/// Frees the object; an exception of a destructor is logged and goes no further.
-void liberaSemLancar(void *objeto) noexcept;
-
 } // namespace pramo
 
 #endif

@@ -1,11 +1,11 @@
 // The socket object, its buffer, and what it receives and sends.
 #include <3pramo/foundation/YSocket_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/Formato.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YSocket_sistema.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <cstring>

@@ -1,11 +1,11 @@
 // How a socket comes to its descriptor: listening, accepting, connecting.
 #include <3pramo/foundation/YSocket_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/Trinco.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObThread.h>
 #include <3pramo/foundation/YSocket_sistema.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <cerrno>
@@ -239,7 +239,7 @@ YFimDaEspera YSocket_aceitaConexaoMs(YSocket *ouvinte, uint32_t porta, YSocket *
             return Y_ESPERA_PRAZO;
         }
         // Made first: a connection is never accepted only to be lost for want of memory.
-        Dono<YSocket> conexao = cria<YSocket>(YSocket_rtti, FONTE);
+        Ponteiro<YSocket> conexao = cria<YSocket>(YSocket_rtti, FONTE);
         if (aceitaEm(*ouvinte, *conexao)) {
             *nova = conexao.release();
             return Y_ESPERA_PRONTA;

@@ -1,8 +1,8 @@
 // References and accents: how text goes into XML and comes out of it.
 #include <3pramo/foundation/YStream_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <array>
 #include <charconv>
@@ -122,7 +122,7 @@ void YStream_putHtmlString(YStream *stream, const char *texto) {
         return;
     }
     if (ehDoProprioConteudo(*stream, texto)) {
-        return YStream_putHtmlString(stream, Dono<char>(YduplicaString(texto)).get());
+        return YStream_putHtmlString(stream, Ponteiro<char>(YduplicaString(texto)).get());
     }
     constexpr std::size_t MAIOR_ESCRITA = 6; // &quot;
     const char *fim = fimDoPlano(texto);
@@ -144,7 +144,7 @@ void YStream_putTirandoAcentos(YStream *stream, const char *texto) {
         return;
     }
     if (ehDoProprioConteudo(*stream, texto)) {
-        return YStream_putTirandoAcentos(stream, Dono<char>(YduplicaString(texto)).get());
+        return YStream_putTirandoAcentos(stream, Ponteiro<char>(YduplicaString(texto)).get());
     }
     const std::size_t tamanho = std::strlen(texto);
     char *destino = reserva(*stream, tamanho);

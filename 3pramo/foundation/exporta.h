@@ -1,5 +1,6 @@
 /* The words every header of the library is written with: what is exported, how a class shows its
- * parent in C and in C++, and how the compiler is told about formats and functions that never return. */
+ * parent in C and in C++, and how the compiler is told about formats, functions that never
+ * return and functions that never raise. */
 #ifndef Y3PRAMO_FOUNDATION_EXPORTA_H
 #define Y3PRAMO_FOUNDATION_EXPORTA_H
 
@@ -15,10 +16,12 @@
 #define Y_INICIO_C extern "C" {
 #define Y_FIM_C }
 #define Y_NAO_VOLTA [[noreturn]]
+#define Y_NAO_LANCA noexcept
 #else
 #define Y_INICIO_C
 #define Y_FIM_C
 #define Y_NAO_VOLTA _Noreturn
+#define Y_NAO_LANCA
 #endif
 
 /* A class is a struct that begins with its parent:

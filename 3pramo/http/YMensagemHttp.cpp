@@ -1,9 +1,9 @@
 #include <3pramo/http/YMensagemHttp_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YSocket_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <array>
@@ -25,7 +25,7 @@ constexpr std::size_t MEMORIA_GUARDADA = Reserva::PEQUENO;
 constexpr std::string_view CONTINUE = "HTTP/1.1 100 Continue\n\n";
 
 struct Privado {
-    Dono<YStream> rascunho =
+    Ponteiro<YStream> rascunho =
         cria<YStream>(YStream_rtti, FONTE); // the line being read, or the head being sent
     Reserva reserva;
 };
@@ -36,8 +36,8 @@ Privado &privado(const YMensagemHttp &mensagem) {
 
 void constroiMensagem(void *objeto) {
     auto primeiraLinha = cria<YStream>(YStream_rtti, FONTE);
-    Dono<YDIC> header(YDIC_constroi());
-    YDIC_muda_opcoes(header.get(), YDIC_SEM_CAIXA);
+    Ponteiro<YDIC> header(YDIC_constroi());
+    YDIC_muda_opcoes(header, YDIC_SEM_CAIXA);
     auto body = cria<YStream>(YStream_rtti, FONTE);
     auto parte = semFaltaDeMemoria(FONTE, [] { return std::make_unique<Privado>(); });
     auto *mensagem = static_cast<YMensagemHttp *>(objeto);
@@ -335,8 +335,8 @@ bool acrescentaAoArquivo(int fd, std::string_view texto) {
 void YMensagemHttp_salvaEmArquivo(const YMensagemHttp *mensagem, const char *caminho) {
     const auto texto = cria<YStream>(YStream_rtti, FONTE);
     escreveCabeca(*texto, *mensagem);
-    YStream_puts(texto.get(), YStream_str(mensagem->body));
-    YStream_puts(texto.get(), "\n\n");
+    YStream_puts(texto, YStream_str(mensagem->body));
+    YStream_puts(texto, "\n\n");
     const int fd = open(caminho, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
     if (fd < 0) {
         return;

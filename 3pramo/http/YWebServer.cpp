@@ -1,9 +1,9 @@
 // The server's life and its settings.
 #include <3pramo/http/YWebServer_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObThread_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <memory>
@@ -108,7 +108,7 @@ YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *contexto, YFunc
 }
 
 void YWebServer_setDiretorioBase(YWebServer *servidor, const char *diretorio) {
-    Dono<char> diretorioBase(YduplicaString(diretorio));
+    Ponteiro<char> diretorioBase(YduplicaString(diretorio));
     const Tranca tranca(interno(*servidor).trinco);
     diretorioBase.reset(std::exchange(servidor->diretorioBase, diretorioBase.release()));
 }

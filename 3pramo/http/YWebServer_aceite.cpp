@@ -1,9 +1,9 @@
 // The accept loop, and the connections it knows of.
 #include <3pramo/http/YWebServer_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <limits>
@@ -55,8 +55,8 @@ std::optional<std::string> enderecoAtual(WebServerInterno &i) {
 /// What the loop keeps from one round to the next: the listener, and the object for the next connection. That
 /// one is there beforehand, so that a connection is never accepted only to be lost for want of memory.
 struct Ouvinte {
-    Dono<YSocket> ouvinte;
-    Dono<YSocket> proxima;
+    Ponteiro<YSocket> ouvinte;
+    Ponteiro<YSocket> proxima;
     bool entregando = false; // a connection has left the queue: another try does not meet it again
 };
 
@@ -132,11 +132,11 @@ void saiConexao(WebServerInterno &i, bool despejada) {
 }
 
 /// Hands the connection to a thread of its own; returns when that thread has taken it.
-void entregaConexao(YWebServer &eu, Dono<YSocket> conexao) {
+void entregaConexao(YWebServer &eu, Ponteiro<YSocket> conexao) {
     WebServerInterno &i = interno(eu);
     conexao->despertador = &i.fim;
     entraConexao(i);
-    socketAceito(eu).store(conexao.get());
+    socketAceito(eu).store(conexao);
     try {
         YexecutaThread(trataConexao, &eu);
     } catch (...) {
@@ -262,7 +262,7 @@ void pramo::deixaServidor(YWebServer &servidor, Conexao &conexao) {
         i.abertas[conexao.lugar_] = ultima;
         i.abertas.pop_back();
     }
-    liberaSemLancar(&conexao.socket());
+    YliberaObjeto_semLancar(&conexao.socket());
     saiConexao(i, conexao.despejada());
 }
 

@@ -1,11 +1,11 @@
 // One connection: its batches of requests, and what is answered without a handler.
 #include <3pramo/http/YWebServer_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
 #include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 #include <3pramo/http/dataHttp.hpp>
 
 #include <algorithm>
@@ -105,7 +105,7 @@ class Atendimento {
 public:
     Atendimento(YWebServer &servidor, Conexao &conexao)
         : servidor_(servidor), conexao_(conexao), socket_(conexao.socket()) {
-        YMensagemHttp_setSocket(requisicao_.get(), &socket_);
+        YMensagemHttp_setSocket(requisicao_, &socket_);
         reservaDoCorpo(*requisicao_).contaEm(interno(servidor).corpos);
         reservaDoCorpo(*resposta_).contaEm(interno(servidor).corpos);
     }
@@ -129,8 +129,8 @@ private:
     YWebServer &servidor_;
     Conexao &conexao_;
     YSocket &socket_;
-    Dono<YMensagemHttp> requisicao_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
-    Dono<YMensagemHttp> resposta_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
+    Ponteiro<YMensagemHttp> requisicao_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
+    Ponteiro<YMensagemHttp> resposta_ = cria<YMensagemHttp>(YMensagemHttp_rtti, FONTE);
     bool segue_ = true; // false: nothing more is read as a request
 };
 
@@ -229,7 +229,7 @@ void Atendimento::responde(const char *data) {
         respondeNaoImplementado(*resposta_);
     } else {
         const YTratadorHttp tratador = tratadorAtual(servidor_);
-        tratador.funcao(tratador.contexto, linha.uri.data(), requisicao_.get(), resposta_.get());
+        tratador.funcao(tratador.contexto, linha.uri.data(), requisicao_, resposta_);
     }
     if (linha.metodo == Metodo::HEAD) {
         YStream_clear(resposta_->body);
@@ -262,7 +262,7 @@ void Atendimento::pedePodaSeFoiMuito() const {
 
 void Atendimento::preparaResposta(const char *data) {
     esvazia(*resposta_);
-    YMensagemHttp_setSocket(resposta_.get(), &socket_);
+    YMensagemHttp_setSocket(resposta_, &socket_);
     YDIC_guarda(resposta_->header, "Content-Type", "text/html; charset=ISO-8859-1");
     YDIC_guarda(resposta_->header, "Connection", "close");
     YDIC_guarda(resposta_->header, "Date", data);

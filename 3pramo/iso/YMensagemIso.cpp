@@ -1,9 +1,9 @@
 // The class, its elements and copies.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <functional>
@@ -91,10 +91,10 @@ void garanteCapacidade(YMensagemIso &mensagem, std::int32_t minima) {
 }
 
 void guardaElemento(YMensagemIso &mensagem, std::int32_t bit, const char *texto, std::size_t tamanho) {
-    Dono<char> espaco;
+    Ponteiro<char> espaco;
     if (texto != nullptr) {
         espaco.reset(static_cast<char *>(YalocaMemoria_debug(espacoDoTexto(tamanho), FONTE, __LINE__)));
-        poeTexto(espaco.get(), texto, tamanho);
+        poeTexto(espaco, texto, tamanho);
     }
     garanteCapacidade(mensagem, capacidadePara(bit, texto != nullptr));
     Bloco &guarda = *bloco(mensagem);

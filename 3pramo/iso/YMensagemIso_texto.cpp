@@ -1,8 +1,8 @@
 // The text file, and the dump as a file.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
 #include <array>
@@ -43,7 +43,7 @@ private:
 template <typename ESCREVE>
 void gravaArquivo(const YMensagemIso &mensagem, const char *caminho, ESCREVE escreve) {
     const auto texto = cria<YStream>(YStream_rtti, FONTE);
-    escreve(&mensagem, texto.get());
+    escreve(&mensagem, texto);
     if (const Arquivo arquivo(caminho, "we"); arquivo.get() != nullptr) {
         std::fwrite(YStream_str(texto.get()), 1, conteudo(*texto).size(), arquivo.get());
     }

@@ -201,7 +201,7 @@ const YRtti *YNo_rtti(void) {
     return &YNo_definicaoRtti;
 }
 
-Dono<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
+Ponteiro<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
     const auto espaco = [](std::string_view texto) { return texto.data() != nullptr ? texto.size() + 1 : 0; };
     const std::size_t tamanho = (sizeof(YNo) + espaco(nome) + espaco(valor) + MARCAS) & ~MARCAS;
     auto *no = static_cast<YNo *>(std::malloc(tamanho));
@@ -225,12 +225,12 @@ Dono<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
     no->valor = copia(valor);
     no->interno = reinterpret_cast<char *>(no) + tamanho;
     anotaAlocacao(no, YNo_definicaoRtti.name, tamanho, FONTE, __LINE__);
-    return Dono<YNo>(no);
+    return Ponteiro<YNo>(no);
 }
 
-void pramo::assume(YNo &destino, Dono<YNo> origem) {
-    Dono<char> nome(YduplicaString(origem->nome));
-    Dono<char> valor(YduplicaString(origem->valor));
+void pramo::assume(YNo &destino, Ponteiro<YNo> origem) {
+    Ponteiro<char> nome(YduplicaString(origem->nome));
+    Ponteiro<char> valor(YduplicaString(origem->valor));
     std::swap(destino.filhos, origem->filhos);
     std::swap(destino.atributos, origem->atributos);
     if (destino.filhos != nullptr) {
@@ -317,7 +317,7 @@ void poeNaLista(YNo &no, YNo *filho) {
         return;
     }
     auto lista = cria<YVetor>(YVetorQueDestroi_rtti, FONTE);
-    YVetor_poe(lista.get(), filho);
+    YVetor_poe(lista, filho);
     no.filhos = lista.release();
 }
 
@@ -363,8 +363,8 @@ YNo *YNo_getFilho(const YNo *no, const char *nome, uint32_t indice) {
     return no != nullptr && nome != nullptr ? primeiroFilho(*no, nome, indice) : nullptr;
 }
 
-YNo *pramo::pendura(YNo &no, Dono<YNo> filho) {
-    poeNaLista(no, filho.get());
+YNo *pramo::pendura(YNo &no, Ponteiro<YNo> filho) {
+    poeNaLista(no, filho);
     filho->pai = &no;
     return filho.release();
 }
@@ -426,12 +426,12 @@ YNo *pramo::criaDescendente(YNo &no, const char *caminho, const char *valor) {
         return &no;
     }
     // The chain is made aside and joins the tree when nothing but that can fail.
-    Dono<YNo> topo;
+    Ponteiro<YNo> topo;
     YNo *ultimo = nullptr;
     for (std::string_view resto = caminho; !resto.empty();) {
         const std::string_view nome = tiraNome(resto);
         const bool temValor = resto.empty() && valor != nullptr;
-        Dono<YNo> novo = criaNo(nome, temValor ? std::string_view(valor) : std::string_view());
+        Ponteiro<YNo> novo = criaNo(nome, temValor ? std::string_view(valor) : std::string_view());
         if (ultimo == nullptr) {
             ultimo = novo.get();
             topo = std::move(novo);

@@ -2,7 +2,7 @@
 #ifndef Y3PRAMO_NODE_YNO_INTERNO_HPP
 #define Y3PRAMO_NODE_YNO_INTERNO_HPP
 
-#include <3pramo/foundation/Dono.hpp>
+#include <3pramo/foundation/cria.hpp>
 #include <3pramo/node/YNo.h>
 
 #include <string_view>
@@ -10,10 +10,10 @@
 namespace pramo {
 
 /// A node with this name and content; text whose data() is null is none. Node and texts are one block.
-Dono<YNo> criaNo(std::string_view nome, std::string_view valor = {});
+Ponteiro<YNo> criaNo(std::string_view nome, std::string_view valor = {});
 
 /// Appends a node that has no parent and does not lie above `no`; gives its address.
-YNo *pendura(YNo &no, Dono<YNo> filho);
+YNo *pendura(YNo &no, Ponteiro<YNo> filho);
 
 /// Every change of a node's `pai` goes through it: a parent that YNo_setPai gave the node keeps a note of it.
 /// Lists of children are the caller's to change.
@@ -23,7 +23,7 @@ void mudaPai(YNo &no, YNo *pai);
 YNo *criaDescendente(YNo &no, const char *caminho, const char *valor);
 
 /// Makes `destino` be what `origem` is, but for its place under its parent.
-void assume(YNo &destino, Dono<YNo> origem);
+void assume(YNo &destino, Ponteiro<YNo> origem);
 
 /// Raises what YNo_getFilhoUnico raises.
 [[noreturn]] void faltouTag(const char *caminho);

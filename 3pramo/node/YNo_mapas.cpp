@@ -38,11 +38,11 @@ void adota(YNo &no, YVetor *filhos) {
 }
 
 // What an entry becomes.
-Dono<YNo> converte(const YNo &entrada) {
+Ponteiro<YNo> converte(const YNo &entrada) {
     const std::string_view nome = nomeDaChave(entrada);
     YNo *valor = YNo_getFilho(&entrada, "value", 0);
     if (valor != nullptr && valor->filhos != nullptr) {
-        Dono<YNo> novo = criaNo(nome);
+        Ponteiro<YNo> novo = criaNo(nome);
         adota(*novo, std::exchange(valor->filhos, nullptr));
         return novo;
     }
@@ -53,11 +53,11 @@ Dono<YNo> converte(const YNo &entrada) {
 void corrigeMapa(YNo &mapa) {
     auto novos = cria<YVetor>(YVetorQueDestroi_rtti, FONTE);
     for (void *entrada : elementos(*mapa.filhos)) {
-        Dono<YNo> novo = converte(*static_cast<const YNo *>(entrada));
+        Ponteiro<YNo> novo = converte(*static_cast<const YNo *>(entrada));
         YVetor_poe(novos.get(), novo.get());
         (void)novo.release();
     }
-    const Dono<YVetor> entradas(mapa.filhos);
+    const Ponteiro<YVetor> entradas(mapa.filhos);
     for (void *entrada : elementos(*entradas)) {
         mudaPai(*static_cast<YNo *>(entrada), nullptr);
     }

@@ -1,5 +1,5 @@
-// Nodes as XML text: the writer, and one element read by the parser. The writer keeps open elements on a stack
-// of its own, and the inherited prefix goes down with them.
+// Nodes as XML text: the writer, and one element read by the parser. The writer keeps open elements on a
+// stack of its own, and the inherited prefix goes down with them.
 #include <3pramo/node/YNo_interno.hpp>
 #include <3pramo/node/YSoapParser.h>
 
@@ -145,9 +145,9 @@ void YNo_gravaConteudo(const YNo *no, YStream *stream) {
 void YNo_leDe(YNo *no, YStream *stream) {
     const auto parser = cria<YSoapParser>(YSoapParser_rtti, "YNo");
     YNo *lido = nullptr;
-    YSoapParser_leNo(parser.get(), &lido, stream);
+    YSoapParser_leNo(parser, &lido, stream);
     if (lido == nullptr) {
         lanca(YExcSoap_rtti, "Mensagem SOAP mal formada.", "YNo");
     }
-    assume(*no, Dono<YNo>(lido));
+    assume(*no, Ponteiro<YNo>(lido));
 }

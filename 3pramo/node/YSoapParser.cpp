@@ -76,10 +76,10 @@ enum Tag { TAG_ABERTURA, TAG_FECHAMENTO, TAG_VAZIA, TAG_DECLARACAO };
 // What a tag says. The name is part of the input.
 struct Cabeca {
     std::string_view nome;
-    Dono<YDIC> atributos;
+    Ponteiro<YDIC> atributos;
 
-    Dono<YNo> no(std::string_view valor = {}) {
-        Dono<YNo> novo = criaNo(nome, valor);
+    Ponteiro<YNo> no(std::string_view valor = {}) {
+        Ponteiro<YNo> novo = criaNo(nome, valor);
         novo->atributos = atributos.release();
         return novo;
     }
@@ -107,14 +107,14 @@ public:
     [[nodiscard]] std::uint64_t quantos() const { return quantos_; }
     [[nodiscard]] YNo &ultimo() const { return *ultimo_; }
 
-    void abre(Dono<YNo> no) {
+    void abre(Ponteiro<YNo> no) {
         no->pai = ultimo_;
         ultimo_ = no.release();
         quantos_++;
     }
 
-    Dono<YNo> fecha() {
-        Dono<YNo> no(ultimo_);
+    Ponteiro<YNo> fecha() {
+        Ponteiro<YNo> no(ultimo_);
         ultimo_ = std::exchange(no->pai, nullptr);
         quantos_--;
         return no;
@@ -143,10 +143,10 @@ public:
     ~Leitor() { entrada_.lido = entrada_.tam - static_cast<std::size_t>(fim_ - p_); }
 
     // The root, or nothing.
-    Dono<YNo> leNo() {
+    Ponteiro<YNo> leNo() {
         for (;;) {
             leToken();
-            Dono<YNo> completo;
+            Ponteiro<YNo> completo;
             switch (leElemento(completo)) {
             case TAG_ABERTURA:
                 continue;
@@ -183,7 +183,7 @@ private:
     // A tag, and what follows it up to the next tag or, when that is text, up to the closing tag.
     // TAG_ABERTURA: the element is now the last of the open ones. TAG_VAZIA: it is complete. Else it was
     // none.
-    Tag leElemento(Dono<YNo> &completo) {
+    Tag leElemento(Ponteiro<YNo> &completo) {
         esperaToken('<');
         pulaBrancos();
         const bool declaracao = *p_ == '!';
@@ -378,7 +378,7 @@ const YRtti *YSoapParser_rtti(void) {
 void YSoapParser_leNo(YSoapParser *parser, YNo **raiz, YStream *entrada) {
     parser->entrada = entrada;
     Leitor leitor(*parser, *entrada);
-    Dono<YNo> lido = leitor.leNo();
+    Ponteiro<YNo> lido = leitor.leNo();
     leitor.mostra();
     *raiz = lido.release();
 }

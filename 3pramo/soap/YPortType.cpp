@@ -1,7 +1,7 @@
 #include <3pramo/soap/YPortType.h>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 #include <3pramo/node/YExcSoap.h>
 
 using namespace pramo;

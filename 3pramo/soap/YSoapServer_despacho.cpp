@@ -29,7 +29,7 @@ void limita(YSoapParser *parser, const YSoapServer *servidor) {
 
 /// The tree of a request, and in it the method's element: of that name under Body, else Body, else the root.
 struct Requisicao {
-    Dono<YNo> raiz;
+    Ponteiro<YNo> raiz;
     YNo *elemento = nullptr;
 };
 
@@ -38,11 +38,11 @@ Requisicao leRequisicao(const Chamada &chamada, YStream *entrada) {
         return {};
     }
     preparaTexto(*entrada);
-    const Dono<YSoapParser> parser = cria<YSoapParser>(YSoapParser_rtti, FONTE);
-    limita(parser.get(), chamada.servidor);
+    const Ponteiro<YSoapParser> parser = cria<YSoapParser>(YSoapParser_rtti, FONTE);
+    limita(parser, chamada.servidor);
     YNo *raiz = nullptr;
-    YSoapParser_leNo(parser.get(), &raiz, entrada);
-    Requisicao requisicao{Dono<YNo>(raiz)};
+    YSoapParser_leNo(parser, &raiz, entrada);
+    Requisicao requisicao{Ponteiro<YNo>(raiz)};
     if (raiz == nullptr) {
         return requisicao;
     }
@@ -94,11 +94,11 @@ YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) 
 }
 
 Pino constroiServico(const Chamada &chamada, Entrada entrada) {
-    Dono<YWebService> novo = fabricaServico(chamada.servidor, chamada.portType);
+    Ponteiro<YWebService> novo = fabricaServico(chamada.servidor, chamada.portType);
     if (novo == nullptr) {
         lanca(YExcSoap_rtti, "Tentou construir serviço para um PortType inexistente."_l1, FONTE);
     }
-    Pino pino = entraNoConjunto(chamada.servidor, novo.get(), entrada);
+    Pino pino = entraNoConjunto(chamada.servidor, novo, entrada);
     (void)novo.release(); // the live set owns it
     return pino;
 }
@@ -126,17 +126,17 @@ void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &
         YContextoTry_printf("Tag procurada: %s. ", "metodo");
         lanca(YExcSoap_rtti, "Faltou tag."_l1, FONTE);
     }
-    Dono<YStream> entrada;
+    Ponteiro<YStream> entrada;
     if (const YNo *param = YNo_getFilho(requisicao, "param", 0)) {
         entrada = cria<YStream>(YStream_rtti, FONTE);
-        YStream_puts(entrada.get(), "<param>");
-        YStream_puts(entrada.get(), YNo_getValor(param));
-        YStream_puts(entrada.get(), "</param>");
+        YStream_puts(entrada, "<param>");
+        YStream_puts(entrada, YNo_getValor(param));
+        YStream_puts(entrada, "</param>");
     }
-    const Dono<YStream> saida = cria<YStream>(YStream_rtti, FONTE);
+    const Ponteiro<YStream> saida = cria<YStream>(YStream_rtti, FONTE);
     Chamada interna = {chamada.servidor, chamada.portType, metodo, false, chamada.invocacoes + 1};
-    processaChamada(interna, entrada.get(), saida.get(), servico.vivo() ? &servico : nullptr);
-    YNo_setString(resposta, "return", YStream_str(saida.get()));
+    processaChamada(interna, entrada, saida, servico.vivo() ? &servico : nullptr);
+    YNo_setString(resposta, "return", YStream_str(saida));
 }
 
 void metodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
@@ -177,7 +177,7 @@ void emiteResposta(const Chamada &chamada, YNo *resposta, YStream *saida) {
 } // namespace
 
 void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *saida, Pino *dado) {
-    const Dono<YNo> resposta = cria<YNo>(YNo_rtti, FONTE);
+    const Ponteiro<YNo> resposta = cria<YNo>(YNo_rtti, FONTE);
     const Requisicao lida = leRequisicao(chamada, entrada);
     YNo *requisicao = lida.elemento;
     Pino proprio;
@@ -187,13 +187,13 @@ void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *sa
     }
     const YTratadorSoap tratador = obtemTratador(chamada, dado->servico());
     if (tratador == nullptr) {
-        metodoEmbutido(chamada, requisicao, resposta.get(), *dado);
+        metodoEmbutido(chamada, requisicao, resposta, *dado);
     } else if (dado->vivo()) {
         YWebService_protelaDerrubada(dado->servico());
-        tratador(dado->servico(), requisicao, resposta.get());
+        tratador(dado->servico(), requisicao, resposta);
     } else {
-        chamaEmTemporario(chamada, tratador, requisicao, resposta.get());
+        chamaEmTemporario(chamada, tratador, requisicao, resposta);
     }
     proprio.solta(); // what "destroi" ended goes now, and its failure is this call's
-    emiteResposta(chamada, resposta.get(), saida);
+    emiteResposta(chamada, resposta, saida);
 }

@@ -2,9 +2,9 @@
 #ifndef Y3PRAMO_SOAP_YSOAPSERVER_INTERNO_HPP
 #define Y3PRAMO_SOAP_YSOAPSERVER_INTERNO_HPP
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/Trinco.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 #include <3pramo/soap/YSoapServer.h>
 #include <3pramo/soap/YWebService_interno.hpp>
 
@@ -105,7 +105,7 @@ struct PortTypeLido {
 std::optional<PortTypeLido> procuraPortType(YSoapServer *servidor, const char *nome, const char *metodo);
 
 /// Makes an object of the port type's class, outside any lock; empty when there is no such port type.
-Dono<YWebService> fabricaServico(YSoapServer *servidor, const char *portType);
+Ponteiro<YWebService> fabricaServico(YSoapServer *servidor, const char *portType);
 
 // ---- Road of a request ----
 

@@ -201,13 +201,13 @@ YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoP
         lanca(YExcSoap_rtti, "PortType sem nome."_l1, FONTE);
     }
     // Whole before it is published: no call sees half a port type.
-    Dono<YPortType> novo = cria<YPortType>(YPortType_rtti, FONTE);
-    YPortType_setWsdl(novo.get(), definicao->wsdl);
-    YPortType_setRttiDoServico(novo.get(), definicao->rttiDoServico);
+    Ponteiro<YPortType> novo = cria<YPortType>(YPortType_rtti, FONTE);
+    YPortType_setWsdl(novo, definicao->wsdl);
+    YPortType_setRttiDoServico(novo, definicao->rttiDoServico);
     for (const YDefinicaoMetodo *m = definicao->tratadores; m != nullptr && m->metodo != nullptr; m++) {
-        YPortType_registraTratador(novo.get(), m->metodo, m->tratador);
+        YPortType_registraTratador(novo, m->metodo, m->tratador);
     }
-    YPortType_setGrupoDeRecursos(novo.get(), definicao->grupoDeRecursos);
+    YPortType_setGrupoDeRecursos(novo, definicao->grupoDeRecursos);
 
     const Tranca tranca(privado(servidor).trinco);
     YMapa_guarda(servidor->portTypes, definicao->nome, novo.get());
@@ -229,7 +229,7 @@ std::optional<PortTypeLido> soap::procuraPortType(YSoapServer *servidor, const c
     return PortTypeLido{YPortType_obtemTratador(portType, metodo), portType->rttiDoServico};
 }
 
-Dono<YWebService> soap::fabricaServico(YSoapServer *servidor, const char *nome) {
+Ponteiro<YWebService> soap::fabricaServico(YSoapServer *servidor, const char *nome) {
     YPortType copia{}; // only what construction reads; the original may go away meanwhile
     {
         const Tranca tranca(privado(servidor).trinco);
@@ -242,5 +242,5 @@ Dono<YWebService> soap::fabricaServico(YSoapServer *servidor, const char *nome) 
     }
     YWebService *novo = nullptr;
     YPortType_constroiObjeto(&copia, &novo);
-    return Dono<YWebService>(novo);
+    return Ponteiro<YWebService>(novo);
 }

@@ -47,8 +47,8 @@ const char *interpretaSoapAction(const char *uri, const char *acao, char (&metod
 /// The description without accents, with what XML does not take raw as references; control characters, which
 /// it does not take at all, become question marks.
 void emiteTextoDaFalha(YStream *saida, const std::string &descricao) {
-    const Dono<YStream> plano = cria<YStream>(YStream_rtti, FONTE);
-    YStream_putTirandoAcentos(plano.get(), descricao.c_str());
+    const Ponteiro<YStream> plano = cria<YStream>(YStream_rtti, FONTE);
+    YStream_putTirandoAcentos(plano, descricao.c_str());
     for (const char c : conteudo(*plano)) {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '"' || c == '\t' || c == '\n') {

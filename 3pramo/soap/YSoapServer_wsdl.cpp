@@ -70,8 +70,8 @@ int soap::emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header,
     if (portType == nullptr || portType->wsdl == nullptr) {
         return 0;
     }
-    const Dono<YStream> texto = cria<YStream>(YStream_rtti, FONTE);
-    YStream_putExpandindo(texto.get(), portType->wsdl);
+    const Ponteiro<YStream> texto = cria<YStream>(YStream_rtti, FONTE);
+    YStream_putExpandindo(texto, portType->wsdl);
     expandeMacros(servidor->macros, saida, header, conteudo(*texto));
     return 1;
 }

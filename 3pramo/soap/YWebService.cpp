@@ -2,6 +2,7 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YIdentidade_interno.hpp>
+#include <3pramo/foundation/YOb_interno.hpp>
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
 #include <ctime>

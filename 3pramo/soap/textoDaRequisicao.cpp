@@ -1,8 +1,8 @@
 #include <3pramo/soap/textoDaRequisicao.hpp>
 
-#include <3pramo/foundation/Dono.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/cria.hpp>
 #include <3pramo/node/YExcSoap.h>
 
 #include <algorithm>

@@ -105,18 +105,18 @@ void serve(const Opcoes &opcoes) {
                                             calc::definicaoDoContador(wsdlDoContador.c_str())};
 
     const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
-    YSoapServer_setEndereco(servidor.get(), opcoes.endereco.empty() ? nullptr : opcoes.endereco.c_str());
-    YSoapServer_setPorta(servidor.get(), opcoes.porta);
-    YSoapServer_setDiretorioBase(servidor.get(), opcoes.base.c_str());
-    YSoapServer_setFechaLogo(servidor.get(), opcoes.fechaLogo ? 1 : 0);
+    YSoapServer_setEndereco(servidor, opcoes.endereco.empty() ? nullptr : opcoes.endereco.c_str());
+    YSoapServer_setPorta(servidor, opcoes.porta);
+    YSoapServer_setDiretorioBase(servidor, opcoes.base.c_str());
+    YSoapServer_setFechaLogo(servidor, opcoes.fechaLogo ? 1 : 0);
     for (const YDefinicaoPortType &portType : portTypes) {
-        YSoapServer_registraPortType(servidor.get(), &portType);
+        YSoapServer_registraPortType(servidor, &portType);
     }
-    YObThread_start(servidor.get());
-    if (YSoapServer_esperaPronto(servidor.get(), std::time(nullptr) + PRAZO_PARA_ESCUTAR) == 0) {
+    YObThread_start(servidor);
+    if (YSoapServer_esperaPronto(servidor, std::time(nullptr) + PRAZO_PARA_ESCUTAR) == 0) {
         throw std::runtime_error("a porta " + std::to_string(opcoes.porta) + " foi recusada");
     }
-    anuncia(YSoapServer_getPorta(servidor.get()));
+    anuncia(YSoapServer_getPorta(servidor));
     int sinal = 0;
     sigwait(&sinais, &sinal);
 }

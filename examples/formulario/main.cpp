@@ -74,15 +74,15 @@ void serve(const Opcoes &opcoes) {
     }
     const YDefinicaoPortType portType = definicaoDoFormulario();
     const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
-    YSoapServer_setEndereco(servidor.get(), opcoes.endereco.empty() ? nullptr : opcoes.endereco.c_str());
-    YSoapServer_setPorta(servidor.get(), opcoes.porta);
-    YSoapServer_setDiretorioBase(servidor.get(), opcoes.base);
-    YSoapServer_registraPortType(servidor.get(), &portType);
-    YObThread_start(servidor.get());
-    if (YSoapServer_esperaPronto(servidor.get(), std::time(nullptr) + PRAZO_PARA_ESCUTAR) == 0) {
+    YSoapServer_setEndereco(servidor, opcoes.endereco.empty() ? nullptr : opcoes.endereco.c_str());
+    YSoapServer_setPorta(servidor, opcoes.porta);
+    YSoapServer_setDiretorioBase(servidor, opcoes.base);
+    YSoapServer_registraPortType(servidor, &portType);
+    YObThread_start(servidor);
+    if (YSoapServer_esperaPronto(servidor, std::time(nullptr) + PRAZO_PARA_ESCUTAR) == 0) {
         throw std::runtime_error("a porta " + std::to_string(opcoes.porta) + " foi recusada");
     }
-    std::cout << "pronto: http://127.0.0.1:" << YSoapServer_getPorta(servidor.get()) << "/soap/Formulario"
+    std::cout << "pronto: http://127.0.0.1:" << YSoapServer_getPorta(servidor) << "/soap/Formulario"
               << std::endl;
     int sinal = 0;
     sigwait(&sinais, &sinal);

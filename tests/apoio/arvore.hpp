@@ -10,14 +10,14 @@ namespace apoio {
 
 inline pramo::Ponteiro<YStream> streamDe(std::string_view texto) {
     auto stream = pramo::cria<YStream>(YStream_rtti);
-    YStream_putBloco(stream.get(), texto.data(), static_cast<int64_t>(texto.size()));
+    YStream_putBloco(stream, texto.data(), static_cast<int64_t>(texto.size()));
     return stream;
 }
 
 inline pramo::Ponteiro<YNo> le(std::string_view texto) {
     const auto parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
     YNo *raiz = nullptr;
-    YSoapParser_leNo(parser.get(), &raiz, streamDe(texto).get());
+    YSoapParser_leNo(parser, &raiz, streamDe(texto).get());
     return pramo::Ponteiro<YNo>(raiz);
 }
 
@@ -30,7 +30,7 @@ template <typename OBJETO, typename ESCREVE>
 std::string escrito(const OBJETO *objeto, ESCREVE escreve) {
     const auto saida = pramo::cria<YStream>(YStream_rtti);
     escreve(objeto, saida.get());
-    return conteudo(saida.get());
+    return conteudo(saida);
 }
 
 inline std::string grava(const YNo *no) {

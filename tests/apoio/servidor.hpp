@@ -46,6 +46,7 @@ public:
     void libera() { servidor_.reset(); }
 
     [[nodiscard]] YWebServer *get() const { return servidor_.get(); }
+    operator YWebServer *() const { return servidor_; }
     [[nodiscard]] std::uint32_t porta() const { return YWebServer_getPorta(get()); }
 
 private:

@@ -38,6 +38,7 @@ public:
     void libera() { servidor_.reset(); }
 
     [[nodiscard]] YSoapServer *get() const { return servidor_.get(); }
+    operator YSoapServer *() const { return servidor_; }
     [[nodiscard]] std::uint32_t porta() const {
         return static_cast<std::uint32_t>(YSoapServer_getPorta(get()));
     }

@@ -9,10 +9,10 @@ using namespace pramo::literais;
 int main() {
     const auto stream = pramo::cria<YStream>(YStream_rtti);
     try {
-        YStream_puts(stream.get(), Y3PRAMO_VERSAO);
+        YStream_puts(stream, Y3PRAMO_VERSAO);
         YContextoTry_throw(YExcIOError_rtti, "ação"_l1, "consumidor", __LINE__);
     } catch (const YExcecao &excecao) {
-        std::cout << YStream_str(stream.get()) << '\n';
+        std::cout << YStream_str(stream) << '\n';
         return excecao.ehDaClasse(YExc_rtti) && excecao.what() == std::string_view("a\xE7\xE3o") ? 0 : 1;
     }
 }

@@ -27,7 +27,7 @@ protected:
         fs::create_directories(raiz / "a");
         std::ofstream(raiz / "index.html") << "<p>oi</p>";
         std::ofstream(raiz / "a/b.bin", std::ios::binary) << binario;
-        YWebServer_setDiretorioBase(servidor.get(), raiz.c_str());
+        YWebServer_setDiretorioBase(servidor, raiz.c_str());
     }
     ~Arquivos() override {
         servidor.libera();
@@ -90,16 +90,16 @@ TEST_F(Arquivos, dataDoArquivoTambemComHead) {
 }
 
 TEST_F(Arquivos, tomamExatamenteOSeuTamanho) {
-    YWebServer_setLimiteDosCorpos(servidor.get(), binario.size());
+    YWebServer_setLimiteDosCorpos(servidor, binario.size());
     EXPECT_TRUE(pede("GET /a/b.bin").corpo == binario);
-    YWebServer_setLimiteDosCorpos(servidor.get(), binario.size() - 1);
+    YWebServer_setLimiteDosCorpos(servidor, binario.size() - 1);
     EXPECT_EQ(pede("GET /a/b.bin").linha, "HTTP/1.1 503 Service Unavailable.");
 }
 
 TEST_F(Arquivos, diretoriosBase) {
     fs::create_directory_symlink(raiz, raiz / "laco");
     const auto comBase = [&](const char *base, const char *uri) {
-        YWebServer_setDiretorioBase(servidor.get(), base);
+        YWebServer_setDiretorioBase(servidor, base);
         const Resposta r = pede(uri);
         return r.linha == "HTTP/1.1 200 OK" ? r.corpo : r.linha;
     };

@@ -129,8 +129,8 @@ TEST_F(Http, cortadaDepoisDeCadaByteEUmByteDeCadaVez) {
 }
 
 TEST_F(Http, limitesExatos) {
-    YWebServer_setLimiteDoCabecalho(servidor.get(), 100);
-    YWebServer_setLimiteDoCorpo(servidor.get(), 10);
+    YWebServer_setLimiteDoCabecalho(servidor, 100);
+    YWebServer_setLimiteDoCorpo(servidor, 10);
     const std::string inicio = "POST /x HTTP/1.1\r\nContent-Length: 10\r\nA: ";
     const std::string exata = inicio + std::string(100 - inicio.size() - 4, 'a');
     EXPECT_EQ(corpos(exata + "\r\n\r\n0123456789"), "POST /x HTTP/1.1|/x|0123456789");
@@ -165,7 +165,7 @@ TEST_F(Http, quemAindaEnviaRecebeTudo) {
 
 TEST_F(Http, todosOsCorposJuntosTemLimite) {
     constexpr std::size_t MB = std::size_t{1} << 20;
-    YWebServer_setLimiteDosCorpos(servidor.get(), 2 * MB + MB / 2);
+    YWebServer_setLimiteDosCorpos(servidor, 2 * MB + MB / 2);
     const std::string um = requisicao("POST /x", "", std::string(MB, 'c'));
     EXPECT_TRUE(acontece([&] {
         Cliente parado(servidor.porta()); // its body is not all there, and leaves too little for another
@@ -174,7 +174,7 @@ TEST_F(Http, todosOsCorposJuntosTemLimite) {
         return corpos(um) == LINHA_503 && corpos(requisicao("GET /x")) == "GET /x HTTP/1.1|/x|";
     }));
     EXPECT_TRUE(acontece([&] { return corpos(um).ends_with("cc"); })) << "there is room again";
-    YWebServer_setLimiteDosCorpos(servidor.get(), MB + 10);
+    YWebServer_setLimiteDosCorpos(servidor, MB + 10);
     EXPECT_EQ(corpos(um), LINHA_503) << "an answer that finds no room";
 }
 
@@ -197,7 +197,7 @@ TEST_F(Http, fechaLogo) {
         {"GET /a HTTP/1.0\nConnection: Keep-Alive\n", false},
     };
     for (const bool ligado : {true, false}) {
-        YWebServer_setFechaLogo(servidor.get(), ligado ? 1 : 0);
+        YWebServer_setFechaLogo(servidor, ligado ? 1 : 0);
         for (const auto &[inicio, fecha] : casos) {
             EXPECT_EQ(corpos(inicio + "\n"s + requisicao("GET /b")).ends_with("|/b|"), !ligado || !fecha)
                 << ligado << inicio;
@@ -217,7 +217,7 @@ TEST_F(Http, lotesDeDoisSegundos) {
     const Diario diario;
     const std::string meiaPost = "POST /x HTTP/1.1\r\nContent-Length: 9\r\n\r\nabc";
     const Servidor paciente(ecoa, &chamadas);
-    YWebServer_setPrazoDaRequisicao(paciente.get(), 20);
+    YWebServer_setPrazoDaRequisicao(paciente, 20);
     Cliente lento(paciente.porta());
     lento.envia(meiaPost);
     const std::time_t inicio = std::time(nullptr);
@@ -248,7 +248,7 @@ TEST_F(Http, excecoesAcabamSoAConexao) {
             << uri;
         EXPECT_EQ(corpos(boa), "GET /x HTTP/1.1|/x|");
     }
-    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 0; }));
+    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor) == 0; }));
     EXPECT_EQ(diario.quantos("falha de teste"), 2) << "each is logged once";
     EXPECT_EQ(diario.quantos("de outra requisicao"), 0);
     EXPECT_EQ(diario.quantos(""), 3);
@@ -266,9 +266,8 @@ TEST(HttpTratador, trocadoComoUmaUnidade) {
     const Servidor servidor(tratador<1>, &contextos[1]);
     const std::jthread troca([&](const std::stop_token &fim) {
         while (!fim.stop_requested()) {
-            EXPECT_EQ(YWebServer_setTratador(servidor.get(), &contextos[0], tratador<0>).funcao, tratador<1>);
-            EXPECT_EQ(YWebServer_setTratador(servidor.get(), &contextos[1], tratador<1>).contexto,
-                      &contextos[0]);
+            EXPECT_EQ(YWebServer_setTratador(servidor, &contextos[0], tratador<0>).funcao, tratador<1>);
+            EXPECT_EQ(YWebServer_setTratador(servidor, &contextos[1], tratador<1>).contexto, &contextos[0]);
         }
     });
     Cliente cliente(servidor.porta());

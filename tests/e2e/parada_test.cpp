@@ -30,12 +30,12 @@ TEST(Parada, ociosoParaLogoERecomecaEAsConexoesVivemAlem) {
         Cliente cliente(porta);
         EXPECT_EQ(cliente.pede(requisicao("GET /1")), "ola");
         const auto inicio = Relogio::now();
-        YObThread_stop(servidor.get());
+        YObThread_stop(servidor);
         EXPECT_LT(Relogio::now() - inicio, seconds(1));
-        EXPECT_EQ(YWebServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 0) << "not alive";
+        EXPECT_EQ(YWebServer_esperaPronto(servidor, std::time(nullptr) + 10), 0) << "not alive";
         EXPECT_THROW(Cliente{porta}, std::system_error);
         EXPECT_EQ(cliente.pede(requisicao("GET /2")), "ola");
-        YWebServer_setPorta(servidor.get(), porta);
+        YWebServer_setPorta(servidor, porta);
         servidor.inicia();
         EXPECT_EQ(servidor.porta(), porta) << "an address just used is used again";
         serve(porta);
@@ -65,11 +65,11 @@ TEST(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
     dentro = 0;
     aberto = demolido = false;
     auto servidor = pramo::cria<YWebServer>(Derivado_rtti);
-    YWebServer_setPorta(servidor.get(), 0);
-    YWebServer_setTratador(servidor.get(), nullptr, esperaNaPorta);
-    YObThread_start(servidor.get());
-    ASSERT_EQ(YWebServer_esperaPronto(servidor.get(), std::time(nullptr) + 10), 1);
-    const std::uint32_t porta = YWebServer_getPorta(servidor.get());
+    YWebServer_setPorta(servidor, 0);
+    YWebServer_setTratador(servidor, nullptr, esperaNaPorta);
+    YObThread_start(servidor);
+    ASSERT_EQ(YWebServer_esperaPronto(servidor, std::time(nullptr) + 10), 1);
+    const std::uint32_t porta = YWebServer_getPorta(servidor);
     Cliente ocupado(porta);
     Cliente ocioso(porta);
     Cliente meiaCabeca(porta);
@@ -77,7 +77,7 @@ TEST(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
     ocupado.envia(requisicao("GET /1") + requisicao("GET /2"));
     meiaCabeca.envia("GET / HTTP/1.1\nA: b");
     meioCorpo.envia("GET / HTTP/1.1\nContent-Length: 1000000\n\nabc");
-    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 4 && dentro == 1; }));
+    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor) == 4 && dentro == 1; }));
     const auto inicio = Relogio::now();
     const std::jthread destruidor([&] { servidor.reset(); });
     EXPECT_TRUE(ocioso.fechou() && meiaCabeca.fechou() && meioCorpo.fechou());
@@ -94,7 +94,7 @@ void respondeMuito(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requis
 
 TEST(Parada, quemNaoLeARespostaSeguraSoOPrazo) {
     Servidor servidor(respondeMuito);
-    YWebServer_setPrazoDeEncerramento(servidor.get(), 1);
+    YWebServer_setPrazoDeEncerramento(servidor, 1);
     Cliente cliente(servidor.porta());
     cliente.envia(requisicao("GET /"));
     EXPECT_EQ(cliente.recebeBytes(5), "HTTP/");
@@ -113,31 +113,31 @@ TEST(Parada, limiteDeConexoes) {
     dentro = 0;
     aberto = demolido = false;
     Servidor servidor(ola);
-    YWebServer_setLimiteDeConexoes(servidor.get(), 3);
+    YWebServer_setLimiteDeConexoes(servidor, 3);
     Cliente ocioso(servidor.porta());
     EXPECT_EQ(ocioso.pede(requisicao("GET /")), "ola");
     Cliente recente(servidor.porta());
     EXPECT_EQ(recente.pede(requisicao("GET /")), "ola");
     Cliente noMeio(servidor.porta());
     noMeio.envia("GET / HTTP/1.1\r\n");
-    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor.get()) == 3; }));
+    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor) == 3; }));
     serve(servidor.porta());
     EXPECT_TRUE(ocioso.fechou());
     EXPECT_EQ(recente.pede(requisicao("GET /")), "ola");
     EXPECT_EQ(noMeio.pede("\r\n"), "ola");
 
-    YWebServer_setTratador(servidor.get(), nullptr, esperaNaPorta);
+    YWebServer_setTratador(servidor, nullptr, esperaNaPorta);
     std::vector<Cliente> ocupados;
     for (int i = 0; i < 4; i++) {
         EXPECT_TRUE(acontece([&] { return dentro == i; }));
-        EXPECT_LE(YWebServer_getConexoes(servidor.get()), 3U);
+        EXPECT_LE(YWebServer_getConexoes(servidor), 3U);
         ocupados.emplace_back(servidor.porta()).envia(requisicao("GET /"));
     }
     aberto = true;
     for (Cliente &ocupado : ocupados) {
         EXPECT_EQ(ocupado.recebe().corpo, "enfim") << "all were at work: the newcomer waited";
     }
-    YWebServer_setLimiteDeConexoes(servidor.get(), 0);
+    YWebServer_setLimiteDeConexoes(servidor, 0);
     const auto inicio = Relogio::now();
     servidor.libera();
     EXPECT_LT(Relogio::now() - inicio, seconds(1)) << "also while it waits for a place";
@@ -147,11 +147,11 @@ TEST(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
     const Diario diario;
     auto dono = std::make_unique<Servidor>(ola);
     const auto outro = pramo::cria<YWebServer>(YWebServer_rtti);
-    const auto pronto = [&] { return YWebServer_esperaPronto(outro.get(), std::time(nullptr) + 10); };
-    YWebServer_setPorta(outro.get(), dono->porta());
+    const auto pronto = [&] { return YWebServer_esperaPronto(outro, std::time(nullptr) + 10); };
+    YWebServer_setPorta(outro, dono->porta());
     const auto inicio = Relogio::now();
     EXPECT_EQ(pronto(), 0) << "not started";
-    YObThread_start(outro.get());
+    YObThread_start(outro);
     EXPECT_EQ(pronto(), 0) << "the port is taken";
     EXPECT_LT(Relogio::now() - inicio, seconds(5)) << "it does not wait for the deadline";
     dono.reset();

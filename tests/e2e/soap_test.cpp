@@ -157,7 +157,7 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     constexpr YDefinicaoMetodo metodos[] = {{"constroi", responde}, {"quem", responde}, {nullptr, nullptr}};
     const auto registra = [&](const char *nome, YFuncaoRtti classe) {
         const YDefinicaoPortType definicao = {nome, metodos, classe, nullptr, nullptr};
-        YSoapServer_registraPortType(servidor.get(), &definicao);
+        YSoapServer_registraPortType(servidor, &definicao);
     };
     const auto outroRtti = [] { return &OUTRO; };
     registra("Outro", outroRtti);
@@ -165,7 +165,7 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     registra("SemClasse", nullptr);
     const std::string alvo = eu(chama("constroi"));
     const auto filho = pramo::cria<YWebService>([] { return &FILHO; });
-    YWebService_setSoapServer(filho.get(), servidor.get());
+    YWebService_setSoapServer(filho, servidor);
     char identidade[Y_TAMANHO_IDENTIDADE];
     YObPtrToStr(identidade, sizeof identidade, filho.get());
     const struct {
@@ -193,10 +193,10 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
 
 TEST_F(Soap, wsdlComMacros) {
     const std::string longo(31, 'n');
-    YSoapServer_registraMacro(servidor.get(), "NOME", "antigo");
-    YSoapServer_registraMacro(servidor.get(), "NOME", "$(NOME) <\xE7>");
-    YSoapServer_registraMacro(servidor.get(), longo.c_str(), "longo");
-    YSoapServer_registraMacro(servidor.get(), "", "vazio");
+    YSoapServer_registraMacro(servidor, "NOME", "antigo");
+    YSoapServer_registraMacro(servidor, "NOME", "$(NOME) <\xE7>");
+    YSoapServer_registraMacro(servidor, longo.c_str(), "longo");
+    YSoapServer_registraMacro(servidor, "", "vazio");
     const std::tuple<std::string, std::string, std::string> casos[] = {
         {"", "localhost", ""},
         {"$(NOME)", "localhost", "$(NOME) <\xE7>"}, // not searched again
@@ -210,7 +210,7 @@ TEST_F(Soap, wsdlComMacros) {
     };
     for (const auto &[wsdl, host, corpo] : casos) {
         const YDefinicaoPortType definicao = apoio::definicaoDoAlvo(wsdl.c_str());
-        YSoapServer_registraPortType(servidor.get(), &definicao);
+        YSoapServer_registraPortType(servidor, &definicao);
         for (const char *pedido : {"GET /wsdl/Alvo", "POST /x/wsdl/Alvo"}) {
             apoio::Cliente cliente(servidor.porta());
             cliente.envia(pedido + (" HTTP/1.1\r\nHost: " + host) + "\r\n\r\n");
@@ -232,7 +232,7 @@ TEST_F(Soap, oRestoVaiParaOsArquivos) {
     std::ofstream(pasta / "wsdl" / "Alvo") << "outro";
     EXPECT_EQ(pede("GET /wsdl/Nada").linha, "HTTP/1.1 404 File not found.")
         << "no directory is published at first";
-    YSoapServer_setDiretorioBase(servidor.get(), pasta.c_str());
+    YSoapServer_setDiretorioBase(servidor, pasta.c_str());
     EXPECT_EQ(pede("GET /wsdl/Nada").corpo, "um arquivo") << "no port type of this name";
     EXPECT_EQ(pede("GET /wsdl/Alvo").corpo, "outro") << "a port type without WSDL";
     std::filesystem::remove_all(pasta);
@@ -241,7 +241,7 @@ TEST_F(Soap, oRestoVaiParaOsArquivos) {
 // ---- Bounds and log ----
 
 TEST_F(Soap, limites) {
-    YSoapServer_setLimiteDeServicos(servidor.get(), 2);
+    YSoapServer_setLimiteDeServicos(servidor, 2);
     const std::string um = chama("constroi");
     EXPECT_EQ(chama("constroi").size(), 32U);
     EXPECT_EQ(chama("constroi"), "YExcSoap: Limite de servicos ativos atingido.");
@@ -253,12 +253,12 @@ TEST_F(Soap, limites) {
     EXPECT_LE(Alvo::vivos, 3) << "of what failed calls leave only so many wait for the sweep";
     EXPECT_EQ(chama("constroi").size(), 32U) << "and they refuse nobody";
 
-    YSoapServer_setLimitesDaMensagem(servidor.get(), 4, 6, 0);
+    YSoapServer_setLimitesDaMensagem(servidor, 4, 6, 0);
     EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5") << "four levels, five elements and an attribute";
     EXPECT_EQ(chama("soma", "<a><x/></a><b>3</b>"), "YExcSoap: Mensagem SOAP mal formada.");
     EXPECT_EQ(chama("soma", "<a>2</a><b>3</b><c/>"), "YExcSoap: Mensagem SOAP mal formada.");
 
-    YSoapServer_setLimiteDoCorpo(servidor.get(), 500);
+    YSoapServer_setLimiteDoCorpo(servidor, 500);
     EXPECT_EQ(apoio::conversa(servidor.porta(), apoio::pedidoSoap("Alvo", "eco", std::string(501, ' '))),
               "HTTP/1.1 413 Content Too Large.\n");
 }

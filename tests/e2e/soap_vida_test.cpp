@@ -34,7 +34,7 @@ TEST_F(SoapVida, oPrazoDerrubaEZeroConservaTambemNumRecomeco) {
     EXPECT_EQ(naAlvo("total", eu(vencido)), NAO_CONSTA);
 
     // The sweep and a restart have passed by the other one; a call gives it a deadline again.
-    YObThread_stop(servidor.get());
+    YObThread_stop(servidor);
     servidor.inicia();
     EXPECT_EQ(naAlvo("total", eu(eterno)), "0");
     auto *objeto = static_cast<YWebService *>(YObStrToPtr(eterno.c_str()));
@@ -107,7 +107,7 @@ TEST_F(SoapVida, umTratadorNaoMudaAVidaDoSeuServidor) {
     const YDefinicaoMetodo metodos[] = {
         {"fim", noServidor<YliberaObjeto>}, {"para", noServidor<YObThread_stop>}, {nullptr, nullptr}};
     const YDefinicaoPortType definicao = {"Fim", metodos, YWebService_rtti, nullptr, nullptr};
-    YSoapServer_registraPortType(servidor.get(), &definicao);
+    YSoapServer_registraPortType(servidor, &definicao);
     for (const char *metodo : {"fim", "para"}) {
         EXPECT_EQ(apoio::chama(servidor.porta(), "Fim", metodo), "YExc: Objeto em uso pela propria thread.");
         EXPECT_EQ(naAlvo("soma", "<a>2</a><b>3</b>"), "5") << metodo;

@@ -107,7 +107,7 @@ TEST(Tumulto, ninguemChegaAoObjetoDeOutroENadaFica) {
         std::vector<std::jthread> donos;
         std::vector<std::jthread> clientes;
         for (unsigned i = 0; i < 2; i++) {
-            donos.emplace_back([&, i] { tumulto.dono(servidor.get(), 10 * vez + i); });
+            donos.emplace_back([&, i] { tumulto.dono(servidor, 10 * vez + i); });
         }
         for (unsigned i = 0; i < 6; i++) {
             clientes.emplace_back([&, i] { tumulto.cliente(100 + 10 * vez + i); });

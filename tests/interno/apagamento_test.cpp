@@ -45,22 +45,22 @@ void usaMensagensETextos(const char *cartao) {
     const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const auto copia = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const auto fio = pramo::cria<YStream>(YStream_rtti);
-    YMensagemIso_setBit(mensagem.get(), 2, cartao);
-    YMensagemIso_setBit(mensagem.get(), 48, cartao);
-    YMensagemIso_setBit(mensagem.get(), 52, SEGREDOS[2].data());
-    YMensagemIso_copiaDe(copia.get(), mensagem.get());
-    YMensagemIso_setBit(mensagem.get(), 2, "1");
-    YMensagemIso_dumpMascaradoEmStream(copia.get(), fio.get());
-    YStream_clear(fio.get());
-    YMensagemIso_emiteEmStream(copia.get(), fio.get());
-    const char *posicao = YStream_str(fio.get());
-    YMensagemIso_carrega(mensagem.get(), &posicao);
-    YMensagemIso_salvaEmArquivo(mensagem.get(), "/dev/null");
-    YStream_printf(fio.get(), "%600s", cartao);
+    YMensagemIso_setBit(mensagem, 2, cartao);
+    YMensagemIso_setBit(mensagem, 48, cartao);
+    YMensagemIso_setBit(mensagem, 52, SEGREDOS[2].data());
+    YMensagemIso_copiaDe(copia, mensagem);
+    YMensagemIso_setBit(mensagem, 2, "1");
+    YMensagemIso_dumpMascaradoEmStream(copia, fio);
+    YStream_clear(fio);
+    YMensagemIso_emiteEmStream(copia, fio);
+    const char *posicao = YStream_str(fio);
+    YMensagemIso_carrega(mensagem, &posicao);
+    YMensagemIso_salvaEmArquivo(mensagem, "/dev/null");
+    YStream_printf(fio, "%600s", cartao);
     const auto no = pramo::cria<YNo>(YNo_rtti);
     for (const char *texto : {cartao, "um texto mais longo que o primeiro", cartao, ""}) {
-        YNo_setAtributo(no.get(), "t", texto);
-        YNo_setValor(no.get(), texto);
+        YNo_setAtributo(no, "t", texto);
+        YNo_setValor(no, texto);
     }
     YliberaMemoria(YrealocaMemoria_debug(YduplicaString(cartao), 4096, "teste", 1));
 }

@@ -37,9 +37,9 @@ pramo::Ponteiro<YSoapServer> novoServidor() {
     const YDefinicaoPortType caixa = {"Caixa", metodos, YWebService_rtti, nullptr, nullptr};
     const YDefinicaoPortType alvo = apoio::definicaoDoAlvo();
     auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
-    YSoapServer_setPorta(servidor.get(), 0);
-    YSoapServer_registraPortType(servidor.get(), &caixa);
-    YSoapServer_registraPortType(servidor.get(), &alvo);
+    YSoapServer_setPorta(servidor, 0);
+    YSoapServer_registraPortType(servidor, &caixa);
+    YSoapServer_registraPortType(servidor, &alvo);
     return servidor;
 }
 
@@ -88,26 +88,25 @@ TEST(Conversa, semMemoriaNoComecoENoFim) {
     const auto servidor = novoServidor();
     const auto comecaEPara = [&] {
         try {
-            YObThread_start(servidor.get());
+            YObThread_start(servidor);
         } catch (const YExcecao &) {
-            EXPECT_EQ(YObThread_isAlive(servidor.get()), 0);
+            EXPECT_EQ(YObThread_isAlive(servidor), 0);
         }
-        YObThread_stop(servidor.get());
+        YObThread_stop(servidor);
     };
     emCadaAlocacao(comecaEPara, [&](const std::string &quem) {
-        YObThread_start(servidor.get());
-        serve(servidor.get(), quem);
-        YObThread_stop(servidor.get());
+        YObThread_start(servidor);
+        serve(servidor, quem);
+        YObThread_stop(servidor);
     });
 }
 
 TEST(Conversa, semMemoriaNasChamadas) {
     const auto servidor = novoServidor();
-    YObThread_start(servidor.get());
-    serve(servidor.get(), "at first");
+    YObThread_start(servidor);
+    serve(servidor, "at first");
     apoio::poupada = true; // the client
-    emCadaAlocacao([&] { conversa(servidor.get()); },
-                   [&](const std::string &quem) { serve(servidor.get(), quem); });
+    emCadaAlocacao([&] { conversa(servidor); }, [&](const std::string &quem) { serve(servidor, quem); });
     apoio::poupada = false;
 }
 
@@ -115,16 +114,16 @@ TEST(Conversa, semThreadOComecoSeDesfaz) {
     for (int n = 0; n < 2; n++) {
         const auto servidor = novoServidor();
         apoio::threads.ainda = n;
-        EXPECT_EQ(apoio::excecao([&] { YObThread_start(servidor.get()); }),
+        EXPECT_EQ(apoio::excecao([&] { YObThread_start(servidor); }),
                   "YExc: N\xE3o foi poss\xEDvel criar a thread.")
             << n;
         apoio::threads.ainda = NUNCA;
-        EXPECT_EQ(YObThread_isAlive(servidor.get()), 0);
+        EXPECT_EQ(YObThread_isAlive(servidor), 0);
         EXPECT_EQ(YObThread_isAlive(servidor->webServer), 0) << "nothing serves";
-        EXPECT_EQ(YSoapServer_getPorta(servidor.get()), 0);
-        YObThread_stop(servidor.get());
-        YObThread_start(servidor.get());
-        serve(servidor.get(), "thread " + std::to_string(n));
+        EXPECT_EQ(YSoapServer_getPorta(servidor), 0);
+        YObThread_stop(servidor);
+        YObThread_start(servidor);
+        serve(servidor, "thread " + std::to_string(n));
     }
 }
 

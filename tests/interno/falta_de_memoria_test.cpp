@@ -55,19 +55,19 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
     YObLOG_habilita(0);
     falhaEmCada("parser, mapas e escrita", [] {
         const auto entrada = pramo::cria<YStream>(YStream_rtti);
-        YStream_puts(entrada.get(), DOCUMENTO);
+        YStream_puts(entrada, DOCUMENTO);
         const auto no = pramo::cria<YNo>(YNo_rtti);
-        YNo_leDe(no.get(), entrada.get());
-        YNo_corrigeMaps(no.get());
-        YNo_setNome(no.get(), YNo_getNome(no.get()));
+        YNo_leDe(no, entrada);
+        YNo_corrigeMaps(no);
+        YNo_setNome(no, YNo_getNome(no));
         const auto ligado = pramo::cria<YNo>(YNo_rtti);
-        YNo_setPai(ligado.get(), no.get());
+        YNo_setPai(ligado, no);
         const auto saida = pramo::cria<YStream>(YStream_rtti);
-        YStream_put(saida.get(), '-');
+        YStream_put(saida, '-');
         try {
-            YNo_gravaEm(no.get(), saida.get());
+            YNo_gravaEm(no, saida);
         } catch (const YExcecao &) {
-            EXPECT_STREQ(YStream_str(saida.get()), "-");
+            EXPECT_STREQ(YStream_str(saida), "-");
             throw;
         }
     });
@@ -77,8 +77,8 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
         const auto set = pramo::cria<YSet>(YSetQueDestroi_rtti);
         const auto mapa = pramo::cria<YMapa>(YMapaQueDestroi_rtti);
         for (const char *texto = longo.c_str(); *texto != '\0'; texto++) {
-            YDIC_guarda(dic.get(), texto, "valor");
-            YDIC_guarda(dic.get(), "k", texto);
+            YDIC_guarda(dic, texto, "valor");
+            YDIC_guarda(dic, "k", texto);
             auto elemento = pramo::cria<YOb>(YOb_rtti);
             YSet_poe(set.get(), elemento.get());
             (void)elemento.release();
@@ -87,11 +87,11 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
             (void)valor.release();
         }
         const auto uniao = pramo::cria<YSet>(YSet_rtti);
-        YSet_poe(uniao.get(), nullptr);
+        YSet_poe(uniao, nullptr);
         try {
-            YSet_poeTudo(uniao.get(), set.get());
+            YSet_poeTudo(uniao, set);
         } catch (const YExcecao &) {
-            confere(YSet_tam(uniao.get()) == 1 && YSet_tem(uniao.get(), nullptr) != 0);
+            confere(YSet_tam(uniao) == 1 && YSet_tem(uniao, nullptr) != 0);
             throw;
         }
     });
@@ -142,17 +142,17 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
         const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
         const auto outra = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
         const auto saida = pramo::cria<YStream>(YStream_rtti);
-        YMensagemIso_setBit(mensagem.get(), 3, "00300x");
-        YMensagemIso_setBit(mensagem.get(), 70, "301");
-        YMensagemIso_setBit(mensagem.get(), 3, YMensagemIso_getBit(mensagem.get(), 3));
-        YMensagemIso_copiaDe(outra.get(), mensagem.get());
-        YMensagemIso_emiteEmStream(mensagem.get(), saida.get());
-        const char *fio = YStream_str(saida.get());
-        YMensagemIso_carrega(outra.get(), &fio);
+        YMensagemIso_setBit(mensagem, 3, "00300x");
+        YMensagemIso_setBit(mensagem, 70, "301");
+        YMensagemIso_setBit(mensagem, 3, YMensagemIso_getBit(mensagem, 3));
+        YMensagemIso_copiaDe(outra, mensagem);
+        YMensagemIso_emiteEmStream(mensagem, saida);
+        const char *fio = YStream_str(saida);
+        YMensagemIso_carrega(outra, &fio);
         const int32_t ecoado = 70;
-        YMensagemIso_montaResposta(outra.get(), outra.get(), 810, &ecoado, 1);
-        YMensagemIso_valida(mensagem.get(), nullptr, nullptr);
-        YMensagemIso_dumpMascaradoEmStream(mensagem.get(), saida.get());
+        YMensagemIso_montaResposta(outra, outra, 810, &ecoado, 1);
+        YMensagemIso_valida(mensagem, nullptr, nullptr);
+        YMensagemIso_dumpMascaradoEmStream(mensagem, saida);
     });
     YObLOG_habilita(Y_LOG_ERRO);
     YMemoria_habilitaRelatorio(0);

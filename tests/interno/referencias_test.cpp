@@ -14,13 +14,13 @@ namespace {
 // maps corrected; or what was raised.
 std::string resolvido(const std::string &corpo) {
     const auto parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
-    YSoapParser_setLimiteDeNiveis(parser.get(), 7);
-    YSoapParser_setLimiteDeNos(parser.get(), 120);
-    YSoapParser_setLimiteDeBytes(parser.get(), 600);
+    YSoapParser_setLimiteDeNiveis(parser, 7);
+    YSoapParser_setLimiteDeNos(parser, 120);
+    YSoapParser_setLimiteDeBytes(parser, 600);
     std::string escrito;
     const std::string raise = excecao([&] {
         YNo *lido = nullptr;
-        YSoapParser_leNo(parser.get(), &lido, streamDe("<e><Body>" + corpo + "</Body></e>").get());
+        YSoapParser_leNo(parser, &lido, streamDe("<e><Body>" + corpo + "</Body></e>").get());
         const pramo::Ponteiro<YNo> raiz(lido);
         YNo *noDoCorpo = YNo_getFilhoUnico(lido, "Body");
         YNo *elemento = YNo_getFilho(noDoCorpo, "m", 0);

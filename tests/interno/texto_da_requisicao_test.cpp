@@ -12,10 +12,10 @@ using Par = std::pair<std::string, std::string>;
 
 std::string preparado(const std::string &texto) {
     const auto stream = pramo::cria<YStream>(YStream_rtti);
-    YStream_putBloco(stream.get(), texto.data(), static_cast<int64_t>(texto.size()));
+    YStream_putBloco(stream, texto.data(), static_cast<int64_t>(texto.size()));
     pramo::soap::preparaTexto(*stream);
-    const std::string tudo = YStream_str(stream.get());
-    return tudo.substr(tudo.size() - static_cast<std::size_t>(YStream_disponiveis(stream.get())));
+    const std::string tudo = YStream_str(stream);
+    return tudo.substr(tudo.size() - static_cast<std::size_t>(YStream_disponiveis(stream)));
 }
 
 TEST(TextoDaRequisicao, soADeclaracaoDecideEDadosInvalidosFicam) {

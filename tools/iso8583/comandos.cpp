@@ -16,7 +16,7 @@ Stream novoStream() {
 }
 
 std::string_view conteudo(const Stream &stream) {
-    return {YStream_str(stream.get()), static_cast<std::size_t>(YStream_tam(stream.get()))};
+    return {YStream_str(stream), static_cast<std::size_t>(YStream_tam(stream))};
 }
 
 /// Calls `trata` with each message of the inputs, which `le` reads, and the input it comes from.
@@ -25,7 +25,7 @@ void paraCada(const Pedido &pedido, LE le, TRATA trata) {
     for (const std::string &nome : pedido.entradas) {
         Linhas entrada(nome);
         while (const Mensagem mensagem = le(entrada)) {
-            trata(mensagem.get(), entrada);
+            trata(mensagem, entrada);
         }
     }
 }
@@ -69,7 +69,7 @@ bool iguais(const YMensagemIso *a, const YMensagemIso *b, std::int32_t bit) {
 
 std::string linhaDoElemento(const YMensagemIso *mensagem, std::int32_t bit, char sinal, bool claro) {
     const Stream stream = novoStream();
-    YMensagemIso_dumpElemento(mensagem, bit, claro ? 0 : 1, stream.get());
+    YMensagemIso_dumpElemento(mensagem, bit, claro ? 0 : 1, stream);
     const std::string linha = emUtf8(conteudo(stream));
     return linha.empty() ? "" : sinal + linha;
 }
@@ -98,7 +98,7 @@ std::string diferenca(const Mensagem &a, const Linhas &entradaA, const Mensagem 
     if (a == nullptr || b == nullptr) {
         return a != nullptr ? "-" + entradaA.lugar() + '\n' : "+" + entradaB.lugar() + '\n';
     }
-    const std::string linhas = compara(a.get(), b.get(), claro);
+    const std::string linhas = compara(a, b, claro);
     return linhas.empty() ? "" : "--- " + entradaA.lugar() + "\n+++ " + entradaB.lugar() + '\n' + linhas;
 }
 
@@ -108,8 +108,7 @@ int dump(const Pedido &pedido) {
     Blocos blocos;
     paraCada(pedido, leDoFio, [&](const YMensagemIso *mensagem, const Linhas &) {
         const Stream stream = novoStream();
-        (pedido.claro ? YMensagemIso_dumpEmStream : YMensagemIso_dumpMascaradoEmStream)(mensagem,
-                                                                                        stream.get());
+        (pedido.claro ? YMensagemIso_dumpEmStream : YMensagemIso_dumpMascaradoEmStream)(mensagem, stream);
         blocos.poe(emUtf8(conteudo(stream)));
     });
     return TUDO_BEM;
@@ -120,7 +119,7 @@ int decode(const Pedido &pedido) {
     paraCada(pedido, leDoFio, [&](YMensagemIso *mensagem, const Linhas &entrada) {
         preparaTexto(mensagem, entrada);
         const Stream stream = novoStream();
-        YMensagemIso_salvaEmStream(mensagem, stream.get());
+        YMensagemIso_salvaEmStream(mensagem, stream);
         blocos.poe(conteudo(stream));
     });
     return TUDO_BEM;
@@ -129,12 +128,12 @@ int decode(const Pedido &pedido) {
 int encode(const Pedido &pedido) {
     paraCada(pedido, leDoTexto, [](const YMensagemIso *mensagem, const Linhas &entrada) {
         const Stream stream = novoStream();
-        YMensagemIso_emiteEmStream(mensagem, stream.get());
+        YMensagemIso_emiteEmStream(mensagem, stream);
         if (conteudo(stream).ends_with('\r')) {
             throw Erro(entrada.lugar() + ": " + nomeDoElemento(ultimoElemento(*mensagem)) +
                        ": a mensagem termina em CR, que o fim da linha absorveria");
         }
-        YStream_put(stream.get(), '\n');
+        YStream_put(stream, '\n');
         escreve(conteudo(stream));
     });
     return TUDO_BEM;

@@ -153,7 +153,7 @@ Mensagem leDoFio(Linhas &entrada) {
     const char *posicao = linha.data();
     comLugar(entrada, [&] {
         try {
-            YMensagemIso_carregaBloco(mensagem.get(), &posicao, linha.size());
+            YMensagemIso_carregaBloco(mensagem, &posicao, linha.size());
         } catch (const YExcecao &) {
             confereTamanhos(entrada, linha, *mensagem);
             throw;
@@ -172,8 +172,7 @@ Mensagem leDoTexto(Linhas &entrada) {
         return nullptr;
     }
     auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    YMensagemIso_setTransacao(mensagem.get(),
-                              tiraNumero(entrada, linha, DIGITOS_DO_CODIGO, "código da transação"));
+    YMensagemIso_setTransacao(mensagem, tiraNumero(entrada, linha, DIGITOS_DO_CODIGO, "código da transação"));
     if (!linha.empty()) {
         recusa(entrada, "código da transação inválido");
     }
