@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Reads the JUnit file of a ctest run: prints the output of every test that failed, the names of the skipped ones,
-and as last line "N passed, N failed". The exit status is 0 only when tests ran and none failed."""
+the slowest and the whole time, and as last line "N passed, N failed". The exit status is 0 only when tests ran and none failed."""
 import sys
 import xml.etree.ElementTree
 
@@ -14,7 +14,8 @@ def situacao(teste):
 
 
 def main():
-    testes = xml.etree.ElementTree.parse(sys.argv[1]).getroot().findall("testcase")
+    suite = xml.etree.ElementTree.parse(sys.argv[1]).getroot()
+    testes = suite.findall("testcase")
     grupos = {"passed": [], "failed": [], "skipped": []}
     for teste in testes:
         grupos[situacao(teste)].append(teste)
@@ -26,6 +27,8 @@ def main():
         print(f"skipped: {teste.get('name')}")
     for teste in grupos["failed"]:
         print(f"failed: {teste.get('name')}")
+    lentos = sorted(testes, key=lambda teste: -float(teste.get("time")))[:5]
+    print(f"{float(suite.get('time')):.0f} s; slowest:", ", ".join(f"{t.get('name')} {float(t.get('time')):.1f} s" for t in lentos))
     contas = [f"{len(grupos[g])} {g}" for g in ("passed", "failed", "skipped") if grupos[g] or g != "skipped"]
     print(", ".join(contas))
     return 0 if grupos["passed"] and not grupos["failed"] else 1
