@@ -2,6 +2,7 @@
 #include <3pramo/foundation/YExcecao.hpp>
 #include <3pramo/foundation/YSocket_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
 #include <3pramo/http/YWebServer_interno.hpp>
 
@@ -19,7 +20,7 @@ void confere(const YMensagemHttp &mensagem, std::size_t cabeca, std::size_t corp
         const std::string_view nome = YDIC_IT_getChave(i);
         const std::string_view valor = YDIC_IT_getValor(i);
         assert(nome.find_first_of(":\n\r\t ") == std::string_view::npos);
-        assert(valor == pramo::semBrancos(valor) && valor.find('\n') == std::string_view::npos);
+        assert(valor == pramo::apara(valor, pramo::ESPACOS) && valor.find('\n') == std::string_view::npos);
         tamanho += nome.size() + valor.size() + 2;
     }
     assert(tamanho <= cabeca && static_cast<std::size_t>(YStream_tam(mensagem.body)) <= corpo);

@@ -2,7 +2,7 @@
 #include <3pramo/forms/Pramo_Tipo_interno.hpp>
 
 #include <3pramo/foundation/YConversoes.h>
-#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 
 #include <cstdio>
 #include <cstring>
@@ -11,10 +11,6 @@ using namespace pramo;
 using namespace pramo::forms;
 
 namespace {
-
-bool ehAlgarismo(char c) {
-    return c >= '0' && c <= '9';
-}
 
 /// The end of the integer at the start of the text, the start itself when there is none.
 const char *fimDoInteiro(const char *texto) {

@@ -1,7 +1,7 @@
 #include <3pramo/foundation/YConversoes.h>
 
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 
 #include <charconv>
 #include <cstring>

@@ -2,6 +2,7 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 
 #include <algorithm>
 #include <memory>
@@ -29,17 +30,8 @@ namespace {
 constexpr const char *FONTE = "YDIC";
 constexpr std::size_t MAXIMO_SEM_INDICE = 8;
 
-/// ASCII upper case letters as lower case; every other byte as it is.
-unsigned char minuscula(char c) {
-    return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c | 0x20 : c);
-}
-
 bool iguais(std::string_view a, std::string_view b, bool semCaixa) {
-    if (a.size() != b.size() || !semCaixa) {
-        return a == b;
-    }
-    return std::equal(a.begin(), a.end(), b.begin(),
-                      [](char x, char y) { return minuscula(x) == minuscula(y); });
+    return semCaixa ? iguaisSemCaixa(a, b) : a == b;
 }
 
 /// The order of the index, on entries and on plain keys.
@@ -170,11 +162,6 @@ void desencadeia(YDIC &dic, YDIC_Entrada *entrada) {
     dic.quantas--;
 }
 
-std::string_view semBrancosEmVolta(std::string_view texto) {
-    texto.remove_prefix(std::min(texto.find_first_not_of(" \t"), texto.size()));
-    return texto.substr(0, texto.find_last_not_of(" \t") + 1);
-}
-
 } // namespace
 
 int pramo::guarda(YDIC &dic, std::string_view chave, std::string_view valor) {
@@ -246,7 +233,7 @@ int YDIC_trata_linha(YDIC *dic, const char *linha, char separador) {
     if (onde == std::string_view::npos) {
         return 0;
     }
-    guarda(*dic, semBrancosEmVolta(texto.substr(0, onde)), semBrancosEmVolta(texto.substr(onde + 1)));
+    guarda(*dic, apara(texto.substr(0, onde), ESPACOS), apara(texto.substr(onde + 1), ESPACOS));
     return 1;
 }
 

@@ -3,7 +3,7 @@
 #include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/Trinco.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 
 #include <array>
 #include <cerrno>
@@ -150,12 +150,7 @@ const Bifurcavel<tabela> bifurcavel;
 constexpr char HEX[] = "0123456789abcdef";
 
 std::optional<Ficha> leFicha(std::string_view texto) {
-    while (!texto.empty() && ehBranco(texto.front())) {
-        texto.remove_prefix(1);
-    }
-    while (!texto.empty() && ehBranco(texto.back())) {
-        texto.remove_suffix(1);
-    }
+    texto = apara(texto);
     if (texto.size() != DIGITOS) {
         return std::nullopt;
     }

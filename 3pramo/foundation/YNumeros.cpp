@@ -1,7 +1,7 @@
 #include <3pramo/foundation/YNumeros.h>
 
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 
 #include <algorithm>
 #include <array>
@@ -64,7 +64,7 @@ template <std::size_t N>
 std::optional<Bytes<N>> leAlgarismos(const char *&texto) {
     Bytes<N> n{};
     bool tem = false;
-    for (; *texto == '.' || (*texto >= '0' && *texto <= '9'); texto++) {
+    for (; *texto == '.' || ehAlgarismo(*texto); texto++) {
         if (*texto == '.') {
             continue;
         }

@@ -83,11 +83,6 @@ struct Referencia {
 };
 Referencia decodificaReferencia(std::string_view texto);
 
-/// True for the six ASCII white-space characters.
-inline bool ehBranco(int c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 } // namespace pramo
 
 #endif

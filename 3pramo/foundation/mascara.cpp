@@ -1,5 +1,7 @@
 #include <3pramo/foundation/mascara.hpp>
 
+#include <3pramo/foundation/caracteres.hpp>
+
 #include <algorithm>
 #include <span>
 
@@ -14,16 +16,8 @@ constexpr std::size_t INICIO_VISIVEL = 6;
 constexpr std::size_t FIM_VISIVEL = 4;
 constexpr std::string_view SEPARADORES = " -=^";
 
-bool ehDecimal(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool ehDigito(char c) {
-    return ehDecimal(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
 std::size_t decimais(std::string_view texto) {
-    return static_cast<std::size_t>(std::count_if(texto.begin(), texto.end(), ehDecimal));
+    return static_cast<std::size_t>(std::count_if(texto.begin(), texto.end(), ehAlgarismo));
 }
 
 /// Length of the run at the start of the text, 0 when it does not begin with a digit. A separator belongs to
@@ -32,7 +26,7 @@ template <typename DIGITO>
 std::size_t tamanhoDaSequencia(std::string_view texto, DIGITO ehDaSequencia, std::string_view separadores) {
     const auto separa = [&](std::size_t i) {
         return i > 0 && i + 1 < texto.size() && separadores.find(texto[i]) != std::string_view::npos &&
-               ehDecimal(texto[i - 1]) && ehDecimal(texto[i + 1]);
+               ehAlgarismo(texto[i - 1]) && ehAlgarismo(texto[i + 1]);
     };
     std::size_t i = 0;
     while (i < texto.size() && (ehDaSequencia(texto[i]) || separa(i))) {
@@ -60,7 +54,7 @@ void tiraOMeio(std::span<char> texto) {
     std::size_t antes = 0;
     const std::size_t total = decimais({texto.data(), texto.size()});
     for (char &c : texto) {
-        if (ehDecimal(c) && antes++ >= INICIO_VISIVEL && antes + FIM_VISIVEL <= total) {
+        if (ehAlgarismo(c) && antes++ >= INICIO_VISIVEL && antes + FIM_VISIVEL <= total) {
             c = '*';
         }
     }
@@ -77,7 +71,7 @@ bool pareceCartao(std::string_view texto) {
 }
 
 bool ehSegredo(std::string_view sequencia) {
-    return std::count_if(sequencia.begin(), sequencia.end(), ehDigito) >= MENOR_SEGREDO &&
+    return std::count_if(sequencia.begin(), sequencia.end(), ehHexadecimal) >= MENOR_SEGREDO &&
            decimais(sequencia) != 0;
 }
 
@@ -91,11 +85,11 @@ std::string semSegredo(std::string_view sequencia) {
 } // namespace
 
 std::string mascaraDadosDeCartao(std::string_view texto) {
-    return mascaraSequencias(texto, ehDigito, SEPARADORES, semSegredo);
+    return mascaraSequencias(texto, ehHexadecimal, SEPARADORES, semSegredo);
 }
 
 std::string mascaraNumeros(std::string_view texto) {
-    return mascaraSequencias(texto, ehDecimal, " -", [](std::string_view sequencia) {
+    return mascaraSequencias(texto, ehAlgarismo, " -", [](std::string_view sequencia) {
         return decimais(sequencia) >= MENOR_CARTAO ? semOMeio(sequencia) : std::string(sequencia);
     });
 }
@@ -106,12 +100,12 @@ std::string mascaraCartao(std::string_view texto) {
 
 void mascaraNoLugar(char *texto, std::size_t tamanho) noexcept {
     for (std::span<char> resto(texto, tamanho); !resto.empty();) {
-        const std::size_t n = tamanhoDaSequencia({resto.data(), resto.size()}, ehDigito, SEPARADORES);
+        const std::size_t n = tamanhoDaSequencia({resto.data(), resto.size()}, ehHexadecimal, SEPARADORES);
         const std::span<char> sequencia = resto.first(n);
         if (pareceCartao({sequencia.data(), n})) {
             tiraOMeio(sequencia);
         } else if (ehSegredo({sequencia.data(), n})) {
-            std::replace_if(sequencia.begin(), sequencia.end(), ehDigito, '*');
+            std::replace_if(sequencia.begin(), sequencia.end(), ehHexadecimal, '*');
         }
         resto = resto.subspan(std::max<std::size_t>(n, 1));
     }

@@ -3,6 +3,7 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YSocket_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
@@ -58,10 +59,6 @@ void destroiMensagem(void *objeto) {
 const YRtti definicaoRtti = {YOb_rtti, "YMensagemHttp", sizeof(YMensagemHttp), constroiMensagem,
                              destroiMensagem};
 
-char minuscula(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 // ---- What two readers might take differently ----
 
 bool ehControle(char c) {
@@ -111,7 +108,7 @@ bool guardaCampo(YMensagemHttp &mensagem, YStream &linha, bool &exata) {
     const std::string_view texto = conteudo(linha);
     const std::size_t doisPontos = texto.find(':');
     if (iguaisSemCaixa(texto.substr(0, doisPontos), "Content-Length")) {
-        const std::string_view valor = semBrancos(texto.substr(doisPontos + 1));
+        const std::string_view valor = apara(texto.substr(doisPontos + 1), ESPACOS);
         const char *anterior = YDIC_recupera(mensagem.header, "Content-Length");
         const Anuncio anuncio = interpretaTamanho(valor);
         if (anuncio.malFormado || (anterior != nullptr && anterior != valor)) {
@@ -277,17 +274,6 @@ void pramo::dimensionaCorpo(YMensagemHttp &mensagem, std::size_t bytes) {
         body.dados[body.tam] = 0;
         body.capacidade = bytes;
     }
-}
-
-bool pramo::iguaisSemCaixa(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return minuscula(x) == minuscula(y); });
-}
-
-std::string_view pramo::semBrancos(std::string_view texto) {
-    const std::size_t inicio = std::min(texto.find_first_not_of(" \t"), texto.size());
-    texto.remove_prefix(inicio);
-    return texto.substr(0, texto.find_last_not_of(" \t") + 1);
 }
 
 // ---- Sending and saving ----

@@ -49,12 +49,6 @@ void esvazia(YMensagemHttp &mensagem);
 /// The body as in a new message; memory is kept as with esvazia.
 void esvaziaCorpo(YMensagemHttp &mensagem);
 
-/// Equal but for the case of ASCII letters.
-bool iguaisSemCaixa(std::string_view a, std::string_view b);
-
-/// Without the blanks and tabs around it.
-std::string_view semBrancos(std::string_view texto);
-
 } // namespace pramo
 
 #endif

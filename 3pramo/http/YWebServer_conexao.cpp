@@ -5,6 +5,7 @@
 #include <3pramo/foundation/YObLOG.h>
 #include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
 #include <3pramo/http/dataHttp.hpp>
 
@@ -87,7 +88,7 @@ bool temNaLista(const char *lista, std::string_view procurada) {
     std::string_view resto = lista != nullptr ? lista : "";
     while (!resto.empty()) {
         const std::size_t fim = std::min(resto.find(','), resto.size());
-        if (iguaisSemCaixa(semBrancos(resto.substr(0, fim)), procurada)) {
+        if (iguaisSemCaixa(apara(resto.substr(0, fim), ESPACOS), procurada)) {
             return true;
         }
         resto.remove_prefix(std::min(fim + 1, resto.size()));

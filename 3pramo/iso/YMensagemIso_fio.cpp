@@ -3,6 +3,7 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 
 #include <algorithm>
 #include <array>
@@ -124,7 +125,7 @@ private:
     std::int32_t leNumero(std::size_t digitos) {
         std::int32_t valor = 0;
         for (; digitos > 0; digitos--, posicao_++) {
-            if (*posicao_ >= '0' && *posicao_ <= '9') {
+            if (ehAlgarismo(*posicao_)) {
                 valor = valor * 10 + (*posicao_ - '0');
             }
         }

@@ -2,9 +2,9 @@
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
@@ -49,15 +49,10 @@ void gravaArquivo(const YMensagemIso &mensagem, const char *caminho, ESCREVE esc
     }
 }
 
-void tiraBrancos(std::string_view &texto) {
-    texto.remove_prefix(
-        static_cast<std::size_t>(std::find_if_not(texto.begin(), texto.end(), ehBranco) - texto.begin()));
-}
-
 // Takes a number off the text as strtol does: white space, a sign, digits; 0 without digits, and then only
 // the white space is gone.
 std::int64_t tiraNumero(std::string_view &texto) {
-    tiraBrancos(texto);
+    texto = aparaAntes(texto);
     const char *inicio = texto.data();
     const char *fim = inicio + texto.size();
     const bool positivo = texto.size() > 1 && *inicio == '+' && inicio[1] != '-';
@@ -110,7 +105,7 @@ void pramo::iso::leTexto(YMensagemIso &mensagem, std::FILE *arquivo) {
     mensagem.transacao = static_cast<std::int32_t>(tiraNumero(pedaco));
     while (pedacos.le(pedaco)) {
         const std::int64_t bit = tiraNumero(pedaco);
-        tiraBrancos(pedaco);
+        pedaco = aparaAntes(pedaco);
         if (podeLer(bit)) {
             YMensagemIso_setBitTam(&mensagem, static_cast<std::int32_t>(bit), pedaco.data(), pedaco.size());
         }

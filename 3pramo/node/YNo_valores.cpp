@@ -5,9 +5,9 @@
 #include <3pramo/foundation/YConversoes.h>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YIdentidade.h>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/node/yuliano.h>
 
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -71,9 +71,7 @@ const char *textoBoolean(int valor) {
 
 int leBoolean(const char *texto) {
     const auto eh = [&](std::string_view palavra) {
-        const auto igual = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + ('a' - 'A') : a) == b; };
-        const std::string_view lido = texto != nullptr ? texto : "";
-        return std::equal(lido.begin(), lido.end(), palavra.begin(), palavra.end(), igual);
+        return iguaisSemCaixa(texto != nullptr ? texto : "", palavra);
     };
     if (!eh("true") && !eh("false")) {
         lanca(YExcSoap_rtti, "valor desconhecido para boolean.", FONTE);

@@ -3,6 +3,7 @@
 #include <3pramo/foundation/YDIC_interno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/node/YNo_interno.hpp>
 
 #include <algorithm>

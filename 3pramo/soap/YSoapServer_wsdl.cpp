@@ -2,6 +2,7 @@
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/http/YMensagemHttp_interno.hpp>
 
 #include <algorithm>
@@ -19,8 +20,7 @@ constexpr std::size_t MAIOR_NOME_DE_MACRO = 31;
 bool podeEntrar(std::string_view campo, std::string_view valor) {
     const bool host = iguaisSemCaixa(campo, "Host");
     return std::all_of(valor.begin(), valor.end(), [&](char c) {
-        const bool deNome = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                            std::string_view(".-_:[]").find(c) != std::string_view::npos;
+        const bool deNome = ehAlfanumerico(c) || std::string_view(".-_:[]").find(c) != std::string_view::npos;
         return host ? deNome : std::string_view("<>&\"'").find(c) == std::string_view::npos;
     });
 }

@@ -1,12 +1,11 @@
 #include <3pramo/soap/mascara.hpp>
 
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/mascara.hpp>
 
 namespace pramo::soap {
 
 namespace {
-
-constexpr std::string_view BRANCOS = " \t\n\v\f\r";
 
 /// True when a `campo` stands where a tag's name does: behind "<", "/", a prefix, or an escaped one of these.
 bool temFormulario(std::string_view corpo) {

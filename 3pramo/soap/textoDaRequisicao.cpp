@@ -2,11 +2,11 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
 #include <3pramo/node/YExcSoap.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace pramo::soap {
 
@@ -79,13 +79,6 @@ void converte(YStream &stream) {
     encolhe(stream, static_cast<std::size_t>(destino - stream.dados));
 }
 
-std::string_view semBrancos(std::string_view texto) {
-    while (!texto.empty() && ehBranco(texto.front())) {
-        texto.remove_prefix(1);
-    }
-    return texto;
-}
-
 /// True when the declaration's encoding is UTF-8, in any letter case.
 bool declaraUtf8(std::string_view declaracao) {
     constexpr std::string_view NOME = "encoding";
@@ -94,16 +87,16 @@ bool declaraUtf8(std::string_view declaracao) {
     if (lugar == std::string_view::npos) {
         return false;
     }
-    std::string_view resto = semBrancos(declaracao.substr(lugar + NOME.size()));
+    std::string_view resto = aparaAntes(declaracao.substr(lugar + NOME.size()));
     if (!resto.starts_with('=')) {
         return false;
     }
-    resto = semBrancos(resto.substr(1));
+    resto = aparaAntes(resto.substr(1));
     if (resto.size() < UTF8.size() + 2 || (resto[0] != '"' && resto[0] != '\'') ||
         resto[UTF8.size() + 1] != resto[0]) {
         return false;
     }
-    return strncasecmp(resto.data() + 1, UTF8.data(), UTF8.size()) == 0;
+    return iguaisSemCaixa(resto.substr(1, UTF8.size()), UTF8);
 }
 
 } // namespace
