@@ -9,6 +9,9 @@
 
 #include <3pramo/foundation/exporta.h>
 #include <stdint.h>
+#ifdef __cplusplus
+#include <type_traits>
+#endif
 
 Y_INICIO_C
 
@@ -44,6 +47,17 @@ Y_EXPORTA void YalocaObjeto(void *lugar, YFuncaoRtti classe);
 /* The same; the allocation report (YMemoria.h) shows this file and line. The file name must live as long
  * as the object. */
 Y_EXPORTA void YalocaObjeto_debug(void *lugar, YFuncaoRtti classe, const char *arquivo, int linha);
+
+/* In C++ the object itself where its variable's address should stand does not compile. */
+#ifdef __cplusplus
+extern "C++" {
+template <typename OBJETO>
+typename std::enable_if<std::is_class<OBJETO>::value>::type YalocaObjeto(OBJETO *, YFuncaoRtti) = delete;
+template <typename OBJETO>
+typename std::enable_if<std::is_class<OBJETO>::value>::type YalocaObjeto_debug(OBJETO *, YFuncaoRtti,
+                                                                               const char *, int) = delete;
+}
+#endif
 
 /* Frees an object: destructors from its class up to the root, then the instance. Null is ignored.
  * A thread object is stopped first, through its stopImpl slot, while its derived fields are still whole. A
