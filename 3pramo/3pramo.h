@@ -10,6 +10,7 @@
 #include <3pramo/forms/Pramo_Variavel.h>
 #include <3pramo/foundation/DATAC.h>
 #include <3pramo/foundation/YContextoTry.h>
+#include <3pramo/foundation/YContextoTry_throw.h>
 #include <3pramo/foundation/YConversoes.h>
 #include <3pramo/foundation/YDIC.h>
 #include <3pramo/foundation/YExc.h>
@@ -25,6 +26,7 @@
 #include <3pramo/foundation/YSocket.h>
 #include <3pramo/foundation/YStream.h>
 #include <3pramo/foundation/YVetor.h>
+#include <3pramo/foundation/YexecutaThread.h>
 #include <3pramo/http/YMensagemHttp.h>
 #include <3pramo/http/YWebServer.h>
 #include <3pramo/iso/YMensagemIso.h>

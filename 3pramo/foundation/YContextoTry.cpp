@@ -1,12 +1,50 @@
 #include <3pramo/foundation/YContextoTry.h>
+
+#include <3pramo/foundation/Formato.hpp>
 #include <3pramo/foundation/YExc_daThread.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 
 #include <algorithm>
 #include <new>
+#include <string>
 #include <utility>
 
 using namespace pramo;
+
+// ---- Raising ----
+
+namespace {
+
+constexpr std::size_t MAXIMO_DO_DETALHE = std::size_t{64} * 1024;
+constexpr std::size_t FIM_DO_DETALHE = 64; // what is kept of the end of a longer one, its ". " above all
+
+} // namespace
+
+void YContextoTry_printf(const char *formato, ...) {
+    Lembrancas *l = lembrancasOuNovas();
+    if (l == nullptr) {
+        return;
+    }
+    l->detalhe.clear(); // an old one must not survive a failure
+    va_list argumentos;
+    va_start(argumentos, formato);
+    std::string detalhe = semFaltaDeMemoria("YExc", [&] { return formataTexto(formato, argumentos); });
+    va_end(argumentos);
+    if (detalhe.size() > MAXIMO_DO_DETALHE) {
+        detalhe.erase(MAXIMO_DO_DETALHE - FIM_DO_DETALHE, detalhe.size() - MAXIMO_DO_DETALHE);
+    }
+    l->detalhe = std::move(detalhe);
+}
+
+void YContextoTry_throw(YFuncaoRtti classe, const char *mensagem, const char *arquivo, int linha) {
+    std::string detalhe;
+    if (Lembrancas *l = lembrancas()) {
+        detalhe.swap(l->detalhe);
+    }
+    throw YExcecao(classe, detalhe.c_str(), mensagem, arquivo, linha);
+}
+
+// ---- Regions ----
 
 namespace {
 

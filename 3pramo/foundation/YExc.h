@@ -7,7 +7,7 @@
 #ifndef Y3PRAMO_FOUNDATION_YEXC_H
 #define Y3PRAMO_FOUNDATION_YEXC_H
 
-#include <3pramo/foundation/YOb.h>
+#include <3pramo/foundation/YContextoTry_throw.h>
 
 Y_INICIO_C
 
@@ -19,18 +19,6 @@ Y_EXPORTA extern const YRtti YExcNaoImplementado_definicaoRtti;
 Y_EXPORTA const YRtti *YExc_rtti(void);
 Y_EXPORTA const YRtti *YExcIOError_rtti(void);
 Y_EXPORTA const YRtti *YExcNaoImplementado_rtti(void);
-
-/* Raises an exception of the class on the calling thread; never returns. The texts are copied. `arquivo`
- * is the source's name without extension, `linha` its line. The detail text, if one is waiting, goes in
- * front of the message and is used up. */
-Y_NAO_VOLTA Y_EXPORTA void YContextoTry_throw(YFuncaoRtti classe, const char *mensagem, const char *arquivo,
-                                              int linha);
-
-/* Formats a detail text that the next raise on this thread puts in front of its message; end it with a
- * full stop and a blank ("nome: %s. "). A second call replaces the first, also when it raises YExc "Memória
- * insuficiente." for want of memory. Of a text longer than 64 KiB the middle is left out, the end is kept.
- * A text that no raise has used up does not outlive the function that a thread of the library runs. */
-Y_EXPORTA void YContextoTry_printf(const char *formato, ...) Y_FORMATO(1, 2);
 
 /* Writes the description of the exception just caught on this thread to the log, as an error:
  * "CLASS: MESSAGE (SOURCE:LINE)". "Just caught" is the one that is handled innermost: by a C++ catch block

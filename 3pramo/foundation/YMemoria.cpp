@@ -66,10 +66,6 @@ void liberaSemApagar(void *bloco) {
     std::free(bloco);
 }
 
-void faltaMemoria(const char *fonte, int linha) {
-    YContextoTry_throw(YExc_rtti, "Memória insuficiente."_l1, fonte, linha);
-}
-
 } // namespace pramo
 
 using namespace pramo;

@@ -1,9 +1,9 @@
-/* Threads: the thread class that applications derive from, and plain functions run on threads of their own.
- */
+/* Threads: the thread class that applications derive from. */
 #ifndef Y3PRAMO_FOUNDATION_YOBTHREAD_H
 #define Y3PRAMO_FOUNDATION_YOBTHREAD_H
 
 #include <3pramo/foundation/YOb.h>
+#include <3pramo/foundation/YexecutaThread.h>
 
 Y_INICIO_C
 
@@ -51,15 +51,6 @@ Y_EXPORTA void YObThread_startImpl(YObThread *thread);
 /* The class's own stop: makes YObThread_isAlive 0 and returns once `run` has returned, also when another
  * stop is under way. Called on the thread itself it only asks for the stop and returns at once. */
 Y_EXPORTA void YObThread_stopImpl(YObThread *thread);
-
-/* Runs funcao(argumento) on a thread of its own and returns at once; nobody waits for it. Threads that have
- * ended their function are kept for ten seconds (64 at most) and used again. An exception that leaves the
- * function ends its run and is logged. Raises YExc "Não foi possível criar a thread.". */
-Y_EXPORTA void YexecutaThread(void (*funcao)(void *argumento), void *argumento);
-
-/* Stack size of the threads that YexecutaThread makes from now on, in bytes; 1 MiB by default, at least 128
- * KiB. */
-Y_EXPORTA void YexecutaThread_setTamanhoDaPilha(uint64_t bytes);
 
 Y_FIM_C
 

@@ -1,5 +1,5 @@
 // Functions run on threads of their own, which are kept for a while and used again.
-#include <3pramo/foundation/YObThread.h>
+#include <3pramo/foundation/YexecutaThread.h>
 
 #include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
