@@ -164,10 +164,10 @@ void desencadeia(YDIC &dic, YDIC_Entrada *entrada) {
 
 } // namespace
 
-int pramo::guarda(YDIC &dic, std::string_view chave, std::string_view valor) {
+bool pramo::guarda(YDIC &dic, std::string_view chave, std::string_view valor) {
     if (YDIC_Entrada *existente = acha(dic, chave)) {
         trocaValor(*existente, valor);
-        return 0;
+        return false;
     }
     YDIC_Entrada *nova = criaEntrada(chave, valor);
     try {
@@ -177,7 +177,7 @@ int pramo::guarda(YDIC &dic, std::string_view chave, std::string_view valor) {
         faltaMemoria(FONTE, __LINE__);
     }
     encadeia(dic, nova);
-    return 1;
+    return true;
 }
 
 YDIC *YDIC_constroi(void) {
@@ -200,7 +200,7 @@ void YDIC_muda_opcoes(YDIC *dic, int opcoes) {
 }
 
 int YDIC_guarda(YDIC *dic, const char *chave, const char *valor) {
-    return chave != nullptr && valor != nullptr ? guarda(*dic, chave, valor) : 0;
+    return chave != nullptr && valor != nullptr && guarda(*dic, chave, valor) ? 1 : 0;
 }
 
 const char *YDIC_recupera(const YDIC *dic, const char *chave) {

@@ -9,7 +9,7 @@
 namespace pramo {
 
 /// YDIC_guarda with texts that need no terminating zero (and hold none).
-int guarda(YDIC &dic, std::string_view chave, std::string_view valor);
+bool guarda(YDIC &dic, std::string_view chave, std::string_view valor);
 
 } // namespace pramo
 

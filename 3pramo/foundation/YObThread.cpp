@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char *FONTE = "YObThread";
 
-struct Estado {
+struct Privado {
     std::atomic<bool> viva{false};
     void (*aoLiberar)(YObThread *) = nullptr; // set by a constructor
 
@@ -31,8 +31,8 @@ struct Estado {
     bool liberando Y_GUARDADO_POR(trinco) = false; // whoever waits for a change leaves
 };
 
-Estado &estadoDe(const YObThread *thread) {
-    return *static_cast<Estado *>(thread->estado);
+Privado &privado(const YObThread *thread) {
+    return *static_cast<Privado *>(thread->privado);
 }
 
 const YObThread_Rtti &slotsDe(const YObThread *thread) {
@@ -45,28 +45,28 @@ const YObThread_Rtti &slotsDe(const YObThread *thread) {
 /// freed: nothing of it may be touched then.
 class Mudanca {
 public:
-    explicit Mudanca(Estado &estado) : estado_(estado) {
-        const Tranca tranca(estado_.trinco);
+    explicit Mudanca(Privado &privado) : p_(privado) {
+        const Tranca tranca(p_.trinco);
         const std::thread::id eu = std::this_thread::get_id();
-        estado_.esperam++;
-        while (!estado_.liberando && estado_.mudancas != 0 && estado_.quemMuda != eu) {
-            estado_.mudou.espera(estado_.trinco);
+        p_.esperam++;
+        while (!p_.liberando && p_.mudancas != 0 && p_.quemMuda != eu) {
+            p_.mudou.espera(p_.trinco);
         }
-        estado_.esperam--;
-        const bool jaDentro = estado_.mudancas != 0 && estado_.quemMuda == eu;
-        entrou_ = jaDentro || !estado_.liberando;
+        p_.esperam--;
+        const bool jaDentro = p_.mudancas != 0 && p_.quemMuda == eu;
+        entrou_ = jaDentro || !p_.liberando;
         if (entrou_) {
-            estado_.quemMuda = eu;
-            estado_.mudancas++;
+            p_.quemMuda = eu;
+            p_.mudancas++;
         } else {
-            estado_.mudou.avisa();
+            p_.mudou.avisa();
         }
     }
     ~Mudanca() {
         if (entrou_) {
-            const Tranca tranca(estado_.trinco);
-            estado_.mudancas--;
-            estado_.mudou.avisa();
+            const Tranca tranca(p_.trinco);
+            p_.mudancas--;
+            p_.mudou.avisa();
         }
     }
     Mudanca(const Mudanca &) = delete;
@@ -75,25 +75,25 @@ public:
     [[nodiscard]] bool entrou() const { return entrou_; }
 
 private:
-    Estado &estado_;
+    Privado &p_;
     bool entrou_;
 };
 
-bool ehPropria(const Estado &estado) Y_EXIGE(estado.trinco) {
-    return estado.rodando && estado.aJuntar && pthread_equal(estado.fio, pthread_self()) != 0;
+bool ehPropria(const Privado &p) Y_EXIGE(p.trinco) {
+    return p.rodando && p.aJuntar && pthread_equal(p.fio, pthread_self()) != 0;
 }
 
 bool naPropriaThread(const YObThread *thread) {
-    Estado &estado = estadoDe(thread);
-    const Tranca tranca(estado.trinco);
-    return ehPropria(estado);
+    Privado &p = privado(thread);
+    const Tranca tranca(p.trinco);
+    return ehPropria(p);
 }
 
 /// Waits for the end of the thread that ran last; its run has returned.
-void junta(Estado &estado) {
-    Tranca tranca(estado.trinco);
-    const bool ha = std::exchange(estado.aJuntar, false);
-    const pthread_t fio = estado.fio;
+void junta(Privado &p) {
+    Tranca tranca(p.trinco);
+    const bool ha = std::exchange(p.aJuntar, false);
+    const pthread_t fio = p.fio;
     tranca.solta();
     if (ha) {
         pthread_join(fio, nullptr);
@@ -105,24 +105,24 @@ void junta(Estado &estado) {
 /// Marks the end of a run however it comes: pthread_exit unwinds past every catch.
 class FimDaRodada {
 public:
-    explicit FimDaRodada(Estado &estado) : estado_(estado) {}
+    explicit FimDaRodada(Privado &privado) : p_(privado) {}
     ~FimDaRodada() {
         esqueceExcecoes();
-        const Tranca tranca(estado_.trinco);
-        estado_.viva = false;
-        estado_.rodando = false;
-        estado_.mudou.avisa();
+        const Tranca tranca(p_.trinco);
+        p_.viva = false;
+        p_.rodando = false;
+        p_.mudou.avisa();
     }
     FimDaRodada(const FimDaRodada &) = delete;
     FimDaRodada &operator=(const FimDaRodada &) = delete;
 
 private:
-    Estado &estado_;
+    Privado &p_;
 };
 
 void *roda(void *argumento) {
     auto *thread = static_cast<YObThread *>(argumento);
-    const FimDaRodada fim(estadoDe(thread));
+    const FimDaRodada fim(privado(thread));
     try {
         const EmUso emUso(thread);
         slotsDe(thread).run(thread);
@@ -134,7 +134,7 @@ void *roda(void *argumento) {
 
 void constroiThread(void *objeto) {
     semFaltaDeMemoria(FONTE, [&] {
-        static_cast<YObThread *>(objeto)->estado = new Estado;
+        static_cast<YObThread *>(objeto)->privado = new Privado;
         return 0;
     });
 }
@@ -142,27 +142,27 @@ void constroiThread(void *objeto) {
 void destroiThread(void *objeto) {
     auto *thread = static_cast<YObThread *>(objeto);
     YObThread_stopImpl(thread); // a derived class's stop may have left its own thread running
-    delete &estadoDe(thread);
+    delete &privado(thread);
 }
 
 /// Before any destructor: stops the object through its slot and has its class end what else works for it.
 bool preparaLiberacao(void *objeto) {
     auto *thread = static_cast<YObThread *>(objeto);
     recusaEmUso(thread);
-    Estado &estado = estadoDe(thread);
-    const Mudanca mudanca(estado);
+    Privado &p = privado(thread);
+    const Mudanca mudanca(p);
     if (!mudanca.entrou()) {
         return false; // another thread frees it
     }
     slotsDe(thread).stopImpl(thread);
-    if (estado.aoLiberar != nullptr) {
-        estado.aoLiberar(thread);
+    if (p.aoLiberar != nullptr) {
+        p.aoLiberar(thread);
     }
-    const Tranca tranca(estado.trinco);
-    estado.liberando = true;
-    estado.mudou.avisa();
-    while (estado.esperam != 0) {
-        estado.mudou.espera(estado.trinco);
+    const Tranca tranca(p.trinco);
+    p.liberando = true;
+    p.mudou.avisa();
+    while (p.esperam != 0) {
+        p.mudou.espera(p.trinco);
     }
     return true;
 }
@@ -192,7 +192,7 @@ void YObThread_start(YObThread *thread) {
         }
         return;
     }
-    const Mudanca mudanca(estadoDe(thread));
+    const Mudanca mudanca(privado(thread));
     if (mudanca.entrou()) {
         slotsDe(thread).startImpl(thread);
     }
@@ -203,58 +203,58 @@ void YObThread_stop(YObThread *thread) {
         return slotsDe(thread).stopImpl(thread); // only asks for it: whoever changes its life may wait for us
     }
     recusaEmUso(thread);
-    const Mudanca mudanca(estadoDe(thread));
+    const Mudanca mudanca(privado(thread));
     if (mudanca.entrou()) {
         slotsDe(thread).stopImpl(thread);
     }
 }
 
 int YObThread_isAlive(const YObThread *thread) {
-    return estadoDe(thread).viva.load() ? 1 : 0;
+    return privado(thread).viva.load() ? 1 : 0;
 }
 
 int YObThread_dorme(YObThread *thread, uint32_t milissegundos) {
-    Estado &estado = estadoDe(thread);
+    Privado &p = privado(thread);
     const auto fim = std::chrono::steady_clock::now() + std::chrono::milliseconds(milissegundos);
-    const Tranca tranca(estado.trinco);
-    while (estado.viva && estado.mudou.esperaAte(estado.trinco, fim)) {
+    const Tranca tranca(p.trinco);
+    while (p.viva && p.mudou.esperaAte(p.trinco, fim)) {
     }
-    return estado.viva ? 1 : 0;
+    return p.viva ? 1 : 0;
 }
 
 void YObThread_startImpl(YObThread *thread) {
-    Estado &estado = estadoDe(thread);
-    Tranca tranca(estado.trinco);
-    if (estado.viva) {
+    Privado &p = privado(thread);
+    Tranca tranca(p.trinco);
+    if (p.viva) {
         return;
     }
-    while (estado.rodando) { // a stop that was only asked for ends first
-        estado.mudou.espera(estado.trinco);
+    while (p.rodando) { // a stop that was only asked for ends first
+        p.mudou.espera(p.trinco);
     }
     tranca.solta();
-    junta(estado);
+    junta(p);
     tranca.tranca();
-    estado.rodando = estado.viva = true;
-    estado.aJuntar = pthread_create(&estado.fio, nullptr, roda, thread) == 0;
-    if (!estado.aJuntar) {
-        estado.rodando = estado.viva = false;
+    p.rodando = p.viva = true;
+    p.aJuntar = pthread_create(&p.fio, nullptr, roda, thread) == 0;
+    if (!p.aJuntar) {
+        p.rodando = p.viva = false;
         lanca(YExc_rtti, "Não foi possível criar a thread."_l1, FONTE);
     }
 }
 
 void YObThread_stopImpl(YObThread *thread) {
-    Estado &estado = estadoDe(thread);
-    Tranca tranca(estado.trinco);
-    estado.viva = false;
-    estado.mudou.avisa();
-    if (ehPropria(estado)) {
+    Privado &p = privado(thread);
+    Tranca tranca(p.trinco);
+    p.viva = false;
+    p.mudou.avisa();
+    if (ehPropria(p)) {
         return;
     }
-    while (estado.rodando) {
-        estado.mudou.espera(estado.trinco);
+    while (p.rodando) {
+        p.mudou.espera(p.trinco);
     }
     tranca.solta();
-    junta(estado);
+    junta(p);
 }
 
 // ---- Who works for whom ----
@@ -288,5 +288,5 @@ void pramo::recusaEmUso(const YObThread *thread) {
 }
 
 void pramo::aoLiberar(YObThread *thread, void (*funcao)(YObThread *)) {
-    estadoDe(thread).aoLiberar = funcao;
+    privado(thread).aoLiberar = funcao;
 }

@@ -11,7 +11,7 @@ Y_INICIO_C
  * slots it keeps. Freeing a thread object stops it first (YliberaObjeto). */
 Y_CLASSE(YObThread, YOb) {
     Y_PAI(YOb)
-    void *estado; /* private */
+    void *privado;
 };
 
 typedef struct YObThread YObThread;

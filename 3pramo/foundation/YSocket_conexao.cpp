@@ -25,7 +25,6 @@ constexpr const char *FONTE = "YSocket";
 constexpr int ESPERA_POR_CONEXAO = 100; // milliseconds
 constexpr int PASSO = 50;               // between two looks at whether the socket was cancelled
 constexpr int MAXIMO_DE_BUSCAS = 64;
-constexpr std::uint32_t MAIOR_PORTA = 65535;
 
 const char *motivo(int erro) {
     switch (erro) {
@@ -162,7 +161,7 @@ bool tentaConectar(YSocket &socket, const addrinfo &endereco, const Prazo &prazo
 }
 
 YFimDaEspera conecta(YSocket &socket, const char *endereco, std::uint32_t porta, const Prazo &prazo) {
-    if (socket.fd >= 0 || porta > MAIOR_PORTA) {
+    if (socket.fd >= 0 || porta > sistema::MAIOR_PORTA) {
         return Y_ESPERA_FECHADA;
     }
     const Enderecos achados =

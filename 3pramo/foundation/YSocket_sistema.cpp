@@ -24,7 +24,6 @@ constexpr int ESPERA_NO_NUCLEO_MS = 50; // of accept, and of a receive before it
 constexpr timeval ESPERA_NO_NUCLEO{0, 1000L * ESPERA_NO_NUCLEO_MS};
 constexpr int FILA = 4096;
 constexpr std::size_t PARTES_POR_CHAMADA = 16;
-constexpr std::uint32_t MAIOR_PORTA = 65535;
 
 int liga(int fd, int nivel, int opcao, int valor = 1) {
     return setsockopt(fd, nivel, opcao, &valor, sizeof valor);

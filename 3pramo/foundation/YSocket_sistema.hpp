@@ -14,6 +14,8 @@ struct addrinfo;
 
 namespace pramo::sistema {
 
+constexpr std::uint32_t MAIOR_PORTA = 65535;
+
 enum class Espera { EVENTO, PRAZO, DESPERTADOR };
 
 /// Waits until `evento` of the descriptor, or until the descriptor `despertador` (-1: none) can be read.
