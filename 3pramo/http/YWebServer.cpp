@@ -56,16 +56,16 @@ void destroiWebServer(void *objeto) {
     delete &interno(*eu);
 }
 
-const YObThread_Rtti definicaoRtti = {
+} // namespace
+
+const YObThread_Rtti YWebServer_definicaoRtti = {
     {YObThread_rtti, "YWebServer", sizeof(YWebServer), constroiWebServer, destroiWebServer},
     aceitaConexoes,
     YObThread_startImpl,
     YObThread_stopImpl};
 
-} // namespace
-
 const YRtti *YWebServer_rtti(void) {
-    return &definicaoRtti.rtti;
+    return &YWebServer_definicaoRtti.rtti;
 }
 
 // ---- For the connection threads ----

@@ -62,6 +62,8 @@ Y_CLASSE(YWebServer, YObThread) {
 
 typedef struct YWebServer YWebServer;
 
+/* A derived class takes from it the slots that it keeps: at least its run, which accepts connections. */
+Y_EXPORTA extern const YObThread_Rtti YWebServer_definicaoRtti;
 Y_EXPORTA const YRtti *YWebServer_rtti(void);
 
 /* The port to listen on from the next start; 0 asks the system for a free one. */
