@@ -18,8 +18,6 @@ namespace {
 constexpr std::chrono::seconds INTERVALO{1};
 constexpr std::chrono::minutes SILENCIO{1};
 
-using Texto = std::array<char, 300>;
-
 std::uint64_t mistura(std::string_view texto, std::uint64_t semente) {
     std::uint64_t chave = semente ^ 0xCBF29CE484222325;
     for (const char c : texto) {
@@ -29,7 +27,7 @@ std::uint64_t mistura(std::string_view texto, std::uint64_t semente) {
 }
 
 /// In a catch block. Gives the key of the cause: not of the text, which a peer may have chosen.
-std::uint64_t descreve(const char *onde, Texto &texto) {
+std::uint64_t descreve(const char *onde, Falhas::Texto &texto) {
     const auto escreve = [&](const char *classe, const char *mensagem) {
         std::snprintf(texto.data(), texto.size(), "%s: %s: %s", onde, classe, mensagem);
     };
@@ -53,7 +51,7 @@ std::uint64_t descreve(const char *onde, Texto &texto) {
     return mistura(texto.data(), 1);
 }
 
-void escreveNoLog(const Texto &texto, std::uint32_t caladas) {
+void escreveNoLog(const Falhas::Texto &texto, std::uint32_t caladas) {
     try {
         if (caladas == 0) {
             YObLOG_masc_print(Y_LOG_ERRO, "%s", texto.data());

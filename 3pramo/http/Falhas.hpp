@@ -27,6 +27,8 @@ public:
     /// Writes the counts that have waited for a second.
     void registraContagens();
 
+    using Texto = std::array<char, 300>; // of one line of the log
+
 private:
     using Momento = std::chrono::steady_clock::time_point;
 
@@ -36,7 +38,7 @@ private:
         Momento vista;
         Momento registrada;
         std::uint32_t caladas = 0;
-        std::array<char, 300> texto{};
+        Texto texto{};
     };
 
     Causa &lugarPara(std::uint64_t chave) Y_EXIGE(trinco_);

@@ -1,4 +1,5 @@
-// Reading a message in two steps, each under a bound and telling how it ended.
+// What the web server and the SOAP server use of a message beyond its public operations: reading in two
+// steps, each under a bound and telling how it ended, the memory of bodies, and the texts of header fields.
 #ifndef Y3PRAMO_HTTP_YMENSAGEMHTTP_INTERNO_HPP
 #define Y3PRAMO_HTTP_YMENSAGEMHTTP_INTERNO_HPP
 
@@ -6,6 +7,8 @@
 #include <3pramo/http/Reserva.hpp>
 #include <3pramo/http/YMensagemHttp.h>
 
+#include <cstddef>
+#include <ctime>
 #include <string_view>
 
 namespace pramo {
@@ -48,6 +51,11 @@ void esvazia(YMensagemHttp &mensagem);
 
 /// The body as in a new message; memory is kept as with esvazia.
 void esvaziaCorpo(YMensagemHttp &mensagem);
+
+constexpr std::size_t TAMANHO_DA_DATA_HTTP = 32;
+
+/// "06 Nov 2026 08:49:37 GMT", cut to fit the buffer. A moment without a calendar date gives an empty text.
+void formataDataHttp(char *buffer, std::size_t tamanho, std::time_t momento);
 
 } // namespace pramo
 

@@ -20,31 +20,31 @@ constexpr int ESPERA = 100; // milliseconds between two looks at whether the ser
 
 /// Lets the handlers that run finish and returns when the last connection thread has left.
 void encerraConexoes(YObThread *thread) {
-    WebServerInterno &i = interno(*static_cast<YWebServer *>(thread));
-    i.fim.toca();
-    const auto fim = Relogio::now() + std::chrono::seconds(i.prazoDeEncerramento);
-    const Tranca tranca(i.trinco);
-    while (i.conexoes > 0 && i.mudou.esperaAte(i.trinco, fim)) {
+    YWebServer_Privado &p = privado(*static_cast<YWebServer *>(thread));
+    p.fim.toca();
+    const auto fim = Relogio::now() + std::chrono::seconds(p.prazoDeEncerramento);
+    const Tranca tranca(p.trinco);
+    while (p.conexoes > 0 && p.mudou.esperaAte(p.trinco, fim)) {
     }
-    for (Conexao *conexao : i.abertas) {
+    for (Conexao *conexao : p.abertas) {
         encerraTudo(conexao->socket());
     }
-    while (i.conexoes > 0) {
-        i.mudou.espera(i.trinco);
+    while (p.conexoes > 0) {
+        p.mudou.espera(p.trinco);
     }
 }
 
 void constroiWebServer(void *objeto) {
     auto *eu = static_cast<YWebServer *>(objeto);
     semFaltaDeMemoria(FONTE, [&] {
-        auto privado = std::make_unique<WebServerInterno>();
+        auto privado = std::make_unique<YWebServer_Privado>();
         eu->diretorioBase = YduplicaString("www");
         eu->privado = privado.release();
         return 0;
     });
     eu->porta = 8880;
     eu->contextoTratador = eu;
-    eu->tratador = emiteArquivoOuDiretorio;
+    eu->tratador = trataArquivo;
     aoLiberar(eu, encerraConexoes);
 }
 
@@ -53,7 +53,7 @@ void destroiWebServer(void *objeto) {
     YObThread_stopImpl(eu); // a derived class whose constructor failed may have started it
     encerraConexoes(eu);
     YliberaMemoria(eu->diretorioBase);
-    delete &interno(*eu);
+    delete &privado(*eu);
 }
 
 } // namespace
@@ -71,12 +71,12 @@ const YRtti *YWebServer_rtti(void) {
 // ---- For the connection threads ----
 
 YTratadorHttp pramo::tratadorAtual(const YWebServer &servidor) {
-    const Tranca tranca(interno(servidor).trinco);
+    const Tranca tranca(privado(servidor).trinco);
     return {servidor.contextoTratador, servidor.tratador};
 }
 
 std::optional<std::string> pramo::diretorioBaseAtual(const YWebServer &servidor) {
-    const Tranca tranca(interno(servidor).trinco);
+    const Tranca tranca(privado(servidor).trinco);
     return servidor.diretorioBase != nullptr ? std::optional<std::string>(servidor.diretorioBase)
                                              : std::nullopt;
 }
@@ -84,79 +84,79 @@ std::optional<std::string> pramo::diretorioBaseAtual(const YWebServer &servidor)
 // ---- Configuration ----
 
 void YWebServer_setPorta(YWebServer *servidor, uint32_t porta) {
-    const Tranca tranca(interno(*servidor).trinco);
+    const Tranca tranca(privado(*servidor).trinco);
     servidor->porta = porta;
 }
 
 uint32_t YWebServer_getPorta(const YWebServer *servidor) {
-    WebServerInterno &i = interno(*servidor);
-    const Tranca tranca(i.trinco);
-    return i.escuta == Escuta::ABERTA ? i.portaEmUso : servidor->porta;
+    YWebServer_Privado &p = privado(*servidor);
+    const Tranca tranca(p.trinco);
+    return p.escuta == Escuta::ABERTA ? p.portaEmUso : servidor->porta;
 }
 
 void YWebServer_setEndereco(YWebServer *servidor, const char *novo) {
     auto copia = semFaltaDeMemoria(
         FONTE, [novo] { return novo != nullptr ? std::optional<std::string>(novo) : std::nullopt; });
-    WebServerInterno &i = interno(*servidor);
-    const Tranca tranca(i.trinco);
-    i.endereco.swap(copia);
+    YWebServer_Privado &p = privado(*servidor);
+    const Tranca tranca(p.trinco);
+    p.endereco.swap(copia);
 }
 
 YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *contexto, YFuncaoTratadorHttp tratador) {
-    const Tranca tranca(interno(*servidor).trinco);
+    const Tranca tranca(privado(*servidor).trinco);
     return {std::exchange(servidor->contextoTratador, contexto), std::exchange(servidor->tratador, tratador)};
 }
 
 void YWebServer_setDiretorioBase(YWebServer *servidor, const char *diretorio) {
     Ponteiro<char> diretorioBase(YduplicaString(diretorio));
-    const Tranca tranca(interno(*servidor).trinco);
+    const Tranca tranca(privado(*servidor).trinco);
     diretorioBase.reset(std::exchange(servidor->diretorioBase, diretorioBase.release()));
 }
 
 int YWebServer_esperaPronto(YWebServer *servidor, int64_t prazo) {
-    WebServerInterno &i = interno(*servidor);
+    YWebServer_Privado &p = privado(*servidor);
     const Prazo ate = Prazo::noSegundo(prazo);
-    const Tranca tranca(i.trinco);
-    while (YObThread_isAlive(servidor) != 0 && i.escuta == Escuta::FECHADA && ate.resta() > 0) {
+    const Tranca tranca(p.trinco);
+    while (YObThread_isAlive(servidor) != 0 && p.escuta == Escuta::FECHADA && ate.resta() > 0) {
         const std::chrono::milliseconds passo(std::min(ESPERA, ate.resta()));
-        i.mudou.esperaAte(i.trinco, Relogio::now() + passo);
+        p.mudou.esperaAte(p.trinco, Relogio::now() + passo);
     }
-    return YObThread_isAlive(servidor) != 0 && i.escuta == Escuta::ABERTA ? 1 : 0;
+    return YObThread_isAlive(servidor) != 0 && p.escuta == Escuta::ABERTA ? 1 : 0;
 }
 
 void YWebServer_setLimiteDoCabecalho(YWebServer *servidor, uint64_t bytes) {
-    interno(*servidor).limiteDoCabecalho = bytes;
+    privado(*servidor).limiteDoCabecalho = bytes;
 }
 
 void YWebServer_setLimiteDoCorpo(YWebServer *servidor, uint64_t bytes) {
-    interno(*servidor).limiteDoCorpo = bytes;
+    privado(*servidor).limiteDoCorpo = bytes;
 }
 
 void YWebServer_setLimiteDosCorpos(YWebServer *servidor, uint64_t bytes) {
-    interno(*servidor).corpos.limite = bytes;
+    privado(*servidor).corpos.limite = bytes;
 }
 
 void YWebServer_setPrazoDaRequisicao(YWebServer *servidor, uint32_t segundos) {
-    interno(*servidor).prazoDaRequisicao = segundos;
+    privado(*servidor).prazoDaRequisicao = segundos;
 }
 
 void YWebServer_setPrazoDeEncerramento(YWebServer *servidor, uint32_t segundos) {
-    interno(*servidor).prazoDeEncerramento = segundos;
+    privado(*servidor).prazoDeEncerramento = segundos;
 }
 
 void YWebServer_setLimiteDeConexoes(YWebServer *servidor, uint32_t conexoes) {
-    WebServerInterno &i = interno(*servidor);
-    const Tranca tranca(i.trinco);
-    i.limiteDeConexoes = std::max(conexoes, 1U);
-    i.mudou.avisa();
+    YWebServer_Privado &p = privado(*servidor);
+    const Tranca tranca(p.trinco);
+    p.limiteDeConexoes = std::max(conexoes, 1U);
+    p.mudou.avisa();
 }
 
 void YWebServer_setFechaLogo(YWebServer *servidor, int fechaLogo) {
-    interno(*servidor).fechaLogo = fechaLogo != 0;
+    privado(*servidor).fechaLogo = fechaLogo != 0;
 }
 
 uint32_t YWebServer_getConexoes(const YWebServer *servidor) {
-    WebServerInterno &i = interno(*servidor);
-    const Tranca tranca(i.trinco);
-    return i.conexoes;
+    YWebServer_Privado &p = privado(*servidor);
+    const Tranca tranca(p.trinco);
+    return p.conexoes;
 }

@@ -40,50 +40,50 @@ std::int64_t agora() {
 
 // ---- Listening ----
 
-void anunciaEscuta(WebServerInterno &i, Escuta escuta, std::uint32_t porta) {
-    const Tranca tranca(i.trinco);
-    i.escuta = escuta;
-    i.portaEmUso = porta;
-    i.mudou.avisa();
+void anunciaEscuta(YWebServer_Privado &p, Escuta escuta, std::uint32_t porta) {
+    const Tranca tranca(p.trinco);
+    p.escuta = escuta;
+    p.portaEmUso = porta;
+    p.mudou.avisa();
 }
 
-std::optional<std::string> enderecoAtual(WebServerInterno &i) {
-    const Tranca tranca(i.trinco);
-    return i.endereco;
+std::optional<std::string> enderecoAtual(YWebServer_Privado &p) {
+    const Tranca tranca(p.trinco);
+    return p.endereco;
 }
 
 /// What the loop keeps from one round to the next: the listener, and the object for the next connection. That
 /// one is there beforehand, so that a connection is never accepted only to be lost for want of memory.
-struct Ouvinte {
+struct Laco {
     Ponteiro<YSocket> ouvinte;
     Ponteiro<YSocket> proxima;
     bool entregando = false; // a connection has left the queue: another try does not meet it again
 };
 
-void escuta(YWebServer &eu, Ouvinte &o) {
-    if (o.ouvinte != nullptr && o.ouvinte->fd >= 0 && !o.ouvinte->acabou) {
+void garanteEscuta(YWebServer &eu, Laco &laco) {
+    if (laco.ouvinte != nullptr && laco.ouvinte->fd >= 0 && !laco.ouvinte->acabou) {
         return;
     }
     try {
-        o.ouvinte = cria<YSocket>(YSocket_rtti, FONTE);
+        laco.ouvinte = cria<YSocket>(YSocket_rtti, FONTE);
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p):socket=%p.", endereco(&eu),
-                          endereco(o.ouvinte.get()));
-        const std::optional<std::string> onde = enderecoAtual(interno(eu));
-        YSocket_escutaEm(o.ouvinte.get(), onde ? onde->c_str() : nullptr, YWebServer_getPorta(&eu));
+                          endereco(laco.ouvinte.get()));
+        const std::optional<std::string> onde = enderecoAtual(privado(eu));
+        YSocket_escutaEm(laco.ouvinte.get(), onde ? onde->c_str() : nullptr, YWebServer_getPorta(&eu));
     } catch (...) {
-        anunciaEscuta(interno(eu), Escuta::RECUSADA, 0);
+        anunciaEscuta(privado(eu), Escuta::RECUSADA, 0);
         throw;
     }
-    anunciaEscuta(interno(eu), Escuta::ABERTA, YSocket_getPorta(o.ouvinte.get()));
+    anunciaEscuta(privado(eu), Escuta::ABERTA, YSocket_getPorta(laco.ouvinte.get()));
 }
 
 // ---- Room for one more ----
 
 /// The one that has waited longest for a request leaves; none when all are at work.
-void despejaUma(WebServerInterno &i) Y_EXIGE(i.trinco) {
+void despejaUma(YWebServer_Privado &p) Y_EXIGE(p.trinco) {
     Conexao *escolhida = nullptr;
     std::int64_t desde = std::numeric_limits<std::int64_t>::max();
-    for (Conexao *conexao : i.abertas) {
+    for (Conexao *conexao : p.abertas) {
         const std::int64_t dela = conexao->ociosaDesde();
         if (dela > 0 && dela < desde) {
             escolhida = conexao;
@@ -91,15 +91,15 @@ void despejaUma(WebServerInterno &i) Y_EXIGE(i.trinco) {
         }
     }
     if (escolhida != nullptr && escolhida->despeja()) {
-        i.despejando++;
+        p.despejando++;
         encerraLeitura(escolhida->socket());
     }
 }
 
 /// Waits a moment for it, if need be. Nobody is told to leave before somebody has come.
-bool cabeOutraConexao(WebServerInterno &i, const YSocket &ouvinte) {
-    Tranca tranca(i.trinco);
-    if (i.conexoes < i.limiteDeConexoes) {
+bool cabeOutraConexao(YWebServer_Privado &p, const YSocket &ouvinte) {
+    Tranca tranca(p.trinco);
+    if (p.conexoes < p.limiteDeConexoes) {
         return true;
     }
     tranca.solta();
@@ -108,66 +108,66 @@ bool cabeOutraConexao(WebServerInterno &i, const YSocket &ouvinte) {
     }
     const auto fim = Relogio::now() + ESPERA;
     tranca.tranca();
-    if (i.conexoes >= i.limiteDeConexoes && i.despejando == 0) {
-        despejaUma(i);
+    if (p.conexoes >= p.limiteDeConexoes && p.despejando == 0) {
+        despejaUma(p);
     }
-    while (i.conexoes >= i.limiteDeConexoes && i.mudou.esperaAte(i.trinco, fim)) {
+    while (p.conexoes >= p.limiteDeConexoes && p.mudou.esperaAte(p.trinco, fim)) {
     }
-    return i.conexoes < i.limiteDeConexoes;
+    return p.conexoes < p.limiteDeConexoes;
 }
 
 // ---- The hand-off ----
 
-void entraConexao(WebServerInterno &i) {
-    const Tranca tranca(i.trinco);
-    i.abertas.reserve(i.conexoes + 1); // so that its thread need not ask for memory
-    i.conexoes++;
+void entraConexao(YWebServer_Privado &p) {
+    const Tranca tranca(p.trinco);
+    p.abertas.reserve(p.conexoes + 1); // so that its thread need not ask for memory
+    p.conexoes++;
 }
 
-void saiConexao(WebServerInterno &i, bool despejada) {
-    const Tranca tranca(i.trinco);
-    i.conexoes--;
-    i.despejando -= despejada ? 1 : 0;
-    i.mudou.avisa();
+void saiConexao(YWebServer_Privado &p, bool despejada) {
+    const Tranca tranca(p.trinco);
+    p.conexoes--;
+    p.despejando -= despejada ? 1 : 0;
+    p.mudou.avisa();
 }
 
 /// Hands the connection to a thread of its own; returns when that thread has taken it.
 void entregaConexao(YWebServer &eu, Ponteiro<YSocket> conexao) {
-    WebServerInterno &i = interno(eu);
-    conexao->despertador = &i.fim;
-    entraConexao(i);
+    YWebServer_Privado &p = privado(eu);
+    conexao->despertador = &p.fim;
+    entraConexao(p);
     socketAceito(eu).store(conexao);
     try {
         YexecutaThread(trataConexao, &eu);
     } catch (...) {
         socketAceito(eu).store(nullptr);
-        saiConexao(i, false);
+        saiConexao(p, false);
         throw;
     }
     (void)conexao.release(); // the thread frees it
     for (int vez = 0; vez < CESSOES && socketAceito(eu).load() != nullptr; vez++) {
         sched_yield(); // it usually runs by now, and taking the socket is the first thing it does
     }
-    const Tranca tranca(i.trinco);
+    const Tranca tranca(p.trinco);
     while (socketAceito(eu).load() != nullptr) {
-        i.entregue.espera(i.trinco);
+        p.entregue.espera(p.trinco);
     }
 }
 
-void tentaAceitar(YWebServer &eu, Ouvinte &o) {
-    o.entregando = false;
-    escuta(eu, o);
-    if (!cabeOutraConexao(interno(eu), *o.ouvinte)) {
+void aceitaUma(YWebServer &eu, Laco &laco) {
+    laco.entregando = false;
+    garanteEscuta(eu, laco);
+    if (!cabeOutraConexao(privado(eu), *laco.ouvinte)) {
         return;
     }
-    if (o.proxima == nullptr) {
-        o.proxima = cria<YSocket>(YSocket_rtti, FONTE);
+    if (laco.proxima == nullptr) {
+        laco.proxima = cria<YSocket>(YSocket_rtti, FONTE);
     }
-    if (aceitaEm(*o.ouvinte, *o.proxima)) {
+    if (aceitaEm(*laco.ouvinte, *laco.proxima)) {
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p,socket=%p):aceitou %p.", endereco(&eu),
-                          endereco(o.ouvinte.get()), endereco(o.proxima.get()));
-        o.entregando = true;
-        entregaConexao(eu, std::move(o.proxima));
+                          endereco(laco.ouvinte.get()), endereco(laco.proxima.get()));
+        laco.entregando = true;
+        entregaConexao(eu, std::move(laco.proxima));
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_run(eu=%p):thread filho copiou!", endereco(&eu));
     }
 }
@@ -175,10 +175,10 @@ void tentaAceitar(YWebServer &eu, Ouvinte &o) {
 // ---- Between two connections ----
 
 /// What a flood of large messages left behind goes back to the system; the allocator by itself would keep it.
-void poda(WebServerInterno &i) {
-    std::int64_t pedida = i.podaPedida;
+void poda(YWebServer_Privado &p) {
+    std::int64_t pedida = p.podaPedida;
     if (pedida == 0 || agora() - pedida < SOSSEGO.count() ||
-        !i.podaPedida.compare_exchange_strong(pedida, 0)) {
+        !p.podaPedida.compare_exchange_strong(pedida, 0)) {
         return;
     }
 #ifdef __GLIBC__
@@ -189,34 +189,34 @@ void poda(WebServerInterno &i) {
 /// Says that nothing listens any more, however the loop ends: a log sink may end its thread.
 class FimDaEscuta {
 public:
-    explicit FimDaEscuta(WebServerInterno &i) : i_(i) {}
-    ~FimDaEscuta() { anunciaEscuta(i_, Escuta::FECHADA, 0); }
+    explicit FimDaEscuta(YWebServer_Privado &p) : p_(p) {}
+    ~FimDaEscuta() { anunciaEscuta(p_, Escuta::FECHADA, 0); }
     FimDaEscuta(const FimDaEscuta &) = delete;
     FimDaEscuta &operator=(const FimDaEscuta &) = delete;
 
 private:
-    WebServerInterno &i_;
+    YWebServer_Privado &p_;
 };
 
 } // namespace
 
 void pramo::aceitaConexoes(YObThread *servidor) {
     auto &eu = *static_cast<YWebServer *>(servidor);
-    WebServerInterno &i = interno(eu);
-    Ouvinte ouvinte;
-    const FimDaEscuta fim(i);
+    YWebServer_Privado &p = privado(eu);
+    Laco laco;
+    const FimDaEscuta fim(p);
     std::uint32_t pausa = PRIMEIRA_PAUSA_MS;
     while (YObThread_isAlive(&eu) != 0) {
         try {
-            tentaAceitar(eu, ouvinte);
+            aceitaUma(eu, laco);
             pausa = PRIMEIRA_PAUSA_MS;
         } catch (...) {
-            i.falhas.registra("YWebServer_run", Falhas::Quanto::UMA_VEZ);
-            YObThread_dorme(&eu, ouvinte.entregando ? PRIMEIRA_PAUSA_MS : pausa);
+            p.falhas.registra("YWebServer_run", Falhas::Quanto::UMA_VEZ);
+            YObThread_dorme(&eu, laco.entregando ? PRIMEIRA_PAUSA_MS : pausa);
             pausa = PAUSA_MS;
         }
-        i.falhas.registraContagens();
-        poda(i);
+        p.falhas.registraContagens();
+        poda(p);
     }
 }
 
@@ -242,30 +242,30 @@ bool Conexao::despeja() {
 }
 
 void pramo::levaSocketAceito(YWebServer &servidor, Conexao &conexao) {
-    WebServerInterno &i = interno(servidor);
-    Tranca tranca(i.trinco);
+    YWebServer_Privado &p = privado(servidor);
+    Tranca tranca(p.trinco);
     conexao.socket_ = socketAceito(servidor).exchange(nullptr);
-    conexao.lugar_ = i.abertas.size();
-    i.abertas.push_back(&conexao);
+    conexao.lugar_ = p.abertas.size();
+    p.abertas.push_back(&conexao);
     tranca.solta();
-    i.entregue.avisaUm();
+    p.entregue.avisaUm();
 }
 
 void pramo::deixaServidor(YWebServer &servidor, Conexao &conexao) {
-    WebServerInterno &i = interno(servidor);
+    YWebServer_Privado &p = privado(servidor);
     // The peer of an idle connection has the last answer, or is still receiving it; it is not sending.
     despede(conexao.socket(), DESPEDIDA, conexao.ociosaDesde() > 0 ? 0 : SILENCIO);
     {
-        const Tranca tranca(i.trinco);
-        Conexao *ultima = i.abertas.back();
+        const Tranca tranca(p.trinco);
+        Conexao *ultima = p.abertas.back();
         ultima->lugar_ = conexao.lugar_;
-        i.abertas[conexao.lugar_] = ultima;
-        i.abertas.pop_back();
+        p.abertas[conexao.lugar_] = ultima;
+        p.abertas.pop_back();
     }
     YliberaObjeto_semLancar(&conexao.socket());
-    saiConexao(i, conexao.despejada());
+    saiConexao(p, conexao.despejada());
 }
 
-void pramo::pedePoda(WebServerInterno &i) {
-    i.podaPedida = agora();
+void pramo::pedePoda(YWebServer_Privado &p) {
+    p.podaPedida = agora();
 }

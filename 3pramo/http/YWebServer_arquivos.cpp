@@ -4,7 +4,6 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
 #include <3pramo/foundation/YStream_interno.hpp>
-#include <3pramo/http/dataHttp.hpp>
 
 #include <algorithm>
 #include <array>
@@ -123,8 +122,7 @@ void emitePagina(YMensagemHttp &resposta, const char *pagina, std::string_view r
 } // namespace
 
 // NOLINTNEXTLINE(readability-non-const-parameter): the type of a handler
-void pramo::emiteArquivoOuDiretorio(void *contexto, char *uri, YMensagemHttp * /*requisicao*/,
-                                    YMensagemHttp *resposta) {
+void pramo::trataArquivo(void *contexto, char *uri, YMensagemHttp * /*requisicao*/, YMensagemHttp *resposta) {
     std::string_view resto = uri;
     resto.remove_prefix(std::min(resto.find_first_not_of("/\\"), resto.size()));
     const std::optional<std::string> base = diretorioBaseAtual(*static_cast<YWebServer *>(contexto));

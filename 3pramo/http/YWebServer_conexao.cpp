@@ -7,7 +7,6 @@
 #include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
-#include <3pramo/http/dataHttp.hpp>
 
 #include <algorithm>
 #include <array>
@@ -107,8 +106,8 @@ public:
     Atendimento(YWebServer &servidor, Conexao &conexao)
         : servidor_(servidor), conexao_(conexao), socket_(conexao.socket()) {
         YMensagemHttp_setSocket(requisicao_, &socket_);
-        reservaDoCorpo(*requisicao_).contaEm(interno(servidor).corpos);
-        reservaDoCorpo(*resposta_).contaEm(interno(servidor).corpos);
+        reservaDoCorpo(*requisicao_).contaEm(privado(servidor).corpos);
+        reservaDoCorpo(*resposta_).contaEm(privado(servidor).corpos);
     }
     ~Atendimento() { pedePodaSeFoiMuito(); }
     Atendimento(const Atendimento &) = delete;
@@ -117,7 +116,7 @@ public:
     void atende();
 
 private:
-    bool trataUmaRequisicao();
+    bool atendeLote();
     bool recebeRequisicao(const Prazo &lote);
     bool chegaAlgo(const Prazo &lote);
     bool recebeCorpo(const Prazo &prazo);
@@ -137,7 +136,7 @@ private:
 
 void Atendimento::atende() {
     try {
-        while (trataUmaRequisicao()) {
+        while (atendeLote()) {
         }
     } catch (const YExcecao &e) {
         if (!e.ehDaClasse(YExcNaoImplementado_rtti)) {
@@ -150,7 +149,7 @@ void Atendimento::atende() {
 }
 
 /// One batch; true when another may follow.
-bool Atendimento::trataUmaRequisicao() {
+bool Atendimento::atendeLote() {
     YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataUmaRequisicao(eu=%p,socket=%p)...", endereco(&servidor_),
                       endereco(&socket_));
     const std::time_t agora = std::time(nullptr);
@@ -158,7 +157,7 @@ bool Atendimento::trataUmaRequisicao() {
     std::array<char, TAMANHO_DA_DATA_HTTP> data{};
     formataDataHttp(data.data(), data.size(), agora);
     bool respondeu = false;
-    while (segue_ && !interno(servidor_).fim.tocou() && recebeRequisicao(lote)) {
+    while (segue_ && !privado(servidor_).fim.tocou() && recebeRequisicao(lote)) {
         responde(data.data());
         respondeu = true;
     }
@@ -184,9 +183,9 @@ bool Atendimento::recebeRequisicao(const Prazo &lote) {
         return false;
     }
     esqueceExcecoes(); // what another request left on this thread is not for this one
-    WebServerInterno &i = interno(servidor_);
+    YWebServer_Privado &p = privado(servidor_);
     Prazo prazo = lote;
-    switch (leCabeca(*requisicao_, prazo, i.limiteDoCabecalho, i.prazoDaRequisicao)) {
+    switch (leCabeca(*requisicao_, prazo, p.limiteDoCabecalho, p.prazoDaRequisicao)) {
     case Cabeca::AUSENTE:
         return false;
     case Cabeca::CORTADA: // half a request must not run anything
@@ -209,7 +208,7 @@ bool Atendimento::recebeRequisicao(const Prazo &lote) {
 }
 
 bool Atendimento::recebeCorpo(const Prazo &prazo) {
-    switch (leCorpo(*requisicao_, prazo, interno(servidor_).limiteDoCorpo)) {
+    switch (leCorpo(*requisicao_, prazo, privado(servidor_).limiteDoCorpo)) {
     case Corpo::COMPLETO:
         return true;
     case Corpo::CORTADO: // as half a head
@@ -235,7 +234,7 @@ void Atendimento::responde(const char *data) {
     if (linha.metodo == Metodo::HEAD) {
         YStream_clear(resposta_->body);
     }
-    if (interno(servidor_).fechaLogo && pedeFim(*requisicao_, linha)) {
+    if (privado(servidor_).fechaLogo && pedeFim(*requisicao_, linha)) {
         segue_ = false;
     }
     enviaResposta();
@@ -257,7 +256,7 @@ void Atendimento::enviaResposta() {
 
 void Atendimento::pedePodaSeFoiMuito() const {
     if (std::max(requisicao_->body->capacidade, resposta_->body->capacidade) >= MUITA_MEMORIA) {
-        pedePoda(interno(servidor_));
+        pedePoda(privado(servidor_));
     }
 }
 
@@ -314,6 +313,6 @@ void pramo::trataConexao(void *servidor) {
         Atendimento(eu, permanencia.conexao()).atende();
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p).", endereco(&eu));
     } catch (...) {
-        interno(eu).falhas.registra("YWebServer_trataConexao", Falhas::Quanto::UMA_POR_SEGUNDO);
+        privado(eu).falhas.registra("YWebServer_trataConexao", Falhas::Quanto::UMA_POR_SEGUNDO);
     }
 }

@@ -1,4 +1,4 @@
-// What the sources of the web server share.
+// What the sources of the web server share; nothing here is for other rooms.
 #ifndef Y3PRAMO_HTTP_YWEBSERVER_INTERNO_HPP
 #define Y3PRAMO_HTTP_YWEBSERVER_INTERNO_HPP
 
@@ -48,7 +48,7 @@ private:
 
 /// The private part of a web server. `trinco` also guards the server's porta, tratador, contextoTratador and
 /// diretorioBase; its socketAceito is atomic.
-struct WebServerInterno {
+struct YWebServer_Privado {
     std::atomic<std::uint64_t> limiteDoCabecalho{LIMITE_DO_CABECALHO};
     std::atomic<std::uint64_t> limiteDoCorpo{LIMITE_DO_CORPO};
     std::atomic<std::uint32_t> prazoDaRequisicao{0};   // seconds; 0: that of the batch
@@ -73,8 +73,8 @@ struct WebServerInterno {
     std::vector<Conexao *> abertas Y_GUARDADO_POR(trinco);
 };
 
-inline WebServerInterno &interno(const YWebServer &servidor) {
-    return *static_cast<WebServerInterno *>(servidor.privado);
+inline YWebServer_Privado &privado(const YWebServer &servidor) {
+    return *static_cast<YWebServer_Privado *>(servidor.privado);
 }
 
 /// For the "%p" of traces.
@@ -94,7 +94,7 @@ void levaSocketAceito(YWebServer &servidor, Conexao &conexao);
 void deixaServidor(YWebServer &servidor, Conexao &conexao);
 
 /// Asks for freed memory to be given back to the system, once no more has been freed for a second.
-void pedePoda(WebServerInterno &i);
+void pedePoda(YWebServer_Privado &p);
 
 // ---- Settings that another thread may replace at any time (YWebServer.cpp) ----
 
@@ -122,7 +122,7 @@ RequestLine analisaRequestLine(std::string_view linha);
 // ---- Static files (YWebServer_arquivos.cpp) ----
 
 /// The handler a new server has; the context is the server.
-void emiteArquivoOuDiretorio(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta);
+void trataArquivo(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta);
 
 } // namespace pramo
 

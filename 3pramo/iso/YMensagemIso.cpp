@@ -28,12 +28,12 @@ char *poeTexto(char *espaco, const char *texto, Tamanho tamanho) {
     return copia;
 }
 
-bool estaNoBloco(const Bloco &bloco, const char *texto) {
+bool estaNoBloco(const Privado &bloco, const char *texto) {
     const std::less<const void *> antes;
     return !antes(texto, &bloco + 1) && antes(texto, bloco.fim);
 }
 
-void liberaTexto(const Bloco &bloco, char *texto) {
+void liberaTexto(const Privado &bloco, char *texto) {
     if (!estaNoBloco(bloco, texto)) {
         YliberaMemoria(texto - sizeof(Tamanho));
     }
@@ -42,20 +42,21 @@ void liberaTexto(const Bloco &bloco, char *texto) {
 // ---- The block of slots ----
 
 // Slots beyond `capacidade` stay as memory gave them.
-Bloco *criaBloco(std::int32_t capacidade, std::size_t espacoDosTextos) {
-    auto *novo = static_cast<Bloco *>(YalocaMemoria_debug(sizeof(Bloco) + espacoDosTextos, FONTE, __LINE__));
+Privado *criaBloco(std::int32_t capacidade, std::size_t espacoDosTextos) {
+    auto *novo =
+        static_cast<Privado *>(YalocaMemoria_debug(sizeof(Privado) + espacoDosTextos, FONTE, __LINE__));
     std::fill_n(novo->presentes, 2, 0);
     std::fill_n(novo->slots, capacidade, nullptr);
     novo->fim = reinterpret_cast<char *>(novo + 1) + espacoDosTextos;
     return novo;
 }
 
-Bloco *criaBlocoCom(const Conteudo &conteudo) {
+Privado *criaBlocoCom(const Conteudo &conteudo) {
     std::size_t espaco = 0;
     for (const auto &texto : conteudo) {
         espaco += espacoDoTexto(texto.tamanho);
     }
-    Bloco *novo = criaBloco(conteudo.capacidade, espaco);
+    Privado *novo = criaBloco(conteudo.capacidade, espaco);
     auto *lugar = reinterpret_cast<char *>(novo + 1);
     for (const auto &texto : conteudo) {
         novo->slots[texto.bit - 1] = poeTexto(lugar, texto.inicio, texto.tamanho);
@@ -67,13 +68,13 @@ Bloco *criaBlocoCom(const Conteudo &conteudo) {
 
 void limpa(YMensagemIso &mensagem) {
     percorre(mensagem,
-             [&](int bit, std::string_view) { liberaTexto(*bloco(mensagem), mensagem.bits[bit - 1]); });
-    if (Bloco *guarda = bloco(mensagem)) {
+             [&](int bit, std::string_view) { liberaTexto(*privado(mensagem), mensagem.bits[bit - 1]); });
+    if (Privado *guarda = privado(mensagem)) {
         char *textos = reinterpret_cast<char *>(guarda + 1);
         apaga(textos, static_cast<std::size_t>(guarda->fim - textos));
         liberaSemApagar(guarda);
     }
-    mensagem.interno = nullptr;
+    mensagem.privado = nullptr;
     mensagem.bits = nullptr;
     mensagem.capacidade = 0;
     mensagem.transacao = 0;
@@ -81,9 +82,9 @@ void limpa(YMensagemIso &mensagem) {
 
 void garanteCapacidade(YMensagemIso &mensagem, std::int32_t minima) {
     const std::int32_t nova = std::max(mensagem.capacidade, minima);
-    if (mensagem.interno == nullptr) {
-        Bloco *novo = criaBloco(nova, 0);
-        mensagem.interno = novo;
+    if (mensagem.privado == nullptr) {
+        Privado *novo = criaBloco(nova, 0);
+        mensagem.privado = novo;
         mensagem.bits = novo->slots;
     }
     std::fill(mensagem.bits + mensagem.capacidade, mensagem.bits + nova, nullptr);
@@ -97,7 +98,7 @@ void guardaElemento(YMensagemIso &mensagem, std::int32_t bit, const char *texto,
         poeTexto(espaco, texto, tamanho);
     }
     garanteCapacidade(mensagem, capacidadePara(bit, texto != nullptr));
-    Bloco &guarda = *bloco(mensagem);
+    Privado &guarda = *privado(mensagem);
     char *&slot = mensagem.bits[bit - 1];
     std::uint64_t &presentes = guarda.presentes[(bit - 1) / BITS_POR_BITMAP];
     if (slot != nullptr) {
@@ -121,9 +122,9 @@ const YRtti *YMensagemIso_rtti(void) {
 }
 
 void pramo::iso::substitui(YMensagemIso &mensagem, const Conteudo &novo) {
-    Bloco *guarda = novo.capacidade != 0 ? criaBlocoCom(novo) : nullptr;
+    Privado *guarda = novo.capacidade != 0 ? criaBlocoCom(novo) : nullptr;
     limpa(mensagem);
-    mensagem.interno = guarda;
+    mensagem.privado = guarda;
     mensagem.bits = guarda != nullptr ? guarda->slots : nullptr;
     mensagem.capacidade = novo.capacidade;
     mensagem.transacao = novo.transacao;
@@ -175,4 +176,22 @@ void YMensagemIso_copiaDe(YMensagemIso *destino, const YMensagemIso *origem) {
     copia.capacidade = origem->capacidade;
     percorre(*origem, [&](int bit, std::string_view texto) { copia.poe(bit, texto); });
     substitui(*destino, copia);
+}
+
+void YMensagemIso_montaResposta(YMensagemIso *resposta, const YMensagemIso *requisicao, int32_t transacao,
+                                const int32_t *ecoados, int32_t quantos) {
+    bool ecoa[Y_ISO_ELEMENTOS + 1] = {};
+    for (int32_t i = 0; i < quantos; i++) {
+        exigeBit(ecoados[i]);
+        ecoa[ecoados[i]] = true;
+    }
+    Conteudo nova;
+    nova.transacao = transacao;
+    percorre(*requisicao, [&](int bit, std::string_view texto) {
+        if (ecoa[bit]) {
+            nova.poe(bit, texto);
+            nova.capacidade = std::max(nova.capacidade, capacidadePara(bit, true));
+        }
+    });
+    substitui(*resposta, nova);
 }

@@ -55,7 +55,7 @@ Y_CLASSE(YMensagemIso, YOb) {
     char **bits;        /* slot i is the text of element i + 1, or null; null while capacidade is 0 */
     int32_t capacidade; /* number of slots: 0, 64 or 128; only clearing takes it back */
     int32_t transacao;  /* transaction code (message type) */
-    void *interno;      /* private */
+    void *privado;      /* private */
 };
 
 typedef struct YMensagemIso YMensagemIso;

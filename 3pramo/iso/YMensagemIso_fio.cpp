@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint32_t DIGITOS_DO_CODIGO = 4;
 constexpr std::size_t DIGITOS_DO_BITMAP = 16;
-constexpr std::size_t MAIOR_CODIGO = 11; // characters of any 32-bit number
+constexpr std::size_t MAIOR_NUMERO = 11; // characters of any 32-bit one
 constexpr std::size_t MAIOR_PREFIXO = 3;
 
 /// A digit of a bitmap with its four bits in reverse: on the wire the first one is the highest.
@@ -45,10 +45,10 @@ char *poeNumero(char *destino, std::uint32_t numero, std::uint32_t digitos) {
 }
 
 char *poeCodigo(char *destino, std::int32_t transacao) {
-    if (transacao >= 0 && transacao <= 9999) {
+    if (transacao >= 0 && transacao <= MAIOR_CODIGO) {
         return poeNumero(destino, static_cast<std::uint32_t>(transacao), DIGITOS_DO_CODIGO);
     }
-    return destino + std::snprintf(destino, MAIOR_CODIGO + 1, "%04d", transacao);
+    return destino + std::snprintf(destino, MAIOR_NUMERO + 1, "%04d", transacao);
 }
 
 char *poeBitmap(char *destino, std::uint64_t bitmap) {
@@ -62,7 +62,7 @@ char *poeBitmaps(char *destino, const YMensagemIso &mensagem) {
     for (std::int32_t inicio = 0; inicio < mensagem.capacidade; inicio += BITS_POR_BITMAP) {
         const bool segueOutro = mensagem.capacidade > inicio + BITS_POR_BITMAP;
         const std::uint64_t anuncio = segueOutro ? mascaraDoBit(1) : 0;
-        destino = poeBitmap(destino, bloco(mensagem)->presentes[inicio / BITS_POR_BITMAP] | anuncio);
+        destino = poeBitmap(destino, privado(mensagem)->presentes[inicio / BITS_POR_BITMAP] | anuncio);
     }
     return destino;
 }
@@ -190,7 +190,7 @@ void carrega(YMensagemIso &mensagem, const char *&posicao, std::optional<const c
 } // namespace
 
 void YMensagemIso_emiteEmStream(const YMensagemIso *mensagem, YStream *stream) {
-    std::size_t maximo = MAIOR_CODIGO + 2 * DIGITOS_DO_BITMAP;
+    std::size_t maximo = MAIOR_NUMERO + 2 * DIGITOS_DO_BITMAP;
     percorre(*mensagem, [&](int, std::string_view texto) { maximo += MAIOR_PREFIXO + texto.size(); });
     char *const inicio = reserva(*stream, maximo);
     char *fim = poeBitmaps(poeCodigo(inicio, mensagem->transacao), *mensagem);

@@ -13,6 +13,7 @@ namespace pramo::iso {
 
 constexpr const char *FONTE = "YMensagemIso";
 constexpr int BITS_POR_BITMAP = 64;
+constexpr std::int32_t MAIOR_CODIGO = 9999; // the wire form has four digits for it
 
 /// Where element `bit` stands in the 64 bits of its bitmap, which inside the library has its first one
 /// lowest.
@@ -20,10 +21,10 @@ constexpr std::uint64_t mascaraDoBit(int bit) {
     return std::uint64_t{1} << ((bit - 1) % BITS_POR_BITMAP);
 }
 
-/// What stands behind `interno`, absent while a message has no slots: one block with the slots and, behind
+/// What stands behind `privado`, absent while a message has no slots: one block with the slots and, behind
 /// them, the texts that came together (loaded or copied). A text set alone is a block of its own. In front of
 /// every text, in the same block, stands its length.
-struct Bloco {
+struct Privado {
     std::uint64_t presentes[2]; // the bitmaps of the slots that hold a text
     const char *fim;            // of the texts
     char *slots[Y_ISO_ELEMENTOS];
@@ -31,8 +32,8 @@ struct Bloco {
 
 using Tamanho = std::size_t;
 
-inline Bloco *bloco(const YMensagemIso &mensagem) {
-    return static_cast<Bloco *>(mensagem.interno);
+inline Privado *privado(const YMensagemIso &mensagem) {
+    return static_cast<Privado *>(mensagem.privado);
 }
 
 /// A text of a slot, with its length.
@@ -60,7 +61,7 @@ void percorreBits(std::uint64_t bitmap, int primeiro, VISITA visita) {
 template <typename VISITA>
 void percorre(const YMensagemIso &mensagem, VISITA visita) {
     for (int slot = 0; slot < mensagem.capacidade; slot += BITS_POR_BITMAP) {
-        percorreBits(bloco(mensagem)->presentes[slot / BITS_POR_BITMAP], slot + 1,
+        percorreBits(privado(mensagem)->presentes[slot / BITS_POR_BITMAP], slot + 1,
                      [&](int bit) { visita(bit, conteudo(mensagem.bits[bit - 1])); });
     }
 }

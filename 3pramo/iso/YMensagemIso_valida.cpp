@@ -12,8 +12,6 @@ using namespace pramo::iso;
 
 namespace {
 
-constexpr std::int32_t MAIOR_CODIGO = 9999;
-
 /// The classes that each character belongs to.
 constexpr auto CLASSES = [] {
     std::array<std::uint8_t, 256> classes{};
