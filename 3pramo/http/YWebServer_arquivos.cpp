@@ -52,6 +52,9 @@ private:
 /// links.
 bool ficaDentro(const Arquivo &arquivo, const std::string &base) {
     std::string pasta = Arquivo(base, O_PATH).lugar();
+    if (pasta.empty()) { // no descriptor left, or no /proc: nothing is known to be inside
+        return false;
+    }
     if (!pasta.ends_with('/')) {
         pasta += '/';
     }
