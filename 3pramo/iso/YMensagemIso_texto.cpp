@@ -69,10 +69,13 @@ std::int64_t tiraNumero(std::string_view &texto) {
     return numero;
 }
 
-/// The file in pieces: lines without their line feed, longer ones cut.
+/// The file in pieces, lines without their line feed, longer ones cut; wiped at the end.
 class Pedacos {
 public:
     explicit Pedacos(std::FILE *arquivo) : arquivo_(arquivo) {}
+    Pedacos(const Pedacos &) = delete;
+    Pedacos &operator=(const Pedacos &) = delete;
+    ~Pedacos() { apaga(letras_.data(), letras_.size()); }
 
     /// False at the end of the file.
     bool le(std::string_view &pedaco) {
