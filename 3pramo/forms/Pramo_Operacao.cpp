@@ -10,7 +10,6 @@
 #include <utility>
 
 using namespace pramo;
-using namespace pramo::forms;
 
 namespace {
 
@@ -33,7 +32,7 @@ void destroi(void *objeto) {
     YliberaMemoria(operacao->areaPreAlocada);
     YDIC_destroi(operacao->respostasDoPopup);
     delete static_cast<Sincronizacao *>(operacao->sincronizacao);
-    delete static_cast<Privado *>(operacao->privado);
+    delete static_cast<Pramo_Operacao_Privado *>(operacao->privado);
 }
 
 void constroi(void *objeto) {
@@ -44,7 +43,7 @@ void constroi(void *objeto) {
         operacao->mensagens = cria<YMapa>(YMapa_rtti, FONTE_DA_OPERACAO).release();
         operacao->perifericosHabilitados = cria<YSet>(YSet_rtti, FONTE_DA_OPERACAO).release();
         operacao->respostasDoPopup = YDIC_constroi();
-        operacao->privado = semFaltaDeMemoria(FONTE_DA_OPERACAO, [] { return new Privado; });
+        operacao->privado = semFaltaDeMemoria(FONTE_DA_OPERACAO, [] { return new Pramo_Operacao_Privado; });
     } catch (...) {
         destroi(operacao);
         throw;
@@ -195,7 +194,7 @@ std::atomic_ref<void *> lugarDaSincronizacao(Pramo_Operacao &operacao) {
 }
 
 /// Makes it when it is not there; of two threads that do so at once, one gives its own up.
-Sincronizacao &exigeSincronizacao(Pramo_Operacao &operacao) {
+Sincronizacao &garanteSincronizacao(Pramo_Operacao &operacao) {
     const auto lugar = lugarDaSincronizacao(operacao);
     void *feita = lugar.load();
     if (feita == nullptr) {
@@ -210,7 +209,7 @@ Sincronizacao &exigeSincronizacao(Pramo_Operacao &operacao) {
 } // namespace
 
 void Pramo_Operacao_esperaCondicao(Pramo_Operacao *operacao) {
-    Sincronizacao &sincronizacao = exigeSincronizacao(*operacao);
+    Sincronizacao &sincronizacao = garanteSincronizacao(*operacao);
     const Tranca tranca(sincronizacao.trinco);
     const std::uint64_t antes = sincronizacao.sinais;
     while (sincronizacao.sinais == antes) {

@@ -6,19 +6,19 @@
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/cria.hpp>
 
-namespace pramo::forms {
+namespace pramo {
 
 constexpr const char *FONTE_DA_OPERACAO = "Pramo_Operacao";
 
 /// What stands behind `privado`.
-struct Privado {
+struct Pramo_Operacao_Privado {
     bool cargaEstrita = false;
 };
 
-inline Privado &privado(const Pramo_Operacao &operacao) {
-    return *static_cast<Privado *>(operacao.privado);
+inline Pramo_Operacao_Privado &privado(const Pramo_Operacao &operacao) {
+    return *static_cast<Pramo_Operacao_Privado *>(operacao.privado);
 }
 
-} // namespace pramo::forms
+} // namespace pramo
 
 #endif

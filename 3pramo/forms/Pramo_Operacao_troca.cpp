@@ -10,7 +10,6 @@
 #include <vector>
 
 using namespace pramo;
-using namespace pramo::forms;
 
 // ---- Loading ----
 
@@ -96,8 +95,7 @@ bool temOpcao(const Pramo_Variavel &variavel, const char *chave) {
         const char *propria = static_cast<const Opcao *>(opcao)->chave;
         return propria != nullptr && std::strcmp(propria, chave) == 0;
     };
-    const auto opcoes = variavel.opcoes != nullptr ? elementos(*variavel.opcoes) : std::span<void *>();
-    return std::any_of(opcoes.begin(), opcoes.end(), ehEsta);
+    return variavel.opcoes != nullptr && std::ranges::any_of(elementos(*variavel.opcoes), ehEsta);
 }
 
 /// Loads all fields of a request or, when one of them is refused, none.
@@ -115,7 +113,7 @@ public:
 
     void carregaTudo(const Pramo_Operacao &operacao, const YNo *elemento) {
         visitaCampos(operacao, elemento, [&](Pramo_Variavel &variavel, const YNo &campo) {
-            recusaNaoOferecido(variavel, campo);
+            confereCampo(variavel, campo);
             semFaltaDeMemoria(FONTE_DA_OPERACAO, [&] { antes_.emplace_back(variavel); });
         });
         visitaCampos(operacao, elemento, carregaComNome);
@@ -123,7 +121,7 @@ public:
     }
 
 private:
-    void recusaNaoOferecido(const Pramo_Variavel &variavel, const YNo &campo) const {
+    void confereCampo(const Pramo_Variavel &variavel, const YNo &campo) const {
         const char *opcao = YNo_getAtributo(&campo, "opcao");
         if (variavel.usada == 0) {
             recusa(variavel, "O campo ", " não foi oferecido."_l1);
@@ -131,7 +129,7 @@ private:
         if (variavel.somenteLeitura != 0) {
             recusa(variavel, "O campo ", " é somente para leitura."_l1);
         }
-        if (std::any_of(antes_.begin(), antes_.end(), [&](const Antes &a) { return a.eh(variavel); })) {
+        if (std::ranges::any_of(antes_, [&](const Antes &antes) { return antes.eh(variavel); })) {
             recusa(variavel, "O campo ", " veio duas vezes.");
         }
         if (opcao != nullptr && !temOpcao(variavel, opcao)) {

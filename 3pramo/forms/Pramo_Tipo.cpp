@@ -1,11 +1,24 @@
-// The field types' common face, and the numbers of 1 to 18 bytes.
-#include <3pramo/forms/Pramo_Tipo_interno.hpp>
+// The class of the field types, and the library's eight: numbers, a date, a time of day, texts.
+#include <3pramo/forms/Pramo_Variavel.h>
 
+#include <3pramo/foundation/DATAC.h>
+#include <3pramo/foundation/YConversoes.h>
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/YNumeros.h>
+#include <3pramo/foundation/caracteres.hpp>
+#include <3pramo/foundation/cria.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
 #include <iterator>
+#include <string_view>
 
 using namespace pramo;
 
 namespace {
+
+constexpr const char *FONTE = "Pramo_Tipo";
 
 const Pramo_Tipo_Rtti &slotsDe(const Pramo_Tipo *tipo) {
     return *reinterpret_cast<const Pramo_Tipo_Rtti *>(tipo->rtti);
@@ -38,7 +51,42 @@ void Pramo_Tipo_gravaEmYNo(Pramo_Tipo *tipo, const Pramo_Variavel *variavel, YNo
     slotsDe(tipo).gravaEmYNo(tipo, variavel, elemento);
 }
 
-// ---- Numbers ----
+// ---- What the eight share ----
+
+namespace {
+
+/// Runs a conversion from text: what it raises about the text becomes a YExcSoap.
+template <typename CONVERSAO>
+void converte(CONVERSAO conversao) {
+    try {
+        conversao();
+    } catch (const YExcecao &e) {
+        lanca(YExcSoap_rtti, e.what(), FONTE);
+    }
+}
+
+/// Appends the child "valor", has `poe` give it its text, then names the type.
+template <typename POE>
+void gravaValor(YNo *elemento, const char *tipo, POE poe) {
+    poe(YNo_criaDescendente(elemento, "valor"));
+    YNo_setAtributo(elemento, "tipo", tipo);
+}
+
+} // namespace
+
+/// The class of a field type, and its only object, made at compile time.
+#define PRAMO_TIPO(nome, le, grava)                                                                          \
+    const Pramo_Tipo_Rtti Pramo_Tipo##nome##_definicaoRtti = {                                               \
+        {YOb_rtti, "Pramo_Tipo" #nome, sizeof(Pramo_Tipo), nullptr, nullptr}, le, grava};                    \
+    const YRtti *Pramo_Tipo##nome##_rtti(void) {                                                             \
+        return &Pramo_Tipo##nome##_definicaoRtti.rtti;                                                       \
+    }                                                                                                        \
+    Pramo_Tipo *Pramo_Tipo_getTipo##nome(void) {                                                             \
+        static constinit Pramo_Tipo unico = {{&Pramo_Tipo##nome##_definicaoRtti.rtti}};                      \
+        return &unico;                                                                                       \
+    }
+
+// ---- Numbers of 1 to 18 bytes ----
 
 namespace {
 
@@ -62,20 +110,183 @@ constexpr Conversao tabelaDeConversao[] = {FIXO(1),  FIXO(2),  FIXO(3),  FIXO(4)
 
 const Conversao &conversaoPara(std::uint64_t tamanho) {
     if (tamanho == 0 || tamanho > std::size(tabelaDeConversao)) {
-        lanca(YExc_rtti, "Tamanho não suportado."_l1, forms::FONTE);
+        lanca(YExc_rtti, "Tamanho não suportado."_l1, FONTE);
     }
     return tabelaDeConversao[tamanho - 1];
 }
 
-} // namespace
-
-void forms::leNumero(const Pramo_Variavel &variavel, const char *texto) {
+void leNumero(const Pramo_Variavel &variavel, const char *texto) {
     const Conversao &conversao = conversaoPara(variavel.tamanho);
     converte([&] { conversao.deTexto(variavel.endereco, texto); });
 }
 
-forms::TextoDoNumero forms::textoDoNumero(const Pramo_Variavel &variavel) {
+struct TextoDoNumero {
+    char bytes[Y_TAMANHO_NUMERO];
+};
+
+TextoDoNumero textoDoNumero(const Pramo_Variavel &variavel) {
     TextoDoNumero texto;
     conversaoPara(variavel.tamanho).paraTexto(texto.bytes, variavel.endereco);
     return texto;
 }
+
+void gravaNumero(const char *tipo, const Pramo_Variavel &variavel, YNo *elemento) {
+    gravaValor(elemento, tipo, [&](YNo *valor) { YNo_setValor(valor, textoDoNumero(variavel).bytes); });
+}
+
+// ---- bin: the place of the point in what was read is recorded ----
+
+void contaCaracteres(Pramo_Variavel &variavel, std::string_view texto) {
+    const std::size_t ponto = texto.find('.');
+    if (ponto == std::string_view::npos) {
+        variavel.caracteresAntesDaVirgula = texto.size();
+        return;
+    }
+    variavel.caracteresAntesDaVirgula = ponto;
+    variavel.caracteresDepoisDaVirgula = texto.size() - ponto - 1;
+}
+
+void leBin(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    const char *texto = YNo_getValor(elemento);
+    contaCaracteres(*variavel, texto != nullptr ? texto : "");
+    leNumero(*variavel, texto);
+}
+
+void gravaBin(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    gravaNumero("bin", *variavel, elemento);
+}
+
+// ---- id, and the same as a password ----
+
+void leId(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    leNumero(*variavel, YNo_getValor(elemento));
+}
+
+void gravaId(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    gravaNumero("id", *variavel, elemento);
+}
+
+void gravaSenha(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    gravaNumero("senha", *variavel, elemento);
+}
+
+// ---- qtde3: the last three digits are decimals ----
+
+void leQtde3(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    const Ponteiro<char> semPontos(YduplicaString(YNo_getValor(elemento)));
+    if (char *texto = semPontos) {
+        *std::remove(texto, texto + std::strlen(texto), '.') = 0;
+    }
+    leNumero(*variavel, semPontos);
+}
+
+// "12345 " becomes "12.345": the point goes before the last three digits, and the blank behind them leaves.
+void poePonto(char *texto) {
+    const std::size_t tamanho = std::strlen(texto);
+    if (tamanho > 3) {
+        std::memmove(texto + tamanho - 3, texto + tamanho - 4, 3);
+        texto[tamanho - 4] = '.';
+    }
+}
+
+void gravaQtde3(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    gravaValor(elemento, "qtde3", [&](YNo *valor) {
+        TextoDoNumero texto = textoDoNumero(*variavel);
+        poePonto(texto.bytes);
+        YNo_setValor(valor, texto.bytes);
+    });
+}
+
+} // namespace
+
+PRAMO_TIPO(BIN, leBin, gravaBin)
+PRAMO_TIPO(Id, leId, gravaId)
+PRAMO_TIPO(Senha, leId, gravaSenha)
+PRAMO_TIPO(QTDE3, leQtde3, gravaQtde3)
+
+// ---- Packed dates, and times of day as hours * 100 + minutes: two bytes each ----
+
+namespace {
+
+void leData(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    const std::uint32_t dia = YNo_getDateYVal(elemento);
+    converte([&] { DATAC_de_yuliano(variavel->endereco, dia); });
+}
+
+void gravaData(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    gravaValor(elemento, "data", [&](YNo *valor) {
+        YNo_setDateYVal(valor, static_cast<std::uint32_t>(DATAC_yuliano(variavel->endereco)));
+    });
+}
+
+/// The end of the integer at the start of the text, the start itself when there is none.
+const char *fimDoInteiro(const char *texto) {
+    const char *c = texto;
+    while (ehBranco(*c)) {
+        c++;
+    }
+    c += *c == '-' || *c == '+' ? 1 : 0;
+    if (!ehAlgarismo(*c)) {
+        return texto;
+    }
+    while (ehAlgarismo(*c)) {
+        c++;
+    }
+    return c;
+}
+
+void leHora(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    const char *texto = YNo_getValor(elemento);
+    const char *doisPontos = texto != nullptr ? fimDoInteiro(texto) : "";
+    if (*doisPontos != ':') {
+        lanca(YExcSoap_rtti, "Conteúdo de hora mal formado."_l1, FONTE);
+    }
+    const auto horas = static_cast<std::uint64_t>(atoy64(texto));
+    const auto minutos = static_cast<std::uint64_t>(atoy64(doisPontos + 1));
+    const auto hora = static_cast<std::uint16_t>(horas * 100 + minutos);
+    std::memcpy(variavel->endereco, &hora, sizeof hora);
+}
+
+void gravaHora(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    std::uint16_t hora = 0;
+    std::memcpy(&hora, variavel->endereco, sizeof hora);
+    char texto[sizeof "655:99"];
+    std::snprintf(texto, sizeof texto, "%02d:%02d", hora / 100, hora % 100);
+    gravaValor(elemento, "hora", [&](YNo *valor) { YNo_setValor(valor, texto); });
+}
+
+} // namespace
+
+PRAMO_TIPO(DATAC, leData, gravaData)
+PRAMO_TIPO(HORAC, leHora, gravaHora)
+
+// ---- Texts, and choices, whose text is the option's key ----
+
+namespace {
+
+void leTexto(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    const char *texto = YNo_getValor(elemento);
+    // Exactly what is wanted: cuts without a zero, fills with zeros.
+    std::strncpy(static_cast<char *>(variavel->endereco), texto != nullptr ? texto : "", variavel->tamanho);
+}
+
+void gravaTexto(const char *tipo, const Pramo_Variavel &variavel, YNo *elemento) {
+    gravaValor(elemento, tipo, [&](YNo *valor) {
+        const auto *texto = static_cast<const char *>(variavel.endereco);
+        const Ponteiro<char> copia(YduplicaStringTam(texto, strnlen(texto, variavel.tamanho)));
+        YNo_setValor(valor, copia);
+    });
+}
+
+void gravaAutorizacao(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    gravaTexto("autorizacao", *variavel, elemento);
+}
+
+void gravaEscolhaMultipla(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    gravaTexto("escolhaMultipla", *variavel, elemento);
+}
+
+} // namespace
+
+PRAMO_TIPO(Autorizacao, leTexto, gravaAutorizacao)
+PRAMO_TIPO(EscolhaMultipla, leTexto, gravaEscolhaMultipla)

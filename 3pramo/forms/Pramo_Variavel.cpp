@@ -85,7 +85,7 @@ int32_t Pramo_Variavel_foiUsada(const Pramo_Variavel *variavel) {
 
 namespace {
 
-YSet *perifericosDe(Pramo_Variavel &variavel) {
+YSet *garantePerifericos(Pramo_Variavel &variavel) {
     if (variavel.perifericos == nullptr) {
         variavel.perifericos = cria<YSet>(YSet_rtti, FONTE).release();
     }
@@ -96,12 +96,12 @@ YSet *perifericosDe(Pramo_Variavel &variavel) {
 
 void Pramo_Variavel_incluiPeriferico(Pramo_Variavel *variavel, Pramo_Periferico *periferico) {
     if (periferico != nullptr) {
-        YSet_poe(perifericosDe(*variavel), periferico);
+        YSet_poe(garantePerifericos(*variavel), periferico);
     }
 }
 
 void Pramo_Variavel_incluiPerifericos(Pramo_Variavel *variavel, const YSet *perifericos) {
-    YSet *todos = perifericosDe(*variavel);
+    YSet *todos = garantePerifericos(*variavel);
     if (perifericos == nullptr || perifericos == todos) {
         return;
     }
