@@ -1,3 +1,4 @@
+// A button is a name, which the entity keeps, and a title.
 #include <3pramo/forms/Pramo_Botao.h>
 
 #include <3pramo/foundation/cria.hpp>

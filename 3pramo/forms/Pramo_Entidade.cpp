@@ -1,3 +1,5 @@
+// The common part of variables, buttons and peripherals. Objects are zeroed memory, and zero is right for all
+// that the entity has: no constructor.
 #include <3pramo/forms/Pramo_Entidade.h>
 
 #include <3pramo/foundation/cria.hpp>
@@ -22,6 +24,7 @@ const YRtti *Pramo_Entidade_rtti(void) {
 }
 
 void Pramo_Entidade_setNome(Pramo_Entidade *entidade, const char *nome) {
+    // A peripheral's name is no block to be freed, and all threads read it.
     if (entidade->nomeFixo == 0) {
         trocaTexto(entidade->nome, nome);
     }

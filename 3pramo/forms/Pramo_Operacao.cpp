@@ -1,4 +1,8 @@
-// The operation's life, its variables and buttons, and the threads that wait on it.
+// The operation's life, its variables and buttons, and the threads that wait on it. What it exchanges with a
+// client is in Pramo_Operacao_troca.cpp.
+//
+// One thread at a time works with an operation, so nothing here is locked but the waiting, which has a block
+// of its own behind `sincronizacao`.
 #include <3pramo/forms/Pramo_Operacao_interno.hpp>
 
 #include <3pramo/foundation/Trinco.hpp>
@@ -13,15 +17,18 @@ using namespace pramo;
 
 namespace {
 
-// A date or time in the last bytes of the area may have a smaller size than it takes.
+// Behind the area: a date or time takes two bytes, also when its variable says less and stands at the end.
 constexpr std::uint64_t BYTES_DE_SOBRA = 2;
 
+/// What waiting threads share. Each remembers the count that it met and leaves when it has changed, so that
+/// neither a wake-up without a signal nor a second signal in between leads it astray.
 struct Sincronizacao {
     Trinco trinco;
     Condicao mudou;
     std::uint64_t sinais Y_GUARDADO_POR(trinco) = 0;
 };
 
+// Also takes back a construction that was broken off: what is not there yet is null, which all of these take.
 void destroi(void *objeto) {
     auto *operacao = static_cast<Pramo_Operacao *>(objeto);
     YliberaObjeto(operacao->mensagens);
@@ -31,6 +38,7 @@ void destroi(void *objeto) {
     YliberaMemoria(operacao->titulo);
     YliberaMemoria(operacao->areaPreAlocada);
     YDIC_destroi(operacao->respostasDoPopup);
+    // Nobody waits any more: whoever frees an operation is the only one to use it.
     delete static_cast<Sincronizacao *>(operacao->sincronizacao);
     delete static_cast<Pramo_Operacao_Privado *>(operacao->privado);
 }
@@ -45,6 +53,7 @@ void constroi(void *objeto) {
         operacao->respostasDoPopup = YDIC_constroi();
         operacao->privado = semFaltaDeMemoria(FONTE_DA_OPERACAO, [] { return new Pramo_Operacao_Privado; });
     } catch (...) {
+        // A constructor that raises is not followed by its destructor.
         destroi(operacao);
         throw;
     }
@@ -68,6 +77,7 @@ void Pramo_Operacao_trataCampos(Pramo_Operacao *operacao) {
 }
 
 void Pramo_Operacao_clear(Pramo_Operacao *operacao) {
+    // Everything new is made before anything old goes: without memory nothing has changed.
     auto variaveis = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO);
     auto botoes = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO);
     auto mensagens = cria<YMapa>(YMapa_rtti, FONTE_DA_OPERACAO);
@@ -82,7 +92,8 @@ void Pramo_Operacao_clear(Pramo_Operacao *operacao) {
 
 namespace {
 
-/// The next bytes of the area; they are handed out when `areaOcupada` grows.
+/// The next bytes of the area, which is made, zeroed, at its first use. They are handed out when
+/// `areaOcupada` grows. That is never more than the area has, so the difference does not go below 0.
 void *lugarNaArea(Pramo_Operacao &operacao, std::uint64_t tamanho) {
     if (tamanho > PRAMO_AREA_PRE_ALOCADA - operacao.areaOcupada) {
         lanca(YExcSoap_rtti, "Nova variável da operação não coube na área pré-alocada."_l1,
@@ -97,6 +108,7 @@ void *lugarNaArea(Pramo_Operacao &operacao, std::uint64_t tamanho) {
     return operacao.areaPreAlocada + operacao.areaOcupada;
 }
 
+/// The object is the list's from the moment that it stands there, and its maker's until then.
 template <typename T>
 T *poe(YVetor *vetor, Ponteiro<T> novo) {
     YVetor_poe(vetor, novo.get());
@@ -110,6 +122,8 @@ Pramo_Variavel *Pramo_Operacao_criaVariavel(Pramo_Operacao *operacao, const char
     if (Pramo_Variavel *existente = Pramo_Operacao_recuperaVariavel(operacao, nome)) {
         return existente;
     }
+    // The variable is complete before the list has it, and its bytes are taken from the area last: what fails
+    // on the way leaves the form as it was.
     const bool naArea = endereco == nullptr;
     auto nova = cria<Pramo_Variavel>(Pramo_Variavel_rtti, FONTE_DA_OPERACAO);
     nova->tipo = tipo;
@@ -129,6 +143,8 @@ Pramo_Botao *Pramo_Operacao_criaBotao(Pramo_Operacao *operacao, const char *nome
     return poe(operacao->botoes, std::move(novo));
 }
 
+// A form has few fields and keeps them in the order made: no index pays. A variable without a name is not
+// found, and a null name finds none.
 Pramo_Variavel *Pramo_Operacao_recuperaVariavel(const Pramo_Operacao *operacao, const char *nome) {
     for (void *elemento : elementos(*operacao->variaveis)) {
         auto *variavel = static_cast<Pramo_Variavel *>(elemento);
@@ -189,6 +205,7 @@ const char *Pramo_Operacao_getRespostaDoPopup(const Pramo_Operacao *operacao, co
 
 namespace {
 
+// The field is a plain pointer to C; any thread may be the first to wait, so it is read and set atomically.
 std::atomic_ref<void *> lugarDaSincronizacao(Pramo_Operacao &operacao) {
     return std::atomic_ref(operacao.sincronizacao);
 }
@@ -210,6 +227,7 @@ Sincronizacao &garanteSincronizacao(Pramo_Operacao &operacao) {
 
 void Pramo_Operacao_esperaCondicao(Pramo_Operacao *operacao) {
     Sincronizacao &sincronizacao = garanteSincronizacao(*operacao);
+    // From the look at the count until it waits a thread holds the lock: no signal can fall in between.
     const Tranca tranca(sincronizacao.trinco);
     const std::uint64_t antes = sincronizacao.sinais;
     while (sincronizacao.sinais == antes) {
@@ -220,8 +238,10 @@ void Pramo_Operacao_esperaCondicao(Pramo_Operacao *operacao) {
 void Pramo_Operacao_sinalizaCondicao(Pramo_Operacao *operacao) {
     auto *sincronizacao = static_cast<Sincronizacao *>(lugarDaSincronizacao(*operacao).load());
     if (sincronizacao == nullptr) {
-        return;
+        return; // nobody has ever waited, and a signal is not kept
     }
+    // Wakes with the lock held: a thread that is woken and then frees the operation comes after this one's
+    // last use of the condition.
     const Tranca tranca(sincronizacao->trinco);
     sincronizacao->sinais++;
     sincronizacao->mudou.avisa();

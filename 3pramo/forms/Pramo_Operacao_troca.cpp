@@ -1,4 +1,8 @@
 // The exchange with the client: answers in, form out.
+//
+// A request is what a peer sends: names may be unknown or repeated, values anything. Without strictness each
+// field is stored as it comes and the first that is refused ends the loading; with it a request is looked
+// through whole before anything is stored, and what was stored goes back when something fails.
 #include <3pramo/forms/Pramo_Operacao_interno.hpp>
 
 #include <3pramo/foundation/YVetor_interno.hpp>
@@ -15,6 +19,7 @@ using namespace pramo;
 
 namespace {
 
+// Names are quoted; what a field holds never is.
 [[noreturn]] void recusaCampo(const char *antes, const char *nome, const char *depois) {
     const std::string mensagem = semFaltaDeMemoria(
         FONTE_DA_OPERACAO, [&] { return std::string(antes) + "\"" + nome + "\"" + depois; });
@@ -33,6 +38,8 @@ Pramo_Variavel &variavelDoCampo(const Pramo_Operacao &operacao, const YNo &campo
     return *variavel;
 }
 
+/// Calls `visita` with each element "campo" and its variable, in the order sent. A name that no variable has
+/// ends the walk where it stands, with an exception.
 template <typename VISITA>
 void visitaCampos(const Pramo_Operacao &operacao, const YNo *elemento, VISITA visita) {
     const YVetor *filhos = YNo_getFilhos(elemento);
@@ -47,6 +54,7 @@ void visitaCampos(const Pramo_Operacao &operacao, const YNo *elemento, VISITA vi
     }
 }
 
+// The mark goes only when the value is in: a field that was refused is still asked for.
 void carrega(Pramo_Variavel &variavel, const YNo &campo) {
     Pramo_Variavel_leDeYNo(&variavel, &campo);
     Pramo_Variavel_desmarcaUsada(&variavel);
@@ -54,7 +62,7 @@ void carrega(Pramo_Variavel &variavel, const YNo &campo) {
 
 // ---- Strict loading ----
 
-/// A type touches as many bytes as the variable has, dates and times always two.
+/// A type touches as many bytes as the variable has; dates and times, and types derived from them, two.
 std::uint64_t bytesDe(const Pramo_Variavel &variavel) {
     const YRtti *tipo = variavel.tipo->rtti;
     const bool dois =
@@ -62,7 +70,8 @@ std::uint64_t bytesDe(const Pramo_Variavel &variavel) {
     return dois ? 2 : variavel.tamanho;
 }
 
-/// What loading changes of a variable, as it was before.
+/// What loading changes of a variable, as it was before: its bytes, its option, and the fields of the answer.
+/// All memory is taken when it is made, so that going back cannot fail.
 class Antes {
 public:
     explicit Antes(Pramo_Variavel &variavel)
@@ -73,9 +82,10 @@ public:
     [[nodiscard]] bool eh(const Pramo_Variavel &variavel) const { return variavel_ == &variavel; }
 
     void volta() noexcept {
-        if (bytes_ != nullptr) {
+        if (bytes_ != nullptr) { // null for a variable without an address
             std::memcpy(variavel_->endereco, bytes_.get(), bytesDe(*variavel_));
         }
+        // The option that loading put there is freed, the one from before goes back to its owner.
         YliberaMemoria(std::exchange(variavel_->opcaoEscolhida, opcao_.release()));
         variavel_->perifericoUtilizado = campos_.perifericoUtilizado;
         variavel_->caracteresAntesDaVirgula = campos_.caracteresAntesDaVirgula;
@@ -104,6 +114,7 @@ public:
     CargaEstrita() = default;
     CargaEstrita(const CargaEstrita &) = delete;
     CargaEstrita &operator=(const CargaEstrita &) = delete;
+    /// Whatever ends the loading early, also an exception that is not the library's, passes here.
     ~CargaEstrita() {
         // Variables may share memory: the last one goes back first.
         for (; !feita_ && !antes_.empty(); antes_.pop_back()) {
@@ -116,6 +127,7 @@ public:
             confereCampo(variavel, campo);
             semFaltaDeMemoria(FONTE_DA_OPERACAO, [&] { antes_.emplace_back(variavel); });
         });
+        // The same fields once more: only a type can refuse one now, or memory be short.
         visitaCampos(operacao, elemento, carregaComNome);
         feita_ = true;
     }
@@ -129,6 +141,7 @@ private:
         if (variavel.somenteLeitura != 0) {
             recusa(variavel, "O campo ", " é somente para leitura."_l1);
         }
+        // This also bounds what a peer can have kept here: each variable once.
         if (std::ranges::any_of(antes_, [&](const Antes &antes) { return antes.eh(variavel); })) {
             recusa(variavel, "O campo ", " veio duas vezes.");
         }
@@ -137,6 +150,7 @@ private:
         }
     }
 
+    // The detail text of this thread comes in front of the message of its next exception.
     [[noreturn]] static void recusa(const Pramo_Variavel &variavel, const char *antes, const char *depois) {
         YContextoTry_printf("campo: %s. ", variavel.nome);
         recusaCampo(antes, variavel.nome, depois);
@@ -204,6 +218,7 @@ void Pramo_Operacao_descarregaNaResposta(const Pramo_Operacao *operacao, YNo *el
             continue;
         }
         gravaVariavel(*variavel, elemento);
+        // Right behind its field, and only with it: a focus on an unmarked variable is not written.
         if (variavel == operacao->foco) {
             YNo_setString(elemento, "focado", variavel->nome);
         }

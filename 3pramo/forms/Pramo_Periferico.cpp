@@ -1,3 +1,5 @@
+// The six peripherals. All threads share them without a lock: nothing of them changes after the start but the
+// application's number, which is read and written as an atomic.
 #include <3pramo/forms/Pramo_Periferico.h>
 
 #include <array>
@@ -8,6 +10,7 @@ namespace {
 
 enum Qual : std::size_t { TECLADO, CMC7, MAGNETICO, OPTICO, PIN, TOUCH, QUANTOS };
 
+// The entity's name is a char * that others could write through, so these are arrays and no literals.
 constinit char nomes[QUANTOS][10] = {"TECLADO", "CMC7", "MAGNETICO", "OPTICO", "PIN", "TOUCH"};
 
 // Made at compile time: there is no first use that threads could meet in.
@@ -22,6 +25,7 @@ constinit std::array<Pramo_Periferico, QUANTOS> perifericos = [] {
     return todos;
 }();
 
+// An atomic_ref takes no pointer to const; the object itself never is.
 std::atomic_ref<int32_t> finalizadoraDe(const Pramo_Periferico *periferico) {
     return std::atomic_ref(const_cast<Pramo_Periferico *>(periferico)->finalizadora);
 }
@@ -60,6 +64,7 @@ Pramo_Periferico *Pramo_Periferico_getTOUCH(void) {
 }
 
 Pramo_Periferico *Pramo_Periferico_getPeriferico(const char *nome) {
+    // A peer may send any text here; null is searched as "", which names none.
     const std::string_view procurado = nome != nullptr ? nome : "";
     for (Pramo_Periferico &periferico : perifericos) {
         if (procurado == periferico.nome) {

@@ -1,4 +1,7 @@
 // The class of the field types, and the library's eight: numbers, a date, a time of day, texts.
+//
+// A type is two functions and holds nothing: one object of each serves all variables and all threads. What
+// it converts stands at an address that need not be aligned, so bytes are copied, never read as a number.
 #include <3pramo/forms/Pramo_Variavel.h>
 
 #include <3pramo/foundation/DATAC.h>
@@ -20,6 +23,7 @@ namespace {
 
 constexpr const char *FONTE = "Pramo_Tipo";
 
+// Every type's descriptor begins with its YRtti and goes on with the slots, also an application's.
 const Pramo_Tipo_Rtti &slotsDe(const Pramo_Tipo *tipo) {
     return *reinterpret_cast<const Pramo_Tipo_Rtti *>(tipo->rtti);
 }
@@ -55,7 +59,8 @@ void Pramo_Tipo_gravaEmYNo(Pramo_Tipo *tipo, const Pramo_Variavel *variavel, YNo
 
 namespace {
 
-/// Runs a conversion from text: what it raises about the text becomes a YExcSoap.
+/// Runs a conversion from text: what it raises about the text becomes a YExcSoap, for it is the client that
+/// sent the text. No conversion quotes it: it may be a password.
 template <typename CONVERSAO>
 void converte(CONVERSAO conversao) {
     try {
@@ -65,7 +70,8 @@ void converte(CONVERSAO conversao) {
     }
 }
 
-/// Appends the child "valor", has `poe` give it its text, then names the type.
+/// Appends the child "valor", has `poe` give it its text, then names the type: when `poe` raises, the child
+/// stays, without a text.
 template <typename POE>
 void gravaValor(YNo *elemento, const char *tipo, POE poe) {
     poe(YNo_criaDescendente(elemento, "valor"));
@@ -74,7 +80,8 @@ void gravaValor(YNo *elemento, const char *tipo, POE poe) {
 
 } // namespace
 
-/// The class of a field type, and its only object, made at compile time.
+/// The class of a field type, and its only object, made at compile time: there is no first use that threads
+/// could meet in. The parent is YOb, so that no such class is a Pramo_Tipo to YRtti_deriva.
 #define PRAMO_TIPO(nome, le, grava)                                                                          \
     const Pramo_Tipo_Rtti Pramo_Tipo##nome##_definicaoRtti = {                                               \
         {YOb_rtti, "Pramo_Tipo" #nome, sizeof(Pramo_Tipo), nullptr, nullptr}, le, grava};                    \
@@ -95,6 +102,7 @@ struct Conversao {
     void (*paraTexto)(char *texto, const void *origem);
 };
 
+// Two families of functions with the same texts: integers of up to 8 bytes, and quantities of 9 and more.
 #define FIXO(N)                                                                                              \
     Conversao {                                                                                              \
         _ato##N, [](char *texto, const void *origem) { _##N##toafixo(texto, origem, 0); }                    \
@@ -104,6 +112,7 @@ struct Conversao {
         BINQ##N##_atob, BINQ##N##_btoa                                                                       \
     }
 
+// Entry N - 1 converts N bytes.
 constexpr Conversao tabelaDeConversao[] = {FIXO(1),  FIXO(2),  FIXO(3),  FIXO(4),  FIXO(5),  FIXO(6),
                                            FIXO(7),  FIXO(8),  BINQ(9),  BINQ(10), BINQ(11), BINQ(12),
                                            BINQ(13), BINQ(14), BINQ(15), BINQ(16), BINQ(17), BINQ(18)};
@@ -136,6 +145,8 @@ void gravaNumero(const char *tipo, const Pramo_Variavel &variavel, YNo *elemento
 
 // ---- bin: the place of the point in what was read is recorded ----
 
+// Without a point the count of what stands behind it keeps its value.
+
 void contaCaracteres(Pramo_Variavel &variavel, std::string_view texto) {
     const std::size_t ponto = texto.find('.');
     if (ponto == std::string_view::npos) {
@@ -148,6 +159,7 @@ void contaCaracteres(Pramo_Variavel &variavel, std::string_view texto) {
 
 void leBin(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
     const char *texto = YNo_getValor(elemento);
+    // Before the conversion, so also of a text that it refuses.
     contaCaracteres(*variavel, texto != nullptr ? texto : "");
     leNumero(*variavel, texto);
 }
@@ -157,6 +169,8 @@ void gravaBin(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemen
 }
 
 // ---- id, and the same as a password ----
+
+// A response carries a password like any number: the application wipes what is not to go back.
 
 void leId(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
     leNumero(*variavel, YNo_getValor(elemento));
@@ -173,6 +187,7 @@ void gravaSenha(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elem
 // ---- qtde3: the last three digits are decimals ----
 
 void leQtde3(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    // The conversion ignores points among digits; without them a text of points alone is empty, which is 0.
     const Ponteiro<char> semPontos(YduplicaString(YNo_getValor(elemento)));
     if (char *texto = semPontos) {
         *std::remove(texto, texto + std::strlen(texto), '.') = 0;
@@ -181,12 +196,11 @@ void leQtde3(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *element
 }
 
 // "12345 " becomes "12.345": the point goes before the last three digits, and the blank behind them leaves.
+// A number's text has four digits at least, so that one always stands before the point.
 void poePonto(char *texto) {
     const std::size_t tamanho = std::strlen(texto);
-    if (tamanho > 3) {
-        std::memmove(texto + tamanho - 3, texto + tamanho - 4, 3);
-        texto[tamanho - 4] = '.';
-    }
+    std::memmove(texto + tamanho - 3, texto + tamanho - 4, 3);
+    texto[tamanho - 4] = '.';
 }
 
 void gravaQtde3(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
@@ -219,7 +233,8 @@ void gravaData(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *eleme
     });
 }
 
-/// The end of the integer at the start of the text, the start itself when there is none.
+/// The end of the integer at the start of the text, the start itself when there is none: as strtol finds it,
+/// but in every locale.
 const char *fimDoInteiro(const char *texto) {
     const char *c = texto;
     while (ehBranco(*c)) {
@@ -241,6 +256,7 @@ void leHora(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento
     if (*doisPontos != ':') {
         lanca(YExcSoap_rtti, "Conteúdo de hora mal formado."_l1, FONTE);
     }
+    // Whatever was sent, the low 16 bits of the sum are kept: unsigned, so that it may go round.
     const auto horas = static_cast<std::uint64_t>(atoy64(texto));
     const auto minutos = static_cast<std::uint64_t>(atoy64(doisPontos + 1));
     const auto hora = static_cast<std::uint16_t>(horas * 100 + minutos);
@@ -250,7 +266,7 @@ void leHora(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento
 void gravaHora(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
     std::uint16_t hora = 0;
     std::memcpy(&hora, variavel->endereco, sizeof hora);
-    char texto[sizeof "655:99"];
+    char texto[sizeof "655:99"]; // the longest, from 65535 down to 65500
     std::snprintf(texto, sizeof texto, "%02d:%02d", hora / 100, hora % 100);
     gravaValor(elemento, "hora", [&](YNo *valor) { YNo_setValor(valor, texto); });
 }
@@ -273,6 +289,7 @@ void leTexto(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *element
 void gravaTexto(const char *tipo, const Pramo_Variavel &variavel, YNo *elemento) {
     gravaValor(elemento, tipo, [&](YNo *valor) {
         const auto *texto = static_cast<const char *>(variavel.endereco);
+        // A text that fills its bytes has no zero behind it, so it is written from a copy that has one.
         const Ponteiro<char> copia(YduplicaStringTam(texto, strnlen(texto, variavel.tamanho)));
         YNo_setValor(valor, copia);
     });

@@ -1,3 +1,6 @@
+// A field of a form: its settings, and the elements of a request and a response that it is read from and
+// written to. The value itself is the type's to convert. All fields are zero at first; the set of peripherals
+// and the list of options are made when something goes into them.
 #include <3pramo/forms/Pramo_Variavel.h>
 
 #include <3pramo/foundation/YVetor_interno.hpp>
@@ -24,7 +27,8 @@ void destroi(void *objeto) {
     YliberaMemoria(variavel->titulo);
     YliberaMemoria(variavel->descricao);
     YliberaMemoria(variavel->opcaoEscolhida);
-    YliberaObjeto(variavel->perifericos);
+    YliberaObjeto(variavel->perifericos); // the set alone: peripherals are nobody's
+    // Options are no objects, so their list cannot free them.
     for (void *opcao : opcoesDe(*variavel)) {
         liberaOpcao(static_cast<Opcao *>(opcao));
     }
@@ -41,6 +45,8 @@ const YRtti *Pramo_Variavel_rtti(void) {
 }
 
 // ---- Fields ----
+
+// One row below is the setter and the getter of one field: CAMPO stores the value, TEXTO a copy.
 
 #define CAMPO(Nome, campo, tipo)                                                                             \
     void Pramo_Variavel_set##Nome(Pramo_Variavel *variavel, tipo valor) {                                    \
@@ -101,6 +107,7 @@ void Pramo_Variavel_incluiPeriferico(Pramo_Variavel *variavel, Pramo_Periferico 
 }
 
 void Pramo_Variavel_incluiPerifericos(Pramo_Variavel *variavel, const YSet *perifericos) {
+    // A set that grows while it is walked would move under the iterator; into itself there is nothing to add.
     YSet *todos = garantePerifericos(*variavel);
     if (perifericos == nullptr || perifericos == todos) {
         return;
@@ -114,6 +121,7 @@ void Pramo_Variavel_acrescentaOpcao(Pramo_Variavel *variavel, const char *chave,
     if (variavel->opcoes == nullptr) {
         variavel->opcoes = cria<YVetor>(YVetor_rtti, FONTE).release();
     }
+    // Each text has an owner until the option has both, and the option one until the list has it.
     Ponteiro<char> copiaDaChave(YduplicaString(chave));
     Ponteiro<char> copiaDoTexto(YduplicaString(texto));
     auto *opcao = static_cast<Opcao *>(YalocaMemoria_debug(sizeof(Opcao), FONTE, __LINE__));
@@ -129,6 +137,7 @@ void Pramo_Variavel_acrescentaOpcao(Pramo_Variavel *variavel, const char *chave,
 // ---- Exchange ----
 
 void Pramo_Variavel_leDeYNo(Pramo_Variavel *variavel, const YNo *elemento) {
+    // The value comes last: of an answer that its type refuses, peripheral and option are recorded.
     variavel->perifericoUtilizado = Pramo_Periferico_getPeriferico(YNo_getAtributo(elemento, "periferico"));
     trocaTexto(variavel->opcaoEscolhida, YNo_getAtributo(elemento, "opcao"));
     Pramo_Tipo_leDeYNo(variavel->tipo, variavel, elemento);
@@ -136,6 +145,7 @@ void Pramo_Variavel_leDeYNo(Pramo_Variavel *variavel, const YNo *elemento) {
 
 void Pramo_Variavel_gravaEmYNo(const Pramo_Variavel *variavel, YNo *elemento) {
     const auto sinal = [](int32_t valor) { return valor != 0 ? "true" : "false"; };
+    // The order of children and attributes is part of what travels.
     Pramo_Tipo_gravaEmYNo(variavel->tipo, variavel, elemento);
     YNo_setAtributo(elemento, "somenteLeitura", sinal(variavel->somenteLeitura));
     YNo_setAtributo(elemento, "requerValidacao", sinal(variavel->requerValidacao));
