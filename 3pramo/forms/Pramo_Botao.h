@@ -17,7 +17,8 @@ typedef struct Pramo_Botao Pramo_Botao;
 Y_EXPORTA extern const YRtti Pramo_Botao_definicaoRtti;
 Y_EXPORTA const YRtti *Pramo_Botao_rtti(void);
 
-/* The title, copied; null for none. The text returned is valid until the next set. */
+/* The title that the client shows, copied; null for none.
+ * Lives: until the next set. */
 Y_EXPORTA void Pramo_Botao_setTitulo(Pramo_Botao *botao, const char *titulo);
 Y_EXPORTA const char *Pramo_Botao_getTitulo(const Pramo_Botao *botao);
 

@@ -1,7 +1,10 @@
-/* What the named things of a form have in common: a name, and a module and a line number that the application
- * may attach to them. Texts are copied in; a text that is returned belongs to the entity and is valid until
- * that field is set again or the entity is freed. Belongs to one thread at a time. Setters raise YExc
- * "Memória insuficiente." and then change nothing. */
+/* What the named things of a form have in common: a name, and a module and a line number that
+ * the application may attach to them.
+ *
+ * Raises: setters, YExc "Memória insuficiente.", and then change nothing.
+ * Owns: the entity owns its texts, which are copied in.
+ * Lives: a text that is returned, until that field is set again or the entity freed.
+ * Threads: one at a time. */
 #ifndef Y3PRAMO_FORMS_PRAMO_ENTIDADE_H
 #define Y3PRAMO_FORMS_PRAMO_ENTIDADE_H
 
@@ -12,8 +15,8 @@ Y_INICIO_C
 /* Read the fields freely; change them through the functions. */
 Y_CLASSE(Pramo_Entidade, YOb) {
     Y_PAI(YOb)
-    char *nome;   /* a field's name, the operation that a button opens, a peripheral's name; null at first */
-    char *modulo; /* the application's; null at first */
+    char *nome;            /* of the field, the peripheral or, of a button, the operation; null at first */
+    char *modulo;          /* the application's; null at first */
     int32_t numeroDaLinha; /* the application's; 0 at first */
     int32_t nomeFixo;      /* private */
 };
@@ -23,8 +26,8 @@ typedef struct Pramo_Entidade Pramo_Entidade;
 Y_EXPORTA extern const YRtti Pramo_Entidade_definicaoRtti;
 Y_EXPORTA const YRtti *Pramo_Entidade_rtti(void);
 
-/* The name; null for none. Setting it does nothing to one of the six peripherals, whose names are constant.
- */
+/* The name; null for none. Setting it does nothing to one of the six peripherals: theirs are
+ * constant. */
 Y_EXPORTA void Pramo_Entidade_setNome(Pramo_Entidade *entidade, const char *nome);
 Y_EXPORTA const char *Pramo_Entidade_getNome(const Pramo_Entidade *entidade);
 

@@ -1,23 +1,21 @@
 /* A form that an application conducts with a client over SOAP calls.
  *
- * An application derives its operation's class from Pramo_Operacao and makes variables, bound to its own
- * memory, and buttons. A method handler loads the client's answers from the request, has `trataCampos` look
- * at them, and writes the next form into the response:
+ * An application derives its operation's class from Pramo_Operacao and makes variables, bound to
+ * its own memory, and buttons. It marks the variables that the client is to see or fill
+ * (Pramo_Variavel_marcaUsada); the response carries exactly those. The request brings fields
+ * back by name, and loading a field takes its mark off. A method handler is three calls:
  *
- *     Pramo_Operacao_carregaDaRequisicao(operacao, requisicao);
- *     Pramo_Operacao_trataCampos(operacao);
- *     Pramo_Operacao_descarregaNaResposta(operacao, resposta);
+ *     Pramo_Operacao_carregaDaRequisicao(operacao, requisicao);   the client's answers into memory
+ *     Pramo_Operacao_trataCampos(operacao);                       the application looks at them
+ *     Pramo_Operacao_descarregaNaResposta(operacao, resposta);    the next form
  *
- * The application marks the variables that the client is to see or fill (Pramo_Variavel_marcaUsada); the
- * response carries exactly those. The request brings fields back by name, and loading a field takes its mark
- * off.
+ * What fields hold may be secret: no exception quotes it, and of a request or response with a
+ * form the log of SOAP bodies (Y_LOG_CORPO) has nothing but the tags.
  *
- * What fields hold may be secret: no exception quotes it, and of a request or response with a form the log of
- * SOAP bodies (Y_LOG_CORPO) has nothing but the tags.
- *
- * The operation owns its variables, buttons and texts. It belongs to one thread at a time; only
- * esperaCondicao and sinalizaCondicao may be called from any thread while it lives. Whatever makes something
- * raises YExc "Memória insuficiente.". */
+ * Raises: whatever makes something, YExc "Memória insuficiente.".
+ * Owns: the operation owns its variables, buttons and texts.
+ * Threads: one at a time; only esperaCondicao and sinalizaCondicao may be called from any thread
+ *   while it lives. */
 #ifndef Y3PRAMO_FORMS_PRAMO_OPERACAO_H
 #define Y3PRAMO_FORMS_PRAMO_OPERACAO_H
 
@@ -39,7 +37,7 @@ Y_CLASSE(Pramo_Operacao, YOb) {
     YVetor *botoes;               /* YVetorQueDestroi of Pramo_Botao, in the order made */
     Pramo_Variavel *foco;         /* null or one of the variables */
     YMapa *mensagens;             /* the recorded messages, keys without value */
-    uint8_t *areaPreAlocada;      /* PRAMO_AREA_PRE_ALOCADA bytes and two spare ones; null until needed */
+    uint8_t *areaPreAlocada;      /* PRAMO_AREA_PRE_ALOCADA bytes, two spare; null until needed */
     uint64_t areaOcupada;         /* bytes of it handed out */
     YSet *perifericosHabilitados; /* given to every variable made from now on */
     void *sincronizacao;          /* private; null until the first wait */
@@ -62,93 +60,113 @@ Y_EXPORTA const YRtti *Pramo_Operacao_rtti(void);
 
 /* ---- The form ---- */
 
-/* The variable of this name: the one that exists, unchanged, or else a new one with copies of the name, the
- * type, `tamanho` bytes at `endereco`, and the peripherals enabled now. The memory must outlive the variable.
- * With a null address the variable gets the next `tamanho` bytes of the operation's own area, not aligned,
- * zero at first; after Pramo_Operacao_clear the area is given out again from its start, with the bytes that
- * were left there. Raises YExcSoap "Nova variável da operação não coube na área pré-alocada." when they do
- * not fit in what is left of PRAMO_AREA_PRE_ALOCADA bytes; nothing has changed then. */
-Y_EXPORTA Pramo_Variavel *Pramo_Operacao_criaVariavel(Pramo_Operacao *operacao, const char *nome,
-                                                      Pramo_Tipo *tipo, void *endereco, uint64_t tamanho);
-
-/* A new button, after the others, that opens the operation of this name; both texts are copied. */
-Y_EXPORTA Pramo_Botao *Pramo_Operacao_criaBotao(Pramo_Operacao *operacao, const char *nome,
-                                                const char *titulo);
-
-/* The variable of exactly this name, which belongs to the operation; null when there is none. */
-Y_EXPORTA Pramo_Variavel *Pramo_Operacao_recuperaVariavel(const Pramo_Operacao *operacao, const char *nome);
-
-/* The same, but raises YExc "Variável desconhecida." when there is none. */
-Y_EXPORTA Pramo_Variavel *Pramo_Operacao_getVariavel(const Pramo_Operacao *operacao, const char *nome);
-
-/* Gives the focus to a variable of this operation, or with null to none. */
-Y_EXPORTA void Pramo_Operacao_focaEm(Pramo_Operacao *operacao, Pramo_Variavel *variavel);
-
-/* The title, copied; null for none; valid until the next set. The application's: no response carries it. */
+/* The title, copied; null for none. The application's: no response carries it.
+ * Lives: until the next set. */
 Y_EXPORTA void Pramo_Operacao_setTitulo(Pramo_Operacao *operacao, const char *titulo);
 Y_EXPORTA const char *Pramo_Operacao_getTitulo(const Pramo_Operacao *operacao);
 
 /* Enables a peripheral for the variables made from now on; null disables all. */
 Y_EXPORTA void Pramo_Operacao_habilitaPeriferico(Pramo_Operacao *operacao, Pramo_Periferico *periferico);
 
-/* Frees all variables and buttons, drops the focus, forgets the messages and gives the area out from its
- * start again. Title, enabled peripherals, answers to popups, strictness and whoever waits stay. */
+/* Makes a variable, unless one of this name exists: that one stays as it is.
+ *
+ * With a null address the variable gets the next `tamanho` bytes of the operation's own area, not
+ * aligned, zero at first; after Pramo_Operacao_clear the area is given out again from its start,
+ * with the bytes that were left there.
+ * Gives: the variable of this name, with the peripherals enabled now when it is new.
+ * Raises: YExcSoap "Nova variável da operação não coube na área pré-alocada." when they do not
+ *   fit in what is left of PRAMO_AREA_PRE_ALOCADA bytes; nothing has changed then.
+ * Owns: the operation, the variable and a copy of the name; the application, the type and the
+ *   memory, which must both outlive the variable. */
+Y_EXPORTA Pramo_Variavel *Pramo_Operacao_criaVariavel(Pramo_Operacao *operacao, const char *nome,
+                                                      Pramo_Tipo *tipo, void *endereco, uint64_t tamanho);
+
+/* Looks the variable of exactly this name up.
+ * Gives: the operation's variable; null when there is none. */
+Y_EXPORTA Pramo_Variavel *Pramo_Operacao_recuperaVariavel(const Pramo_Operacao *operacao, const char *nome);
+
+/* Looks the variable of exactly this name up, which must be there.
+ * Raises: YExc "Variável desconhecida." when it is not. */
+Y_EXPORTA Pramo_Variavel *Pramo_Operacao_getVariavel(const Pramo_Operacao *operacao, const char *nome);
+
+/* Gives the focus to a variable of this operation, or with null to none. */
+Y_EXPORTA void Pramo_Operacao_focaEm(Pramo_Operacao *operacao, Pramo_Variavel *variavel);
+
+/* Makes a button, after the others, that opens the operation of this name.
+ * Owns: the operation, the button and copies of both texts. */
+Y_EXPORTA Pramo_Botao *Pramo_Operacao_criaBotao(Pramo_Operacao *operacao, const char *nome,
+                                                const char *titulo);
+
+/* Frees all variables and buttons, drops the focus, forgets the messages and gives the area out
+ * from its start again. Title, enabled peripherals, answers to popups, strictness and whoever
+ * waits stay. */
 Y_EXPORTA void Pramo_Operacao_clear(Pramo_Operacao *operacao);
 
 /* ---- Messages and answers ---- */
 
-/* Records a message, once; 1 when it is recorded, else 0. Null is no message. */
+/* Records a message, once; null is no message.
+ * Gives: temMensagem 1 when it is recorded, else 0. */
 Y_EXPORTA void Pramo_Operacao_guardaMensagem(Pramo_Operacao *operacao, const char *mensagem);
 Y_EXPORTA int32_t Pramo_Operacao_temMensagem(const Pramo_Operacao *operacao, const char *mensagem);
 
-/* The answer to a popup under its key, copied, replacing an earlier one; null when there is none. A null key
- * or answer is not stored. The text returned is valid until that key is set again. */
+/* The answer to a popup under its key, both copied, replacing an earlier one; a null key or
+ * answer is not stored.
+ * Gives: the answer; null when there is none.
+ * Lives: until that key is set again. */
 Y_EXPORTA void Pramo_Operacao_setRespostaDoPopup(Pramo_Operacao *operacao, const char *chave,
                                                  const char *resposta);
 Y_EXPORTA const char *Pramo_Operacao_getRespostaDoPopup(const Pramo_Operacao *operacao, const char *chave);
 
 /* ---- Exchange ---- */
 
-/* Loads the fields below the element of a request: each child "campo" is read into the variable that its
- * attribute "nome" names (Pramo_Variavel_leDeYNo), whose mark then goes; other children are skipped. A null
- * element has no children. Raises YExcSoap "Faltou atributo nome na tag campo.", "Não existe o campo "NAME"."
- * and what the field's type raises; the fields before it stay loaded and unmarked, the ones after it are not
- * touched. */
+/* Loads the fields below the element of a request: each child "campo" is read into the variable
+ * that its attribute "nome" names (Pramo_Variavel_leDeYNo), whose mark then goes. Other children
+ * are skipped; a null element has none.
+ * Raises: YExcSoap "Faltou atributo nome na tag campo.", "Não existe o campo "NAME"." and what
+ *   the field's type raises; the fields before it stay loaded and unmarked, the ones after it
+ *   are not touched. */
 Y_EXPORTA void Pramo_Operacao_carregaDaRequisicao(Pramo_Operacao *operacao, const YNo *elemento);
 
-/* With nonzero, loading takes the fields of a request all or not at all, so that a client can correct what
- * was refused. It first looks at all of them, and raises YExcSoap for one that is nameless or unknown, as
- * above, and
+/* With nonzero, loading takes the fields of a request all or not at all, so that a client can
+ * correct what was refused; with 0, as at first, every field that names a variable is stored.
+ *
+ * Strict loading first looks at all fields, then loads them. Whatever is raised, also by a type of
+ * the application, these are again what they were: every variable's memory (the bytes that
+ * Pramo_Tipo.h says a type touches, copied as they are), its mark and what is recorded of the
+ * client's answer. The peripheral that a field names is the application's to check.
+ * Raises, looking: YExcSoap for a field that is nameless or unknown, as above, and
  * - "campo: NAME. O campo "NAME" não foi oferecido." for one that is not marked,
  * - "campo: NAME. O campo "NAME" é somente para leitura.",
  * - "campo: NAME. O campo "NAME" veio duas vezes.",
- * - "campo: NAME. A opção escolhida não existe no campo "NAME"." for an attribute "opcao" that is no key of
- * its options. Then it loads them; what a type raises becomes YExcSoap with "campo: NAME. " in front.
- * Whatever is raised, also by a type of the application: every variable's memory (the bytes that Pramo_Tipo.h
- * says a type touches, copied as they are), its mark and what is recorded of the client's answer are again
- * what they were. The peripheral that a field names is the application's to check. With 0, as at first, every
- * field that names a variable is stored. */
+ * - "campo: NAME. A opção escolhida não existe no campo "NAME"." for an attribute "opcao" that
+ *   is no key of its options.
+ * Raises, loading: what a type raises, as YExcSoap with "campo: NAME. " in front. */
 Y_EXPORTA void Pramo_Operacao_setCargaEstrita(Pramo_Operacao *operacao, int32_t estrita);
 Y_EXPORTA int32_t Pramo_Operacao_getCargaEstrita(const Pramo_Operacao *operacao);
 
 /* Calls the trataCampos slot of the operation's class. */
 Y_EXPORTA void Pramo_Operacao_trataCampos(Pramo_Operacao *operacao);
 
-/* Appends the form to an element of a response: for each marked variable, in the order made, an element
- * "campo" with its description in "descricao", if it has one, its name in the attribute "nome", "estilo" =
- * "CampoSenha" and what Pramo_Variavel_gravaEmYNo writes, followed, if it has the focus, by an element
- * "focado" with its name; then for each button an element "botao" with the attributes "nomeDaOperacao",
- * "titulo" and "estilo" = "BotaoAbertura"; last an element "estilo" with "DialogoPadrao". Marks stay. Raises
- * what a type raises; what was written then stays. */
+/* Appends the form to an element of a response; marks stay:
+ * - for each marked variable, in the order made, an element "campo" with its description in
+ *   "descricao", if it has one, its name in the attribute "nome", "estilo" = "CampoSenha" and
+ *   what Pramo_Variavel_gravaEmYNo writes; if it has the focus, then an element "focado" with
+ *   its name;
+ * - for each button an element "botao" with the attributes "nomeDaOperacao", "titulo" and
+ *   "estilo" = "BotaoAbertura";
+ * - last an element "estilo" with "DialogoPadrao".
+ * Raises: what a type raises; what was written then stays. */
 Y_EXPORTA void Pramo_Operacao_descarregaNaResposta(const Pramo_Operacao *operacao, YNo *elemento);
 
 /* ---- Waiting for each other ---- */
 
-/* Blocks until another thread calls sinalizaCondicao, without a limit. */
+/* Blocks until another thread calls sinalizaCondicao, without a limit.
+ * Threads: any, while the operation lives. */
 Y_EXPORTA void Pramo_Operacao_esperaCondicao(Pramo_Operacao *operacao);
 
-/* Wakes every thread that waits at this moment. It is not remembered: who waits later waits for the next one.
- */
+/* Wakes every thread that waits at this moment. It is not remembered: who waits later waits for
+ * the next one.
+ * Threads: any, while the operation lives. */
 Y_EXPORTA void Pramo_Operacao_sinalizaCondicao(Pramo_Operacao *operacao);
 
 Y_FIM_C

@@ -1,5 +1,5 @@
-// The six peripherals. All threads share them without a lock: nothing of them changes after the start but the
-// application's number, which is read and written as an atomic.
+// The six peripherals. All threads share them without a lock: only the application's number changes here, and
+// that is read and written as an atomic.
 #include <3pramo/forms/Pramo_Periferico.h>
 
 #include <array>

@@ -1,5 +1,8 @@
-/* The input devices through which a client fills a field. There are six, each one object that is there from
- * the start, is never freed and raises nothing. They travel by name. Any thread may use them. */
+/* The input devices through which a client fills a field; they travel by name.
+ *
+ * There are six, each one object that is there from the start and never freed. Their functions
+ * raise nothing.
+ * Threads: any. */
 #ifndef Y3PRAMO_FORMS_PRAMO_PERIFERICO_H
 #define Y3PRAMO_FORMS_PRAMO_PERIFERICO_H
 
@@ -18,8 +21,8 @@ typedef struct Pramo_Periferico Pramo_Periferico;
 Y_EXPORTA extern const YRtti Pramo_Periferico_definicaoRtti;
 Y_EXPORTA const YRtti *Pramo_Periferico_rtti(void);
 
-/* The peripherals. Each is named after its function, "TECLADO" to "TOUCH"; the codes are 1, 2, 4, 8, 16
- * and 32. */
+/* The six. The name of each is that of its function, "TECLADO" to "TOUCH"; the codes are 1, 2,
+ * 4, 8, 16 and 32. */
 Y_EXPORTA Pramo_Periferico *Pramo_Periferico_getTECLADO(void);   /* keyboard */
 Y_EXPORTA Pramo_Periferico *Pramo_Periferico_getCMC7(void);      /* reader of the CMC-7 line of cheques */
 Y_EXPORTA Pramo_Periferico *Pramo_Periferico_getMAGNETICO(void); /* magnetic stripe card reader */
@@ -27,13 +30,14 @@ Y_EXPORTA Pramo_Periferico *Pramo_Periferico_getOPTICO(void);    /* optical read
 Y_EXPORTA Pramo_Periferico *Pramo_Periferico_getPIN(void);       /* PIN pad */
 Y_EXPORTA Pramo_Periferico *Pramo_Periferico_getTOUCH(void);     /* touch screen */
 
-/* The peripheral whose name is exactly the text; null for any other text and for null. */
+/* Looks a peripheral up by its exact name.
+ * Gives: the peripheral; null for any other text and for null. */
 Y_EXPORTA Pramo_Periferico *Pramo_Periferico_getPeriferico(const char *nome);
 
-/* The peripheral's code. Its name is read with Pramo_Entidade_getNome. */
+/* The code. The name is read with Pramo_Entidade_getNome. */
 Y_EXPORTA int32_t Pramo_Periferico_getCodigo(const Pramo_Periferico *periferico);
 
-/* A number of the application's, 0 until it sets one. The whole process shares it. */
+/* A number of the application's, 0 at first; the whole process shares it. */
 Y_EXPORTA void Pramo_Periferico_setFinalizadora(Pramo_Periferico *periferico, int32_t finalizadora);
 Y_EXPORTA int32_t Pramo_Periferico_getFinalizadora(const Pramo_Periferico *periferico);
 

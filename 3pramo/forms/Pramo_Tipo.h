@@ -1,29 +1,36 @@
-/* Field types: how a variable's bytes in the application's memory become the text of an XML element, and
- * back.
+/* Field types: how a variable's bytes in the application's memory become the text of an XML
+ * element, and back.
  *
- * A type touches N = `tamanho` bytes at the variable's `endereco`, dates and times always two; the address
- * need not be aligned. What raises stores nothing, and no exception holds the text that was refused. The
- * library's eight types are objects that are there from the start and are never freed; they hold nothing, and
- * any thread may use them, on different variables at the same time. By their names in the attribute "tipo":
+ * A type touches N = `tamanho` bytes at the variable's `endereco`, dates and times always two;
+ * the address need not be aligned. What raises stores nothing, and no exception holds the text
+ * that was refused.
  *
- *     bin, id, senha    a number of N bytes: "0005 ". Points in the text are ignored; `bin` records how
- *                       many characters stand before and after the first (the latter only if there is one)
+ * The library's eight types are objects that are there from the start and never freed. They hold
+ * nothing: any thread may use them, on different variables at the same time. By their names in
+ * the attribute "tipo":
+ *
+ *     bin, id, senha    a number of N bytes: "0005 ". Points in the text are ignored; `bin` records
+ *                       how many characters stand before and after the first (the latter only if
+ *                       there is one)
  *     qtde3             a number of N bytes whose last three digits are decimals: "0.005"
  *     data              a packed date (DATAC.h): "2024-03-05"
  *     hora              hours * 100 + minutes in 16 bits of the machine's byte order: "09:05"
- *     autorizacao,      a text of N bytes at most, without a terminating zero when it has them all: a longer
- *     escolhaMultipla   one is cut, a shorter one filled up with zeros
+ *     autorizacao,      a text of N bytes at most, without a terminating zero when it has them all:
+ *     escolhaMultipla   a longer one is cut, a shorter one filled up with zeros
  *
- * Numbers have 1 to 18 bytes, signed, least significant first, and the texts of YNumeros.h; no content is 0.
- * Reading raises YExcSoap with that header's messages; reading and writing raise YExc "Tamanho não
- * suportado." for another N.
+ * Numbers have 1 to 18 bytes, signed, least significant first, and the texts of YNumeros.h; no
+ * content is 0.
+ * Raises: reading, YExcSoap with that header's messages; both ways, YExc "Tamanho não suportado."
+ *   for another N.
  *
- * Reading a date raises YExcSoap "DateTime inválido." (YNo_getDateY) and "Data posterior a 2107.", writing
- * one YExc "Data compactada inválida.".
+ * Dates are read and written as YNo_getDateY and YNo_setDateY do.
+ * Raises: reading, YExcSoap "DateTime inválido." and "Data posterior a 2107."; writing, YExc "Data
+ *   compactada inválida.".
  *
- * Hours and minutes are read as white space, a sign and digits; digits may be missing, and what follows the
- * minutes is ignored. Nothing is out of range: the low 16 bits are kept. Reading raises YExcSoap "Conteúdo de
- * hora mal formado." without a ":" right after the hours, and without content. */
+ * Hours and minutes are read as white space, a sign and digits; digits may be missing, and what
+ * follows the minutes is ignored. Nothing is out of range: the low 16 bits are kept.
+ * Raises: reading, YExcSoap "Conteúdo de hora mal formado." without a ":" right after the hours,
+ *   and without content. */
 #ifndef Y3PRAMO_FORMS_PRAMO_TIPO_H
 #define Y3PRAMO_FORMS_PRAMO_TIPO_H
 
@@ -33,8 +40,8 @@ Y_INICIO_C
 
 struct Pramo_Variavel;
 
-/* A type of your own derives from it, fills both slots and is made with YalocaObjeto; it must outlive its
- * variables. */
+/* A type of your own derives from it, fills both slots and is made with YalocaObjeto.
+ * Lives: longer than its variables. */
 Y_CLASSE(Pramo_Tipo, YOb) {
     Y_PAI(YOb)
 };
@@ -45,14 +52,15 @@ typedef struct Pramo_Tipo Pramo_Tipo;
 typedef struct Pramo_Tipo_Rtti {
     YRtti rtti;
 
-    /* Reads the element's content into the variable's memory, or raises and stores nothing. What it raises
-     * reaches the client and maybe a log: it should not quote the content. Strict loading
-     * (Pramo_Operacao_setCargaEstrita) may put the bytes back that stood there before: what owns something
-     * else does not belong there. */
+    /* Reads the element's content into the variable's memory.
+     * Raises: what the type likes, and then stores nothing. It reaches the client and maybe a
+     *   log, so it should not quote the content.
+     * Owns: the bytes must own nothing, for strict loading (Pramo_Operacao_setCargaEstrita) may
+     *   put those back that stood there before. */
     void (*leDeYNo)(Pramo_Tipo *tipo, struct Pramo_Variavel *variavel, const YNo *elemento);
 
-    /* Appends a child "valor" with the value's text to the element, and names the type in its attribute
-     * "tipo". */
+    /* Appends a child "valor" with the value's text, and names the type in the element's
+     * attribute "tipo". */
     void (*gravaEmYNo)(Pramo_Tipo *tipo, const struct Pramo_Variavel *variavel, YNo *elemento);
 } Pramo_Tipo_Rtti;
 
@@ -60,7 +68,7 @@ typedef struct Pramo_Tipo_Rtti {
 Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_Tipo_definicaoRtti;
 Y_EXPORTA const YRtti *Pramo_Tipo_rtti(void);
 
-/* Call the slots of the type's class. */
+/* Call the slots of the type's class; raise what they raise. */
 Y_EXPORTA void Pramo_Tipo_leDeYNo(Pramo_Tipo *tipo, struct Pramo_Variavel *variavel, const YNo *elemento);
 Y_EXPORTA void Pramo_Tipo_gravaEmYNo(Pramo_Tipo *tipo, const struct Pramo_Variavel *variavel, YNo *elemento);
 

@@ -1,11 +1,12 @@
-/* A field of a form: bound to the application's memory, of a field type that turns that memory into text and
- * back (Pramo_Tipo.h), with what the client needs to present it and, once the client has answered, how it
- * did.
+/* A field of a form: bound to the application's memory, of a field type that turns that memory
+ * into text and back (Pramo_Tipo.h), with what the client needs to present it and, once the
+ * client has answered, how it did. Its name is that of the entity (Pramo_Entidade.h).
  *
- * Pramo_Operacao_criaVariavel makes variables, and the operation owns them; a variable belongs to one thread
- * at a time. Its name is that of the entity (Pramo_Entidade.h). Texts are copied in, so a text may be set
- * from the variable's own; one that is returned is valid until that field is set again or the variable is
- * freed. Setters raise YExc "Memória insuficiente." and then change nothing. */
+ * Raises: setters, YExc "Memória insuficiente.", and then change nothing.
+ * Owns: the operation owns its variables (Pramo_Operacao_criaVariavel). Texts are copied in, so a
+ *   text may be set from the variable's own.
+ * Lives: a text that is returned, until that field is set again or the variable freed.
+ * Threads: one at a time. */
 #ifndef Y3PRAMO_FORMS_PRAMO_VARIAVEL_H
 #define Y3PRAMO_FORMS_PRAMO_VARIAVEL_H
 
@@ -32,8 +33,8 @@ Y_CLASSE(Pramo_Variavel, Pramo_Entidade) {
     int32_t requerValidacao; /* what is put in needs validation */
     char *titulo;
     char *descricao;
-    YSet *perifericos;                     /* those that may fill the field; the set is owned, they are not */
-    Pramo_Periferico *perifericoUtilizado; /* what the client filled the field with; null when unknown */
+    YSet *perifericos;                     /* that may fill the field; the set alone is owned */
+    Pramo_Periferico *perifericoUtilizado; /* that the client used; null when unknown */
     uint64_t caracteresAntesDaVirgula;     /* of the last text that the type `bin` read */
     uint64_t caracteresDepoisDaVirgula;
     int32_t usada;        /* the field goes into the next response */
@@ -48,13 +49,14 @@ Y_EXPORTA const YRtti *Pramo_Variavel_rtti(void);
 
 /* ---- Storage ---- */
 
-/* The field type, which must outlive the variable; it is required before the variable is loaded or written.
- */
+/* The field type; required before the variable is loaded or written.
+ * Owns: the application. It must outlive the variable. */
 Y_EXPORTA void Pramo_Variavel_setTipo(Pramo_Variavel *variavel, Pramo_Tipo *tipo);
 Y_EXPORTA Pramo_Tipo *Pramo_Variavel_getTipo(const Pramo_Variavel *variavel);
 
-/* Where the value stands, aligned or not, and how many bytes it has there. The memory must outlive the
- * variable; the type says how much of it is used. */
+/* Where the value stands, aligned or not, and how many bytes it has there; the type says how
+ * much of it is used.
+ * Owns: the application. The memory must outlive the variable. */
 Y_EXPORTA void Pramo_Variavel_setEndereco(Pramo_Variavel *variavel, void *endereco);
 Y_EXPORTA void *Pramo_Variavel_getEndereco(const Pramo_Variavel *variavel);
 Y_EXPORTA void Pramo_Variavel_setTamanho(Pramo_Variavel *variavel, uint64_t tamanho);
@@ -62,30 +64,31 @@ Y_EXPORTA uint64_t Pramo_Variavel_getTamanho(const Pramo_Variavel *variavel);
 
 /* ---- Presentation ---- */
 
-/* Flags: nonzero is written as "true". Only a strict operation refuses what comes back for a read-only field
- * (Pramo_Operacao_setCargaEstrita). */
+/* Flags, written as "true" when they are nonzero. Only a strict operation refuses what comes
+ * back for a read-only field (Pramo_Operacao_setCargaEstrita). */
 Y_EXPORTA void Pramo_Variavel_setSomenteLeitura(Pramo_Variavel *variavel, int32_t somenteLeitura);
 Y_EXPORTA int32_t Pramo_Variavel_getSomenteLeitura(const Pramo_Variavel *variavel);
 Y_EXPORTA void Pramo_Variavel_setRequerValidacao(Pramo_Variavel *variavel, int32_t requerValidacao);
 Y_EXPORTA int32_t Pramo_Variavel_getRequerValidacao(const Pramo_Variavel *variavel);
 
-/* Title and description; null for none, which then is not written. */
+/* Title and description; null for none, which is not written. */
 Y_EXPORTA void Pramo_Variavel_setTitulo(Pramo_Variavel *variavel, const char *titulo);
 Y_EXPORTA const char *Pramo_Variavel_getTitulo(const Pramo_Variavel *variavel);
 Y_EXPORTA void Pramo_Variavel_setDescricao(Pramo_Variavel *variavel, const char *descricao);
 Y_EXPORTA const char *Pramo_Variavel_getDescricao(const Pramo_Variavel *variavel);
 
-/* Adds one peripheral, or all of a set, to those that may fill the field; one that is there already stays
- * once. Null, as the peripheral, in the set or as the set, adds none. */
+/* Adds one peripheral, or all of a set, to those that may fill the field; one that is there
+ * stays once. Null adds none, as the peripheral, in the set or as the set. */
 Y_EXPORTA void Pramo_Variavel_incluiPeriferico(Pramo_Variavel *variavel, Pramo_Periferico *periferico);
 Y_EXPORTA void Pramo_Variavel_incluiPerifericos(Pramo_Variavel *variavel, const YSet *perifericos);
 
-/* Adds an option, with copies of key and text; keys may repeat. */
+/* Adds an option after the others; keys may repeat.
+ * Owns: the variable, copies of key and text. */
 Y_EXPORTA void Pramo_Variavel_acrescentaOpcao(Pramo_Variavel *variavel, const char *chave, const char *texto);
 
-/* The mark with which the application offers the field: a marked field goes into every response until a
- * request returns it or the application takes the mark off. Pramo_Variavel_foiUsada gives 1 when it is
- * marked, else 0. */
+/* The mark with which the application offers the field: a marked field goes into every response
+ * until a request returns it or the application takes the mark off.
+ * Gives: foiUsada 1 when it is marked, else 0. */
 Y_EXPORTA void Pramo_Variavel_marcaUsada(Pramo_Variavel *variavel);
 Y_EXPORTA void Pramo_Variavel_desmarcaUsada(Pramo_Variavel *variavel);
 Y_EXPORTA int32_t Pramo_Variavel_foiUsada(const Pramo_Variavel *variavel);
@@ -108,15 +111,18 @@ Y_EXPORTA uint64_t Pramo_Variavel_getCaracteresDepoisDaVirgula(const Pramo_Varia
 
 /* ---- Exchange; operations call these ---- */
 
-/* Reads a field element of a request: the peripheral used from its attribute "periferico" (null when that
- * names none), the chosen option from "opcao" (null without it), then the value from its content. Raises what
- * the type raises; peripheral and option are recorded then. */
+/* Reads a field element of a request: the peripheral used from its attribute "periferico" (null
+ * when that names none), the chosen option from "opcao" (null without it), then the value from
+ * its content.
+ * Raises: what the type raises; peripheral and option are recorded then. */
 Y_EXPORTA void Pramo_Variavel_leDeYNo(Pramo_Variavel *variavel, const YNo *elemento);
 
-/* Writes the field into an element of a response: child "valor" and attribute "tipo" by the type, attributes
- * "somenteLeitura", "requerValidacao" and, when there is one, "titulo", a child "periferico" for each
- * peripheral, and a child "opcao" with "chave" and "texto" for each option. Children are appended. Raises
- * what the type raises. */
+/* Writes the field into an element of a response; children are appended:
+ * - child "valor" and attribute "tipo", by the type;
+ * - attributes "somenteLeitura", "requerValidacao" and, when there is one, "titulo";
+ * - a child "periferico" for each peripheral;
+ * - a child "opcao" with "chave" and "texto" for each option.
+ * Raises: what the type raises. */
 Y_EXPORTA void Pramo_Variavel_gravaEmYNo(const Pramo_Variavel *variavel, YNo *elemento);
 
 Y_FIM_C
