@@ -165,16 +165,16 @@ YWebServer *webServerDe(YSoapServer *servidor) {
     return servidor->webServer;
 }
 
-const YObThread_Rtti YSoapServer_definicao = {
+} // namespace
+
+const YObThread_Rtti YSoapServer_definicaoRtti = {
     {YObThread_rtti, "YSoapServer", sizeof(YSoapServer), constroiSoapServer, destroiSoapServer},
     roda,
     inicia,
     para};
 
-} // namespace
-
 const YRtti *YSoapServer_rtti(void) {
-    return &YSoapServer_definicao.rtti;
+    return &YSoapServer_definicaoRtti.rtti;
 }
 
 int YSoapServer_esperaPronto(YSoapServer *servidor, int64_t prazo) {

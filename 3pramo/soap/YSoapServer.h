@@ -71,6 +71,8 @@ Y_CLASSE(YSoapServer, YObThread) {
 
 typedef struct YSoapServer YSoapServer;
 
+/* A derived class takes from it the slots that it keeps: run sweeps, start and stop conduct the web server. */
+Y_EXPORTA extern const YObThread_Rtti YSoapServer_definicaoRtti;
 Y_EXPORTA const YRtti *YSoapServer_rtti(void);
 
 /* ---- Settings ---- */
