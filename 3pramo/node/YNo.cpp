@@ -21,7 +21,7 @@ namespace {
 
 constexpr const char *FONTE = "YNo";
 
-// ---- `interno` ----
+// ---- `privado` ----
 //
 // An address, with two marks in its lowest bits. Of a node of class YNo itself: the end of the texts that
 // stand behind it in its own block, or null. Of a node of a derived class: null, but while its parent's
@@ -38,28 +38,28 @@ struct Ligacoes {
     std::vector<YNo *> nos;
 };
 
-std::uintptr_t interno(const YNo &no) {
-    return reinterpret_cast<std::uintptr_t>(no.interno);
+std::uintptr_t palavra(const YNo &no) {
+    return reinterpret_cast<std::uintptr_t>(no.privado);
 }
 
 bool tem(const YNo &no, std::uintptr_t marca) {
-    return (interno(no) & marca) != 0;
+    return (palavra(no) & marca) != 0;
 }
 
 void marca(YNo &no, std::uintptr_t marca) {
-    no.interno = std::bit_cast<void *>(interno(no) | marca);
+    no.privado = std::bit_cast<void *>(palavra(no) | marca);
 }
 
 void desmarca(YNo &no, std::uintptr_t marca) {
-    no.interno = std::bit_cast<void *>(interno(no) & ~marca);
+    no.privado = std::bit_cast<void *>(palavra(no) & ~marca);
 }
 
 void *enderecoMarcado(const YNo &no) {
-    return std::bit_cast<void *>(interno(no) & ~MARCAS);
+    return std::bit_cast<void *>(palavra(no) & ~MARCAS);
 }
 
 void poeEnderecoMarcado(YNo &no, const void *endereco) {
-    no.interno = std::bit_cast<void *>(reinterpret_cast<std::uintptr_t>(endereco) | (interno(no) & LIGADO));
+    no.privado = std::bit_cast<void *>(reinterpret_cast<std::uintptr_t>(endereco) | (palavra(no) & LIGADO));
 }
 
 Ligacoes *ligacoes(const YNo &no) {
@@ -159,7 +159,7 @@ void soltaConteudo(YNo &no, YNo *&espera) {
     liberaTexto(no, no.nome);
     liberaTexto(no, no.valor);
     liberaTexto(no, no.prefixo);
-    if (ehDaPropriaClasse(no) && no.interno != nullptr) {
+    if (ehDaPropriaClasse(no) && no.privado != nullptr) {
         auto *textos = reinterpret_cast<char *>(&no + 1);
         apaga(textos, static_cast<std::size_t>(static_cast<char *>(endereco(no)) - textos));
     }
@@ -223,7 +223,7 @@ Ponteiro<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
     };
     no->nome = copia(nome);
     no->valor = copia(valor);
-    no->interno = reinterpret_cast<char *>(no) + tamanho;
+    no->privado = reinterpret_cast<char *>(no) + tamanho;
     anotaAlocacao(no, YNo_definicaoRtti.name, tamanho, FONTE, __LINE__);
     return Ponteiro<YNo>(no);
 }

@@ -38,7 +38,7 @@ Y_CLASSE(YNo, YOb) {
                         never again */
     YDIC *atributos; /* attribute name to value; null until the first YNo_setAtributo */
     char *prefixo;   /* written in front of the name; null when the parent's applies */
-    void *interno;   /* private */
+    void *privado;
 };
 
 typedef struct YNo YNo;

@@ -22,20 +22,24 @@ constexpr const char *FONTE = "YSoapParser";
 enum Limite { NIVEIS, NOS, BYTES, LIMITES };
 constexpr std::uint64_t PADRAO[LIMITES] = {1000, 1'000'000, 64 << 20};
 
-// What stands behind YSoapParser.limites: the bounds, what the last read left of them, and whether it met an
-// href.
-constexpr std::size_t RESTA = LIMITES;
-constexpr std::size_t TEM_HREF = RESTA + LIMITES;
-constexpr std::size_t PALAVRAS = TEM_HREF + 1;
+// What stands behind YSoapParser.privado.
+struct YSoapParser_Privado {
+    std::uint64_t limites[LIMITES];
+    std::uint64_t resta[LIMITES]; // what the last read left of them
+    bool temHref;                 // whether it met an attribute of that name
+};
+
+YSoapParser_Privado &privado(const YSoapParser &parser) {
+    return *static_cast<YSoapParser_Privado *>(parser.privado);
+}
 
 void constroi(void *objeto) {
     auto *parser = static_cast<YSoapParser *>(objeto);
     auto texto = cria<YStream>(YStream_rtti, FONTE);
     auto palavra = cria<YStream>(YStream_rtti, FONTE);
-    constexpr std::size_t TAMANHO = PALAVRAS * sizeof(std::uint64_t);
-    parser->limites = static_cast<std::uint64_t *>(YalocaMemoria_debug(TAMANHO, FONTE, __LINE__));
-    std::fill_n(parser->limites, PALAVRAS, 0);
-    std::copy_n(PADRAO, LIMITES, parser->limites);
+    parser->privado = YalocaMemoria_debug(sizeof(YSoapParser_Privado), FONTE, __LINE__);
+    privado(*parser) = {};
+    std::copy_n(PADRAO, LIMITES, privado(*parser).limites);
     parser->texto = texto.release();
     parser->palavra = palavra.release();
 }
@@ -44,7 +48,7 @@ void destroi(void *objeto) {
     auto *parser = static_cast<YSoapParser *>(objeto);
     YliberaObjeto(std::exchange(parser->texto, nullptr));
     YliberaObjeto(std::exchange(parser->palavra, nullptr));
-    YliberaMemoria(std::exchange(parser->limites, nullptr));
+    YliberaMemoria(std::exchange(parser->privado, nullptr));
 }
 
 // ---- Characters ----
@@ -136,8 +140,8 @@ public:
     Leitor(YSoapParser &parser, YStream &entrada)
         : parser_(parser), entrada_(entrada), p_(YStream_str(&entrada) + entrada.lido),
           fim_(p_ + naoLido(entrada).size()) {
-        std::copy_n(parser.limites, LIMITES, resta_);
-        parser.limites[TEM_HREF] = 0;
+        std::copy_n(privado(parser).limites, LIMITES, resta_);
+        privado(parser).temHref = false;
     }
     Leitor(const Leitor &) = delete;
     Leitor &operator=(const Leitor &) = delete;
@@ -171,7 +175,7 @@ public:
 
     // Shows the last word and the last text in the parser's fields, and what is left of the bounds.
     void mostra() {
-        std::copy_n(resta_, LIMITES, parser_.limites + RESTA);
+        std::copy_n(resta_, LIMITES, privado(parser_).resta);
         YStream_clear(parser_.palavra);
         acrescenta(*parser_.palavra, palavra_);
         if (texto_.data() != conteudo(*parser_.texto).data()) {
@@ -185,12 +189,12 @@ private:
     // TAG_ABERTURA: the element is now the last of the open ones. TAG_VAZIA: it is complete. Else it was
     // none.
     Tag leElemento(Ponteiro<YNo> &completo) {
-        esperaToken('<');
+        exigeToken('<');
         pulaBrancos();
         const bool declaracao = *p_ == '!';
         Cabeca cabeca;
         const Tag tag = leTag(cabeca);
-        esperaToken('>');
+        exigeToken('>');
         if (declaracao || tag == TAG_FECHAMENTO) {
             return declaracao ? TAG_DECLARACAO : TAG_FECHAMENTO;
         }
@@ -219,7 +223,7 @@ private:
         if (leTag(cabeca) != TAG_FECHAMENTO) {
             lanca(YExcSoap_rtti, "Mensagem SOAP mal formada. Esperava tag fechando.", FONTE);
         }
-        esperaToken('>');
+        exigeToken('>');
     }
 
     // From behind the "<" to the token that should be ">".
@@ -227,11 +231,11 @@ private:
         leToken();
         if (parser_.token == '/') {
             leToken();
-            esperaToken(TOKEN_PALAVRA);
+            exigeToken(TOKEN_PALAVRA);
             leToken();
             return TAG_FECHAMENTO;
         }
-        esperaToken(TOKEN_PALAVRA);
+        exigeToken(TOKEN_PALAVRA);
         cabeca.nome = semPrefixo(palavra_);
         conta(NOS, 1);
         conta(BYTES, cabeca.nome.size());
@@ -247,9 +251,9 @@ private:
     void leAtributos(Cabeca &cabeca) {
         while (parser_.token == TOKEN_PALAVRA) {
             const std::string_view nome = semPrefixo(palavra_);
-            parser_.limites[TEM_HREF] |= nome == "href" ? 1 : 0;
+            privado(parser_).temHref |= nome == "href";
             leToken();
-            esperaToken('=');
+            exigeToken('=');
             leToken();
             if (parser_.token != TOKEN_PALAVRA && parser_.token != TOKEN_STRING) {
                 malFormada();
@@ -265,7 +269,7 @@ private:
         }
     }
 
-    void esperaToken(std::int32_t token) const {
+    void exigeToken(std::int32_t token) const {
         if (parser_.token != token) {
             tokenInesperado();
         }
@@ -384,19 +388,19 @@ void YSoapParser_leNo(YSoapParser *parser, YNo **raiz, YStream *entrada) {
     *raiz = lido.release();
 }
 
-soap::Sobra soap::sobraDaLeitura(const YSoapParser &parser) {
-    const std::uint64_t *resta = parser.limites + RESTA;
-    return {resta[NIVEIS], resta[NOS], resta[BYTES], parser.limites[TEM_HREF] != 0};
+Sobra pramo::sobraDaLeitura(const YSoapParser &parser) {
+    const YSoapParser_Privado &p = privado(parser);
+    return {p.resta[NIVEIS], p.resta[NOS], p.resta[BYTES], p.temHref};
 }
 
 void YSoapParser_setLimiteDeNiveis(YSoapParser *parser, uint64_t niveis) {
-    parser->limites[NIVEIS] = niveis;
+    privado(*parser).limites[NIVEIS] = niveis;
 }
 
 void YSoapParser_setLimiteDeNos(YSoapParser *parser, uint64_t nos) {
-    parser->limites[NOS] = nos;
+    privado(*parser).limites[NOS] = nos;
 }
 
 void YSoapParser_setLimiteDeBytes(YSoapParser *parser, uint64_t bytes) {
-    parser->limites[BYTES] = bytes;
+    privado(*parser).limites[BYTES] = bytes;
 }

@@ -32,11 +32,11 @@ Y_INICIO_C
 /* The fields tell what the last read met last; after a failed one the two texts are undefined. */
 Y_CLASSE(YSoapParser, YOb) {
     Y_PAI(YOb)
-    int32_t token;     /* kind of the last token */
-    YStream *entrada;  /* the input; not owned, not touched between reads */
-    YStream *texto;    /* the last double-quoted value or content, references decoded, without quotes */
-    YStream *palavra;  /* the last word */
-    uint64_t *limites; /* private */
+    int32_t token;    /* kind of the last token */
+    YStream *entrada; /* the input; not owned, not touched between reads */
+    YStream *texto;   /* the last double-quoted value or content, references decoded, without quotes */
+    YStream *palavra; /* the last word */
+    void *privado;
 };
 
 typedef struct YSoapParser YSoapParser;

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace pramo::soap {
+namespace pramo {
 
 /// What the parser's bounds leave for whatever is still to be built of the message, and whether it met an
 /// attribute href, which may refer to another element. Levels are counted from the root, so they are never
@@ -19,6 +19,6 @@ struct Sobra {
 };
 Sobra sobraDaLeitura(const YSoapParser &parser);
 
-} // namespace pramo::soap
+} // namespace pramo
 
 #endif

@@ -21,7 +21,7 @@ void liberaWebServer(YObThread *thread);
 void constroiSoapServer(void *objeto) {
     auto *servidor = static_cast<YSoapServer *>(objeto);
     try {
-        servidor->privado = semFaltaDeMemoria(FONTE, [] { return new Privado; });
+        servidor->privado = semFaltaDeMemoria(FONTE, [] { return new YSoapServer_Privado; });
         servidor->portTypes = cria<YMapa>(YMapaQueDestroi_rtti, FONTE).release();
         servidor->mutex = cria<YObMutex>(YObMutex_rtti, FONTE).release();
         servidor->servicos = cria<YSet>(YSetQueDestroi_rtti, FONTE).release();
@@ -36,7 +36,7 @@ void constroiSoapServer(void *objeto) {
 
 /// Gives the web server its previous handler back and stops it, if it serves for us.
 void desliga(YSoapServer *servidor) {
-    Privado &p = privado(servidor);
+    YSoapServer_Privado &p = privado(servidor);
     Tranca tranca(p.trinco);
     YWebServer *web = servidor->webServer;
     recusaEmUso(web); // before anything changes: a thread of the web server cannot wait for its own end
@@ -71,7 +71,7 @@ void destroiSoapServer(void *objeto) {
     YliberaObjeto(servidor->mutex);
     YDIC_destroi(servidor->macros);
     YliberaMemoria(servidor->diretorioBase);
-    delete static_cast<Privado *>(servidor->privado);
+    delete static_cast<YSoapServer_Privado *>(servidor->privado);
 }
 
 template <typename VALOR>
@@ -81,7 +81,7 @@ void aplica(YWebServer *web, void (*ajuste)(YWebServer *, VALOR), const std::opt
     }
 }
 
-void configura(YWebServer *web, const YSoapServer &servidor, Privado &p) Y_EXIGE(p.trinco) {
+void configura(YWebServer *web, const YSoapServer &servidor, YSoapServer_Privado &p) Y_EXIGE(p.trinco) {
     YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor.porta));
     YWebServer_setDiretorioBase(web, servidor.diretorioBase);
     YWebServer_setEndereco(web, p.endereco ? p.endereco->c_str() : nullptr);
@@ -96,7 +96,7 @@ void configura(YWebServer *web, const YSoapServer &servidor, Privado &p) Y_EXIGE
 
 /// The web server with our settings and our handler in front of what it had.
 YWebServer *liga(YSoapServer *servidor) {
-    Privado &p = privado(servidor);
+    YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);
     if (servidor->webServer == nullptr) {
         servidor->webServer = cria<YWebServer>(YWebServer_rtti, FONTE).release();
@@ -233,7 +233,7 @@ void YSoapServer_setLimiteDeServicos(YSoapServer *servidor, uint64_t servicos) {
 }
 
 void YSoapServer_setLimitesDaMensagem(YSoapServer *servidor, uint64_t niveis, uint64_t nos, uint64_t bytes) {
-    Privado &p = privado(servidor);
+    YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);
     p.limites = {niveis, nos, bytes};
 }
@@ -242,9 +242,9 @@ namespace {
 
 // Keeps a setting for the next start and passes it on to a web server that is there.
 template <typename VALOR>
-void ajusta(YSoapServer *servidor, std::optional<VALOR> Privado::*campo, void (*ajuste)(YWebServer *, VALOR),
-            VALOR valor) {
-    Privado &p = privado(servidor);
+void ajusta(YSoapServer *servidor, std::optional<VALOR> YSoapServer_Privado::*campo,
+            void (*ajuste)(YWebServer *, VALOR), VALOR valor) {
+    YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);
     p.*campo = valor;
     if (servidor->webServer != nullptr) {
@@ -255,29 +255,29 @@ void ajusta(YSoapServer *servidor, std::optional<VALOR> Privado::*campo, void (*
 } // namespace
 
 void YSoapServer_setLimiteDoCabecalho(YSoapServer *servidor, uint64_t bytes) {
-    ajusta(servidor, &Privado::limiteDoCabecalho, YWebServer_setLimiteDoCabecalho, bytes);
+    ajusta(servidor, &YSoapServer_Privado::limiteDoCabecalho, YWebServer_setLimiteDoCabecalho, bytes);
 }
 
 void YSoapServer_setLimiteDoCorpo(YSoapServer *servidor, uint64_t bytes) {
-    ajusta(servidor, &Privado::limiteDoCorpo, YWebServer_setLimiteDoCorpo, bytes);
+    ajusta(servidor, &YSoapServer_Privado::limiteDoCorpo, YWebServer_setLimiteDoCorpo, bytes);
 }
 
 void YSoapServer_setLimiteDosCorpos(YSoapServer *servidor, uint64_t bytes) {
-    ajusta(servidor, &Privado::limiteDosCorpos, YWebServer_setLimiteDosCorpos, bytes);
+    ajusta(servidor, &YSoapServer_Privado::limiteDosCorpos, YWebServer_setLimiteDosCorpos, bytes);
 }
 
 void YSoapServer_setPrazoDaRequisicao(YSoapServer *servidor, uint32_t segundos) {
-    ajusta(servidor, &Privado::prazoDaRequisicao, YWebServer_setPrazoDaRequisicao, segundos);
+    ajusta(servidor, &YSoapServer_Privado::prazoDaRequisicao, YWebServer_setPrazoDaRequisicao, segundos);
 }
 
 void YSoapServer_setPrazoDeEncerramento(YSoapServer *servidor, uint32_t segundos) {
-    ajusta(servidor, &Privado::prazoDeEncerramento, YWebServer_setPrazoDeEncerramento, segundos);
+    ajusta(servidor, &YSoapServer_Privado::prazoDeEncerramento, YWebServer_setPrazoDeEncerramento, segundos);
 }
 
 void YSoapServer_setLimiteDeConexoes(YSoapServer *servidor, uint32_t conexoes) {
-    ajusta(servidor, &Privado::limiteDeConexoes, YWebServer_setLimiteDeConexoes, conexoes);
+    ajusta(servidor, &YSoapServer_Privado::limiteDeConexoes, YWebServer_setLimiteDeConexoes, conexoes);
 }
 
 void YSoapServer_setFechaLogo(YSoapServer *servidor, int fechaLogo) {
-    ajusta(servidor, &Privado::fechaLogo, YWebServer_setFechaLogo, fechaLogo);
+    ajusta(servidor, &YSoapServer_Privado::fechaLogo, YWebServer_setFechaLogo, fechaLogo);
 }

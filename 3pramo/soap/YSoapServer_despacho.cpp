@@ -14,7 +14,7 @@ constexpr unsigned MAXIMO_DE_INVOCACOES = 8;
 // ---- The request ----
 
 void limita(YSoapParser *parser, const YSoapServer *servidor) {
-    Privado &p = privado(servidor);
+    YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);
     if (p.limites.niveis != 0) {
         YSoapParser_setLimiteDeNiveis(parser, p.limites.niveis);
@@ -93,18 +93,18 @@ YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) 
     lanca(YExcSoap_rtti, "PortType desconhecido."_l1, FONTE);
 }
 
-Pino constroiServico(const Chamada &chamada, Entrada entrada) {
+Pino constroiServico(const Chamada &chamada, Origem origem) {
     Ponteiro<YWebService> novo = fabricaServico(chamada.servidor, chamada.portType);
     if (novo == nullptr) {
         lanca(YExcSoap_rtti, "Tentou construir serviço para um PortType inexistente."_l1, FONTE);
     }
-    Pino pino = entraNoConjunto(chamada.servidor, novo, entrada);
+    Pino pino = entraNoConjunto(chamada.servidor, novo, origem);
     (void)novo.release(); // the live set owns it
     return pino;
 }
 
 void chamaEmTemporario(const Chamada &chamada, YTratadorSoap tratador, YNo *requisicao, YNo *resposta) {
-    Pino temporario = constroiServico(chamada, Entrada::TEMPORARIA);
+    Pino temporario = constroiServico(chamada, Origem::CHAMADA);
     try {
         tratador(temporario.servico(), requisicao, resposta);
     } catch (...) {
@@ -142,7 +142,7 @@ void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &
 void metodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
     const std::string_view metodo = chamada.metodo;
     if (metodo == "constroi") {
-        const Pino novo = constroiServico(chamada, Entrada::DO_CLIENTE);
+        const Pino novo = constroiServico(chamada, Origem::CLIENTE);
         YNo_setPtr(resposta, "return", novo.servico());
     } else if (metodo == "destroi") {
         derruba(chamada.servidor, servico);

@@ -27,7 +27,7 @@ struct LimitesDaMensagem {
 /// tratadorAnterior, portTypes, macros and diretorioBase of the server itself; no application code runs under
 /// it. The web server is made by the first start and freed with the server, so whoever reads its address may
 /// use it.
-struct Privado {
+struct YSoapServer_Privado {
     Trinco trinco;
     LimitesDaMensagem limites Y_GUARDADO_POR(trinco);
     std::optional<std::string> endereco Y_GUARDADO_POR(trinco);
@@ -44,8 +44,8 @@ struct Privado {
     std::uint64_t temporarios = 0; // of the live set, those of one call; guarded by the registry lock
 };
 
-inline Privado &privado(const YSoapServer *servidor) {
-    return *static_cast<Privado *>(servidor->privado);
+inline YSoapServer_Privado &privado(const YSoapServer *servidor) {
+    return *static_cast<YSoapServer_Privado *>(servidor->privado);
 }
 
 /// Holds the registry lock for its scope.
@@ -64,14 +64,14 @@ private:
 
 // ---- Registry ----
 
-/// How an object enters the live set: one made by "constroi" is refused beyond the bound, a temporary one
-/// does not count for it and has no identity that a client could use.
-enum class Entrada { DO_CLIENTE, DA_APLICACAO, TEMPORARIA };
+/// For whom an object enters the live set: one that a client made by "constroi" is refused beyond the bound,
+/// the temporary one of a call does not count for it and has no identity that a client could use.
+enum class Origem { CLIENTE, APLICACAO, CHAMADA };
 
 /// Puts the object into the live set, out of another server's, and pins it; empty, and nothing has changed,
 /// when the object is on its way out. Raises YExcSoap "Limite de serviços ativos atingido." and "O servidor
 /// está sendo liberado.".
-Pino entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada entrada);
+Pino entraNoConjunto(YSoapServer *servidor, YWebService *servico, Origem origem);
 
 /// Takes the object out of whatever live set it is in.
 void saiDoConjunto(YWebService &servico);

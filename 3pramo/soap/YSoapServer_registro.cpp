@@ -16,14 +16,14 @@ namespace {
 
 /// Takes the object out of this server's set, unless it is not there, and condemns it if it is to be freed;
 /// under the registry lock. Whoever sees that it has left sees that, too: taking it out then undoes its end.
-bool tira(YSoapServer *servidor, Registro &registro, std::uint32_t marca = 0) {
-    if (servidor->servicos == nullptr || registro.conjunto.load() != servidor) {
+bool tira(YSoapServer *servidor, YWebService_Privado &p, std::uint32_t marca = 0) {
+    if (servidor->servicos == nullptr || p.conjunto.load() != servidor) {
         return false;
     }
-    YSet_remove(servidor->servicos, registro.servico);
-    privado(servidor).temporarios -= std::exchange(registro.temporario, false) ? 1 : 0;
-    registro.palavra.fetch_or(marca);
-    registro.conjunto = nullptr;
+    YSet_remove(servidor->servicos, p.servico);
+    privado(servidor).temporarios -= std::exchange(p.temporario, false) ? 1 : 0;
+    p.palavra.fetch_or(marca);
+    p.conjunto = nullptr;
     return true;
 }
 
@@ -33,26 +33,25 @@ std::uint64_t quantosContam(const YSoapServer *servidor) {
 
 /// Puts the pinned object into the set, and renews its deadline; under the registry lock. False when it is in
 /// another one.
-bool tentaEntrar(YSoapServer *servidor, const Pino &pino, Entrada entrada) {
+bool tentaEntrar(YSoapServer *servidor, const Pino &pino, Origem origem) {
     YWebService &servico = *pino.servico();
-    Registro &registro = pino.registro();
-    if (entrada == Entrada::DO_CLIENTE &&
-        quantosContam(servidor) >= privado(servidor).limiteDeServicos.load()) {
+    YWebService_Privado &p = pino.privado();
+    if (origem == Origem::CLIENTE && quantosContam(servidor) >= privado(servidor).limiteDeServicos.load()) {
         lanca(YExcSoap_rtti, "Limite de serviços ativos atingido."_l1, FONTE);
     }
-    if (entrada != Entrada::TEMPORARIA) {
-        conservaIdentidade(&servico, &registro);
+    if (origem != Origem::CHAMADA) {
+        conservaIdentidade(&servico, &p);
     }
     // What can fail comes before the object is seen to be in the set.
     YSet_poe(servidor->servicos, &servico);
     YSoapServer *onde = nullptr;
-    if (!registro.conjunto.compare_exchange_strong(onde, servidor) && onde != servidor) {
+    if (!p.conjunto.compare_exchange_strong(onde, servidor) && onde != servidor) {
         YSet_remove(servidor->servicos, &servico);
         return false;
     }
-    const bool temporario = entrada == Entrada::TEMPORARIA;
+    const bool temporario = origem == Origem::CHAMADA;
     privado(servidor).temporarios += temporario ? 1 : 0;
-    privado(servidor).temporarios -= std::exchange(registro.temporario, temporario) ? 1 : 0;
+    privado(servidor).temporarios -= std::exchange(p.temporario, temporario) ? 1 : 0;
     servidorDe(servico).store(servidor);
     YWebService_protelaDerrubada(&servico);
     return true;
@@ -60,7 +59,7 @@ bool tentaEntrar(YSoapServer *servidor, const Pino &pino, Entrada entrada) {
 
 } // namespace
 
-Pino soap::entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada entrada) {
+Pino soap::entraNoConjunto(YSoapServer *servidor, YWebService *servico, Origem origem) {
     for (;;) {
         Pino pino(*servico); // goes after the lock
         {
@@ -68,7 +67,7 @@ Pino soap::entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada 
             if (servidor->servicos == nullptr) {
                 lanca(YExcSoap_rtti, "O servidor está sendo liberado."_l1, FONTE);
             }
-            if (!pino || tentaEntrar(servidor, pino, entrada)) {
+            if (!pino || tentaEntrar(servidor, pino, origem)) {
                 return pino;
             }
         }
@@ -77,10 +76,10 @@ Pino soap::entraNoConjunto(YSoapServer *servidor, YWebService *servico, Entrada 
 }
 
 void soap::saiDoConjunto(YWebService &servico) {
-    Registro &registro = registroDe(servico);
-    while (YSoapServer *servidor = registro.conjunto.load()) {
+    YWebService_Privado &p = privado(servico);
+    while (YSoapServer *servidor = p.conjunto.load()) {
         const TrancaDoRegistro tranca(servidor);
-        if (tira(servidor, registro)) {
+        if (tira(servidor, p)) {
             return;
         }
     }
@@ -88,23 +87,23 @@ void soap::saiDoConjunto(YWebService &servico) {
 
 Pino soap::pinaVivo(YSoapServer *servidor, const char *identidade) {
     Pino pino = Pino::daIdentidade(identidade);
-    return pino && pino.registro().conjunto.load() == servidor ? std::move(pino) : Pino();
+    return pino && pino.privado().conjunto.load() == servidor ? std::move(pino) : Pino();
 }
 
 void soap::derruba(YSoapServer *servidor, const Pino &pino) {
     const TrancaDoRegistro tranca(servidor);
     if (pino.vivo()) {
-        tira(servidor, pino.registro(), Registro::CONDENADO);
+        tira(servidor, pino.privado(), CONDENADO);
     }
 }
 
 void soap::abandonaTemporario(YSoapServer *servidor, const Pino &pino) {
     const TrancaDoRegistro tranca(servidor);
-    if (!pino.vivo() || pino.registro().conjunto.load() != servidor) {
+    if (!pino.vivo() || pino.privado().conjunto.load() != servidor) {
         return; // the handler took it
     }
     if (privado(servidor).temporarios > privado(servidor).limiteDeServicos.load()) {
-        tira(servidor, pino.registro(), Registro::CONDENADO);
+        tira(servidor, pino.privado(), CONDENADO);
     } else {
         YWebService_setMomentoLimite(pino.servico(), std::time(nullptr));
     }
@@ -124,7 +123,7 @@ Pino tiraVencido(YSoapServer *servidor, std::int64_t agora, std::uint64_t &i) {
             continue;
         }
         Pino pino(*servico);
-        tira(servidor, registroDe(*servico), Registro::CONDENADO);
+        tira(servidor, privado(*servico), CONDENADO);
         if (pino) {
             return pino;
         }
@@ -160,10 +159,10 @@ void soap::esvazia(YSoapServer *servidor) {
         while (YSet_tam(servidor->servicos) != 0) {
             auto *servico = static_cast<YWebService *>(YSet_fim(servidor->servicos)[-1]);
             Pino pino(*servico);
-            if ((registroDe(*servico).palavra.load() & Registro::PINOS) > 1) {
+            if ((privado(*servico).palavra.load() & PINOS) > 1) {
                 servidorDe(*servico).store(nullptr); // a call of another server outlives this one
             }
-            tira(servidor, registroDe(*servico), Registro::CONDENADO);
+            tira(servidor, privado(*servico), CONDENADO);
             if (pino) {
                 todos.poe(std::move(pino));
             }
@@ -177,12 +176,12 @@ void soap::esvazia(YSoapServer *servidor) {
 }
 
 void YSoapServer_registraServico(YSoapServer *servidor, YWebService *servico) {
-    entraNoConjunto(servidor, servico, Entrada::DA_APLICACAO);
+    entraNoConjunto(servidor, servico, Origem::APLICACAO);
 }
 
 int32_t YSoapServer_removeServico(YSoapServer *servidor, YWebService *servico) {
     const TrancaDoRegistro tranca(servidor);
-    if (!tira(servidor, registroDe(*servico))) {
+    if (!tira(servidor, privado(*servico))) {
         return 0;
     }
     servidorDe(*servico).store(nullptr);

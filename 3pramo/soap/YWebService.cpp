@@ -8,7 +8,7 @@
 #include <ctime>
 
 using namespace pramo;
-using pramo::soap::saiDoConjunto;
+using namespace pramo::soap;
 
 namespace {
 
@@ -16,17 +16,17 @@ constexpr std::int64_t VIDA_SEM_CHAMADAS = 1800; // seconds
 
 void constroiServico(void *objeto) {
     auto *servico = static_cast<YWebService *>(objeto);
-    servico->privado = semFaltaDeMemoria("YWebService", [&] { return new Registro(servico); });
+    servico->privado = semFaltaDeMemoria("YWebService", [&] { return new YWebService_Privado(servico); });
     esqueceIdentidade(servico); // one that was given out for what lived at this address before
 }
 
 void destroiServico(void *objeto) {
     auto *servico = static_cast<YWebService *>(objeto);
-    Registro &registro = registroDe(*servico);
+    YWebService_Privado &p = privado(*servico);
     saiDoConjunto(*servico); // it is still there only when a derived class's constructor failed
     esqueceIdentidade(servico);
-    if ((registro.palavra.fetch_or(Registro::MORTO) & Registro::PINOS) == 0) {
-        delete &registro;
+    if ((p.palavra.fetch_or(MORTO) & PINOS) == 0) {
+        delete &p;
     }
 }
 
@@ -36,13 +36,13 @@ bool podeLiberar(void *objeto) {
     saiDoConjunto(servico);
     // One step: either a pin was there and its holder will free the object, or there is none and never will
     // be.
-    std::atomic<std::uint32_t> &palavra = registroDe(servico).palavra;
+    std::atomic<std::uint32_t> &palavra = privado(servico).palavra;
     std::uint32_t antes = palavra.load();
     std::uint32_t depois = 0;
     do {
-        depois = antes | Registro::CONDENADO | ((antes & Registro::PINOS) == 0 ? Registro::MORTO : 0);
+        depois = antes | CONDENADO | ((antes & PINOS) == 0 ? MORTO : 0);
     } while (!palavra.compare_exchange_weak(antes, depois));
-    return (antes & (Registro::PINOS | Registro::MORTO)) == 0;
+    return (antes & (PINOS | MORTO)) == 0;
 }
 
 // The accessors of a const object read through the same atomic reference.
@@ -63,7 +63,7 @@ const YRtti *YWebService_rtti(void) {
 
 // ---- Pins ----
 
-bool Registro::pina() {
+bool YWebService_Privado::pina() {
     std::uint32_t antes = palavra.load();
     while ((antes & (CONDENADO | MORTO)) == 0) {
         if (palavra.compare_exchange_weak(antes, antes + 1)) {
@@ -75,8 +75,8 @@ bool Registro::pina() {
 
 Pino Pino::daIdentidade(const char *texto) {
     Pino pino;
-    pino.registro_ = static_cast<Registro *>(
-        pinaIdentidade(texto, [](void *registro) { return static_cast<Registro *>(registro)->pina(); }));
+    pino.privado_ = static_cast<YWebService_Privado *>(
+        pinaIdentidade(texto, [](void *deste) { return static_cast<YWebService_Privado *>(deste)->pina(); }));
     return pino;
 }
 
@@ -89,31 +89,31 @@ Pino::~Pino() {
 }
 
 void Pino::solta() {
-    Registro *registro = std::exchange(registro_, nullptr);
-    if (registro == nullptr) {
+    YWebService_Privado *p = std::exchange(privado_, nullptr);
+    if (p == nullptr) {
         return;
     }
     // Read before the pin goes: whoever lets go last frees the record.
-    YWebService *servico = registro->servico;
-    const std::uint32_t antes = registro->palavra.fetch_sub(1);
-    if ((antes & Registro::PINOS) > 1) {
+    YWebService *servico = p->servico;
+    const std::uint32_t antes = p->palavra.fetch_sub(1);
+    if ((antes & PINOS) > 1) {
         return;
     }
-    if ((antes & Registro::MORTO) != 0) {
-        delete registro;
-    } else if ((antes & Registro::CONDENADO) != 0) {
+    if ((antes & MORTO) != 0) {
+        delete p;
+    } else if ((antes & CONDENADO) != 0) {
         YliberaObjeto(servico);
     }
 }
 
 void Fila::poe(Pino pino) {
-    Registro *registro = std::exchange(pino.registro_, nullptr);
-    registro->proximo = std::exchange(primeiro_, registro);
+    YWebService_Privado *p = std::exchange(pino.privado_, nullptr);
+    p->proximo = std::exchange(primeiro_, p);
 }
 
 Pino Fila::toma() {
     Pino pino;
-    pino.registro_ = primeiro_;
+    pino.privado_ = primeiro_;
     primeiro_ = primeiro_ != nullptr ? primeiro_->proximo : nullptr;
     return pino;
 }
@@ -144,7 +144,7 @@ void YWebService_setSoapServer(YWebService *servico, YSoapServer *servidor) {
     }
     saiDoConjunto(*servico);
     servidorDe(*servico).store(nullptr);
-    registroDe(*servico).palavra.fetch_and(~Registro::CONDENADO); // the library frees it no more
+    privado(*servico).palavra.fetch_and(~CONDENADO); // the library frees it no more
 }
 
 YSoapServer *YWebService_getSoapServer(const YWebService *servico) {

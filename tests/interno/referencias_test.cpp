@@ -25,7 +25,7 @@ std::string resolvido(const std::string &corpo) {
         YNo *noDoCorpo = YNo_getFilhoUnico(lido, "Body");
         YNo *elemento = YNo_getFilho(noDoCorpo, "m", 0);
         elemento = elemento != nullptr ? elemento : noDoCorpo;
-        pramo::soap::resolveReferencias(*noDoCorpo, *elemento, pramo::soap::sobraDaLeitura(*parser));
+        pramo::soap::resolveReferencias(*noDoCorpo, *elemento, pramo::sobraDaLeitura(*parser));
         YNo_corrigeMaps(elemento);
         escrito = grava(elemento);
     });
