@@ -3,7 +3,6 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
-#include <3pramo/foundation/YVetor_interno.hpp>
 #include <3pramo/foundation/liberaTodos.hpp>
 
 #include <algorithm>
@@ -233,10 +232,8 @@ void pramo::assume(YNo &destino, Ponteiro<YNo> origem) {
     Ponteiro<char> valor(YduplicaString(origem->valor));
     std::swap(destino.filhos, origem->filhos);
     std::swap(destino.atributos, origem->atributos);
-    if (destino.filhos != nullptr) {
-        for (void *filho : elementos(*destino.filhos)) {
-            mudaPai(*static_cast<YNo *>(filho), &destino);
-        }
+    for (void *filho : filhosDe(destino)) {
+        mudaPai(*static_cast<YNo *>(filho), &destino);
     }
     liberaTexto(destino, std::exchange(destino.nome, nome.release()));
     liberaTexto(destino, std::exchange(destino.valor, valor.release()));
@@ -300,8 +297,7 @@ namespace {
 // Only a node that is somebody's parent can lie above another one, so that growing a tree downwards costs no
 // climb.
 void recusaCiclo(const YNo *no, const YNo &filho) {
-    const bool podeEstarAcima =
-        (filho.filhos != nullptr && filho.filhos->tam != 0) || tem(filho, TEM_LIGACOES);
+    const bool podeEstarAcima = !filhosDe(filho).empty() || tem(filho, TEM_LIGACOES);
     const YNo *acima = no;
     while (acima != nullptr && acima != &filho) {
         acima = podeEstarAcima ? acima->pai : nullptr;
@@ -326,10 +322,7 @@ bool temNome(const YNo &no, std::string_view nome) {
 }
 
 YNo *primeiroFilho(const YNo &no, std::string_view nome, uint32_t pulados = 0) {
-    if (no.filhos == nullptr) {
-        return nullptr;
-    }
-    for (void *elemento : elementos(*no.filhos)) {
+    for (void *elemento : filhosDe(no)) {
         auto *filho = static_cast<YNo *>(elemento);
         if (temNome(*filho, nome) && pulados-- == 0) {
             return filho;
@@ -430,8 +423,7 @@ YNo *pramo::criaDescendente(YNo &no, const char *caminho, const char *valor) {
     YNo *ultimo = nullptr;
     for (std::string_view resto = caminho; !resto.empty();) {
         const std::string_view nome = tiraNome(resto);
-        const bool temValor = resto.empty() && valor != nullptr;
-        Ponteiro<YNo> novo = criaNo(nome, temValor ? std::string_view(valor) : std::string_view());
+        Ponteiro<YNo> novo = criaNo(nome, textoOuNada(resto.empty() ? valor : nullptr));
         if (ultimo == nullptr) {
             ultimo = novo.get();
             topo = std::move(novo);

@@ -3,7 +3,6 @@
 #include <3pramo/node/YNo_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YVetor_interno.hpp>
 
 #include <cstring>
 #include <utility>
@@ -46,8 +45,7 @@ Ponteiro<YNo> converte(const YNo &entrada) {
         adota(*novo, std::exchange(valor->filhos, nullptr));
         return novo;
     }
-    const char *texto = YNo_getValor(valor);
-    return criaNo(nome, texto != nullptr ? std::string_view(texto) : std::string_view());
+    return criaNo(nome, textoOuNada(YNo_getValor(valor)));
 }
 
 void corrigeMapa(YNo &mapa) {
@@ -74,8 +72,9 @@ void corrige(YNo &raiz) {
     std::vector<Visita> visitas{{&raiz, 0}};
     while (!visitas.empty()) {
         auto &[no, proximo] = visitas.back();
-        if (no->filhos != nullptr && proximo < no->filhos->tam) {
-            visitas.push_back({static_cast<YNo *>(no->filhos->dados[proximo++]), 0});
+        const auto filhos = filhosDe(*no);
+        if (proximo < filhos.size()) {
+            visitas.push_back({static_cast<YNo *>(filhos[proximo++]), 0});
             continue;
         }
         if (no->filhos != nullptr && ehMapa(*no)) {

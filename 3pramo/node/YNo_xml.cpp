@@ -5,7 +5,6 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
-#include <3pramo/foundation/YVetor_interno.hpp>
 
 #include <cstring>
 #include <vector>
@@ -14,21 +13,17 @@ using namespace pramo;
 
 namespace {
 
-std::string_view textoOuVazio(const char *texto) {
-    return texto != nullptr ? texto : std::string_view();
-}
-
 class Escritor {
 public:
     explicit Escritor(YStream &stream) : stream_(stream) {}
 
     void escreve(const YNo &no) {
-        abre(no, textoOuVazio(YNo_getPrefixo(&no)));
+        abre(no, textoOuNada(YNo_getPrefixo(&no)));
         escreveAbertos();
     }
 
     void escreveConteudo(const YNo &no) {
-        empilha(no, textoOuVazio(YNo_getPrefixo(&no)), {});
+        empilha(no, textoOuNada(YNo_getPrefixo(&no)), {});
         escreveAbertos();
     }
 
@@ -47,10 +42,10 @@ private:
     void escreveAbertos() {
         while (!abertos_.empty()) {
             Aberto &aberto = abertos_.back();
-            const YVetor *filhos = aberto.no->filhos;
-            if (filhos != nullptr && aberto.proximo < filhos->tam) {
-                const auto &filho = *static_cast<const YNo *>(filhos->dados[aberto.proximo++]);
-                abre(filho, filho.prefixo != nullptr ? std::string_view(filho.prefixo) : aberto.prefixo);
+            const auto filhos = filhosDe(*aberto.no);
+            if (aberto.proximo < filhos.size()) {
+                const auto &filho = *static_cast<const YNo *>(filhos[aberto.proximo++]);
+                abre(filho, filho.prefixo != nullptr ? filho.prefixo : aberto.prefixo);
                 continue;
             }
             YStream_putHtmlString(&stream_, aberto.no->valor);
@@ -113,10 +108,6 @@ private:
     YStream &stream_;
     std::vector<Aberto> abertos_;
 };
-
-} // namespace
-
-namespace {
 
 template <typename ESCREVE>
 void escreveTudoOuNada(YStream &stream, ESCREVE escreve) {

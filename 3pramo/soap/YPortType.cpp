@@ -1,8 +1,6 @@
 #include <3pramo/soap/YPortType.h>
 
-#include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/cria.hpp>
-#include <3pramo/node/YExcSoap.h>
+#include <3pramo/soap/YSoapServer_interno.hpp>
 
 using namespace pramo;
 
@@ -47,13 +45,18 @@ void YPortType_setRttiDoServico(YPortType *portType, YFuncaoRtti classe) {
     portType->rttiDoServico = classe;
 }
 
-void YPortType_constroiObjeto(YPortType *portType, YWebService **servico) {
-    const YFuncaoRtti classe = portType->rttiDoServico;
+Ponteiro<YWebService> soap::criaServico(YFuncaoRtti classe, void *grupoDeRecursos) {
     if (classe == nullptr || YRtti_deriva(classe(), YWebService_rtti) == 0) {
-        lanca(YExcSoap_rtti, "PortType sem classe de serviço."_l1, FONTE);
+        lanca(YExcSoap_rtti, "PortType sem classe de serviço."_l1, ::FONTE);
     }
-    YalocaObjeto(servico, classe);
-    YWebService_setGrupoDeRecursos(*servico, portType->grupoDeRecursos);
+    YWebService *novo = nullptr;
+    YalocaObjeto(&novo, classe);
+    YWebService_setGrupoDeRecursos(novo, grupoDeRecursos);
+    return Ponteiro<YWebService>(novo);
+}
+
+void YPortType_constroiObjeto(YPortType *portType, YWebService **servico) {
+    *servico = soap::criaServico(portType->rttiDoServico, portType->grupoDeRecursos).release();
 }
 
 void YPortType_setGrupoDeRecursos(YPortType *portType, void *grupo) {

@@ -34,7 +34,7 @@ void constroiSoapServer(void *objeto) {
     aoLiberar(servidor, liberaWebServer);
 }
 
-/// Gives the web server its previous handler back and stops it, if it serves for us.
+// Gives the web server its previous handler back and stops it, if it serves for us.
 void desliga(YSoapServer *servidor) {
     YSoapServer_Privado &p = privado(servidor);
     Tranca tranca(p.trinco);
@@ -48,7 +48,7 @@ void desliga(YSoapServer *servidor) {
     YObThread_stop(web);
 }
 
-/// Waits for the calls in flight. Only the end of the server frees its web server.
+// Waits for the calls in flight. Only the end of the server frees its web server.
 void liberaWebServer(YObThread *thread) {
     auto *servidor = static_cast<YSoapServer *>(thread);
     desliga(servidor);
@@ -94,7 +94,7 @@ void configura(YWebServer *web, const YSoapServer &servidor, YSoapServer_Privado
     aplica(web, YWebServer_setFechaLogo, p.fechaLogo);
 }
 
-/// The web server with our settings and our handler in front of what it had.
+// The web server with our settings and our handler in front of what it had.
 YWebServer *liga(YSoapServer *servidor) {
     YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);
@@ -108,9 +108,9 @@ YWebServer *liga(YSoapServer *servidor) {
     return web;
 }
 
-std::int32_t portaPedida(YSoapServer *servidor) {
+std::uint32_t portaPedida(YSoapServer *servidor) {
     const Tranca tranca(privado(servidor).trinco);
-    return servidor->porta;
+    return static_cast<std::uint32_t>(servidor->porta);
 }
 
 // With port 0 the macro names the port that the system chose.
@@ -193,7 +193,7 @@ void YSoapServer_setPorta(YSoapServer *servidor, int32_t porta) {
 int32_t YSoapServer_getPorta(YSoapServer *servidor) {
     YWebServer *web = webServerDe(servidor);
     const bool escuta = web != nullptr && YWebServer_esperaPronto(web, 0) != 0;
-    return escuta ? static_cast<int32_t>(YWebServer_getPorta(web)) : portaPedida(servidor);
+    return static_cast<int32_t>(escuta ? YWebServer_getPorta(web) : portaPedida(servidor));
 }
 
 void YSoapServer_setEndereco(YSoapServer *servidor, const char *endereco) {

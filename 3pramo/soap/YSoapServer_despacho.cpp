@@ -1,4 +1,5 @@
-#include <3pramo/soap/YSoapServer_despacho.hpp>
+// One SOAP call: its request read, the service object and the handler found, the response written.
+#include <3pramo/soap/YSoapServer_interno.hpp>
 
 #include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/soap/referencias.hpp>
@@ -27,7 +28,7 @@ void limita(YSoapParser *parser, const YSoapServer *servidor) {
     }
 }
 
-/// The tree of a request, and in it the method's element: of that name under Body, else Body, else the root.
+// The tree of a request, and in it the method's element: of that name under Body, else Body, else the root.
 struct Requisicao {
     Ponteiro<YNo> raiz;
     YNo *elemento = nullptr;
@@ -74,8 +75,8 @@ Pino localizaServico(const Chamada &chamada, const YNo *requisicao) {
     return pino;
 }
 
-/// An object is called through the port type that carries its class's name, when that one is for such
-/// objects, else through the one of the URI. A port type for other objects never gets it.
+// An object is called through the port type that carries its class's name, when that one is for such
+// objects, else through the one of the URI. A port type for other objects never gets it.
 YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) {
     bool existe = false;
     for (const char *nome : {servico != nullptr ? servico->rtti->name : nullptr, chamada.portType}) {
@@ -94,10 +95,11 @@ YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) 
 }
 
 Pino constroiServico(const Chamada &chamada, Origem origem) {
-    Ponteiro<YWebService> novo = fabricaServico(chamada.servidor, chamada.portType);
-    if (novo == nullptr) {
+    const auto portType = procuraPortType(chamada.servidor, chamada.portType, chamada.metodo);
+    if (!portType) {
         lanca(YExcSoap_rtti, "Tentou construir serviço para um PortType inexistente."_l1, FONTE);
     }
+    Ponteiro<YWebService> novo = criaServico(portType->rttiDoServico, portType->grupoDeRecursos);
     Pino pino = entraNoConjunto(chamada.servidor, novo, origem);
     (void)novo.release(); // the live set owns it
     return pino;
@@ -139,7 +141,7 @@ void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &
     YNo_setString(resposta, "return", YStream_str(saida));
 }
 
-void metodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
+void chamaMetodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
     const std::string_view metodo = chamada.metodo;
     if (metodo == "constroi") {
         const Pino novo = constroiServico(chamada, Origem::CLIENTE);
@@ -187,7 +189,7 @@ void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *sa
     }
     const YTratadorSoap tratador = obtemTratador(chamada, dado->servico());
     if (tratador == nullptr) {
-        metodoEmbutido(chamada, requisicao, resposta, *dado);
+        chamaMetodoEmbutido(chamada, requisicao, resposta, *dado);
     } else if (dado->vivo()) {
         YWebService_protelaDerrubada(dado->servico());
         tratador(dado->servico(), requisicao, resposta);

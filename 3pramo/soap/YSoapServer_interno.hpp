@@ -96,6 +96,7 @@ void esvazia(YSoapServer *servidor);
 struct PortTypeLido {
     YTratadorSoap tratador;
     YFuncaoRtti rttiDoServico;
+    void *grupoDeRecursos;
 
     /// Whether its handlers may be called on the object.
     [[nodiscard]] bool serve(const YWebService &servico) const {
@@ -104,16 +105,30 @@ struct PortTypeLido {
 };
 std::optional<PortTypeLido> procuraPortType(YSoapServer *servidor, const char *nome, const char *metodo);
 
-/// Makes an object of the port type's class, outside any lock; empty when there is no such port type.
-Ponteiro<YWebService> fabricaServico(YSoapServer *servidor, const char *portType);
+/// What YPortType_constroiObjeto makes of this class and this group; raises as it does. Called outside any
+/// lock: constructors are the application's.
+Ponteiro<YWebService> criaServico(YFuncaoRtti classe, void *grupoDeRecursos);
 
 // ---- Road of a request ----
 
 /// The request handler installed in the web server; `contexto` is the SOAP server.
 void trataRequisicao(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta);
 
-/// 1 when the port type exists and its WSDL was written, 0 when it does not exist or has none.
-int emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida);
+/// One SOAP call.
+struct Chamada {
+    YSoapServer *servidor;
+    const char *portType;
+    const char *metodo;
+    bool comPrefixo;     // false for a call inside "invoca"
+    unsigned invocacoes; // how many "invoca" it is inside of
+};
+
+/// Runs the call and appends its response element to `saida`. `entrada` is the request text, or null for
+/// none; `dado` the service object that an outer call already found, or null. Raises what the call raises.
+void processaChamada(const Chamada &chamada, YStream *entrada, YStream *saida, Pino *dado);
+
+/// True when the port type's WSDL was written; false when there is no such port type, or it has none.
+bool emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida);
 
 } // namespace pramo::soap
 

@@ -14,8 +14,8 @@ using namespace pramo::soap;
 
 namespace {
 
-/// Takes the object out of this server's set, unless it is not there, and condemns it if it is to be freed;
-/// under the registry lock. Whoever sees that it has left sees that, too: taking it out then undoes its end.
+// Takes the object out of this server's set, unless it is not there, and condemns it if it is to be freed;
+// under the registry lock. Whoever sees that it has left sees that, too: taking it out then undoes its end.
 bool tira(YSoapServer *servidor, YWebService_Privado &p, std::uint32_t marca = 0) {
     if (servidor->servicos == nullptr || p.conjunto.load() != servidor) {
         return false;
@@ -31,8 +31,8 @@ std::uint64_t quantosContam(const YSoapServer *servidor) {
     return YSet_tam(servidor->servicos) - privado(servidor).temporarios;
 }
 
-/// Puts the pinned object into the set, and renews its deadline; under the registry lock. False when it is in
-/// another one.
+// Puts the pinned object into the set, and renews its deadline; under the registry lock. False when it is in
+// another one.
 bool tentaEntrar(YSoapServer *servidor, const Pino &pino, Origem origem) {
     YWebService &servico = *pino.servico();
     YWebService_Privado &p = pino.privado();
@@ -111,8 +111,8 @@ void soap::abandonaTemporario(YSoapServer *servidor, const Pino &pino) {
 
 namespace {
 
-/// The next expired object below place `i`, out of the set and condemned; empty when there is none.
-/// Downwards: what leaves meanwhile puts the last one, which was looked at, in its place.
+// The next expired object below place `i`, out of the set and condemned; empty when there is none.
+// Downwards: what leaves meanwhile puts the last one, which was looked at, in its place.
 Pino tiraVencido(YSoapServer *servidor, std::int64_t agora, std::uint64_t &i) {
     const TrancaDoRegistro tranca(servidor);
     i = std::min(i, YSet_tam(servidor->servicos));
@@ -131,8 +131,8 @@ Pino tiraVencido(YSoapServer *servidor, std::int64_t agora, std::uint64_t &i) {
     return {};
 }
 
-/// Its destructors may raise, log, and end the thread: not from a destructor of ours.
-void solta(Pino pino) {
+// Its destructors may raise, log, and end the thread: not from a destructor of ours.
+void soltaSemLancar(Pino pino) {
     try {
         pino.solta();
     } catch (...) {
@@ -146,7 +146,7 @@ void soap::varre(YSoapServer *servidor) {
     const std::int64_t agora = std::time(nullptr);
     std::uint64_t i = UINT64_MAX;
     while (Pino vencido = tiraVencido(servidor, agora, i)) {
-        solta(std::move(vencido));
+        soltaSemLancar(std::move(vencido));
     }
 }
 
@@ -171,7 +171,7 @@ void soap::esvazia(YSoapServer *servidor) {
     }
     YliberaObjeto(servicos);
     while (Pino pino = todos.toma()) {
-        solta(std::move(pino));
+        soltaSemLancar(std::move(pino));
     }
 }
 
@@ -225,21 +225,6 @@ std::optional<PortTypeLido> soap::procuraPortType(YSoapServer *servidor, const c
     if (portType == nullptr) {
         return std::nullopt;
     }
-    return PortTypeLido{YPortType_obtemTratador(portType, metodo), portType->rttiDoServico};
-}
-
-Ponteiro<YWebService> soap::fabricaServico(YSoapServer *servidor, const char *nome) {
-    YPortType copia{}; // only what construction reads; the original may go away meanwhile
-    {
-        const Tranca tranca(privado(servidor).trinco);
-        const auto *portType = static_cast<const YPortType *>(YMapa_recupera(servidor->portTypes, nome));
-        if (portType == nullptr) {
-            return nullptr;
-        }
-        copia.rttiDoServico = portType->rttiDoServico;
-        copia.grupoDeRecursos = portType->grupoDeRecursos;
-    }
-    YWebService *novo = nullptr;
-    YPortType_constroiObjeto(&copia, &novo);
-    return Ponteiro<YWebService>(novo);
+    return PortTypeLido{YPortType_obtemTratador(portType, metodo), portType->rttiDoServico,
+                        portType->grupoDeRecursos};
 }

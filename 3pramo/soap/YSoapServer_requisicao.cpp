@@ -1,5 +1,5 @@
 // One HTTP request: told apart, its SOAP call answered with an envelope or a fault.
-#include <3pramo/soap/YSoapServer_despacho.hpp>
+#include <3pramo/soap/YSoapServer_interno.hpp>
 
 #include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/YObThread_interno.hpp>
@@ -31,7 +31,7 @@ constexpr std::string_view INICIO_DA_FALHA =
     "<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>";
 constexpr std::string_view FIM_DA_FALHA = "</faultstring><faultactor/></SOAP-ENV:Fault>";
 
-/// The port type name, a part of the URI; the method name is left in `metodo`.
+// The port type name, a part of the URI; the method name is left in `metodo`.
 const char *interpretaSoapAction(const char *uri, const char *acao, char (&metodo)[BUFFER_DO_METODO]) {
     const char *sustenido = std::strchr(acao, '#');
     if (sustenido == nullptr) {
@@ -44,8 +44,8 @@ const char *interpretaSoapAction(const char *uri, const char *acao, char (&metod
     return barra != nullptr ? barra + 1 : uri;
 }
 
-/// The description without accents, with what XML does not take raw as references; control characters, which
-/// it does not take at all, become question marks.
+// The description without accents, with what XML does not take raw as references; control characters, which
+// it does not take at all, become question marks.
 void emiteTextoDaFalha(YStream *saida, const std::string &descricao) {
     const Ponteiro<YStream> plano = cria<YStream>(YStream_rtti, FONTE);
     YStream_putTirandoAcentos(plano, descricao.c_str());
@@ -127,7 +127,7 @@ void soap::trataRequisicao(void *contexto, char *uri, YMensagemHttp *requisicao,
         return;
     }
     const char *wsdl = std::strstr(uri, WSDL.data());
-    if (wsdl != nullptr && emiteWsdl(servidor, wsdl + WSDL.size(), requisicao->header, resposta->body) != 0) {
+    if (wsdl != nullptr && emiteWsdl(servidor, wsdl + WSDL.size(), requisicao->header, resposta->body)) {
         YStream_puts(resposta->primeiraLinha, "200 OK");
         YDIC_guarda(resposta->header, "Content-Type", TIPO_XML);
         return;

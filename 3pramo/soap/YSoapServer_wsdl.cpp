@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::size_t MAIOR_NOME_DE_MACRO = 31;
 
-/// What a client sends goes into a document that others may read: a host is a name or an address with its
-/// port, and no field holds what would be markup.
+// What a client sends goes into a document that others may read: a host is a name or an address with its
+// port, and no field holds what would be markup.
 bool podeEntrar(std::string_view campo, std::string_view valor) {
     const bool host = iguaisSemCaixa(campo, "Host");
     return std::all_of(valor.begin(), valor.end(), [&](char c) {
@@ -64,14 +64,14 @@ void YSoapServer_registraMacro(YSoapServer *servidor, const char *nome, const ch
     YDIC_guarda(servidor->macros, nome, texto);
 }
 
-int soap::emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida) {
+bool soap::emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida) {
     const Tranca tranca(privado(servidor).trinco);
     const auto *portType = static_cast<const YPortType *>(YMapa_recupera(servidor->portTypes, nome));
     if (portType == nullptr || portType->wsdl == nullptr) {
-        return 0;
+        return false;
     }
     const Ponteiro<YStream> texto = cria<YStream>(YStream_rtti, FONTE);
     YStream_putExpandindo(texto, portType->wsdl);
     expandeMacros(servidor->macros, saida, header, conteudo(*texto));
-    return 1;
+    return true;
 }

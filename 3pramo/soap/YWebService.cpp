@@ -30,7 +30,7 @@ void destroiServico(void *objeto) {
     }
 }
 
-/// The object leaves its live set at once and goes when nobody uses it; false also when it is going already.
+// The object leaves its live set at once and goes when nobody uses it; false also when it is going already.
 bool podeLiberar(void *objeto) {
     auto &servico = *static_cast<YWebService *>(objeto);
     saiDoConjunto(servico);

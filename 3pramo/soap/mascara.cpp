@@ -7,7 +7,7 @@ namespace pramo::soap {
 
 namespace {
 
-/// True when a `campo` stands where a tag's name does: behind "<", "/", a prefix, or an escaped one of these.
+// True when a `campo` stands where a tag's name does: behind "<", "/", a prefix, or an escaped one of these.
 bool temFormulario(std::string_view corpo) {
     constexpr std::string_view CAMPO = "campo";
     for (std::size_t i = corpo.find(CAMPO); i != std::string_view::npos; i = corpo.find(CAMPO, i + 1)) {

@@ -1,7 +1,6 @@
 #include <3pramo/soap/referencias.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YVetor_interno.hpp>
 #include <3pramo/node/YNo_interno.hpp>
 
 #include <algorithm>
@@ -14,14 +13,6 @@ namespace pramo::soap {
 namespace {
 
 constexpr const char *FONTE = "YSoapServer";
-
-std::span<void *> filhosDe(const YNo &no) {
-    return no.filhos != nullptr ? elementos(*no.filhos) : std::span<void *>();
-}
-
-std::string_view textoOuNada(const char *texto) {
-    return texto != nullptr ? std::string_view(texto) : std::string_view();
-}
 
 // The parser takes a single quote for a character of the value.
 std::string_view semAspas(std::string_view valor) {
@@ -41,7 +32,7 @@ std::uint64_t nivelDe(const YNo *no) {
     lanca(YExcSoap_rtti, "Mensagem SOAP mal formada.", FONTE);
 }
 
-/// Walks down the element, resolving each node before its children.
+// Walks down the element, resolving each node before its children.
 class Resolucao {
 public:
     Resolucao(const YNo &corpo, const YNo &elemento, const Sobra &sobra) : sobra_(sobra) {
@@ -66,14 +57,14 @@ public:
     }
 
 private:
-    /// An element that others may refer to; open while what reads as it is walked through.
+    // An element that others may refer to; open while what reads as it is walked through.
     struct Alvo {
         const YNo *no;
         bool aberto;
     };
 
-    /// A node on the way down, and the one that its content is read from: itself, or what it is a copy of,
-    /// whose children are copied one by one as they are visited.
+    // A node on the way down, and the one that its content is read from: itself, or what it is a copy of,
+    // whose children are copied one by one as they are visited.
     struct Visita {
         YNo *no;
         const YNo *modelo;

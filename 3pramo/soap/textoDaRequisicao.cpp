@@ -16,7 +16,7 @@ constexpr const char *FONTE = "YSoapServer";
 constexpr std::string_view MARCA_DE_ORDEM = "\xEF\xBB\xBF";
 constexpr std::string_view DECLARACAO = "<?xml ";
 
-/// One character of UTF-8. A length of 0: the bytes are no valid UTF-8.
+// One character of UTF-8. A length of 0: the bytes are no valid UTF-8.
 struct Caractere {
     std::uint32_t codigo;
     std::size_t bytes;
@@ -61,7 +61,7 @@ bool soAscii(std::string_view texto) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-/// Converts the unread part in place: what is written never overtakes what is read.
+// Converts the unread part in place: what is written never overtakes what is read.
 void converte(YStream &stream) {
     std::string_view resto = naoLido(stream);
     if (soAscii(resto) || !ehUtf8(resto)) {
@@ -79,7 +79,7 @@ void converte(YStream &stream) {
     encolhe(stream, static_cast<std::size_t>(destino - stream.dados));
 }
 
-/// True when the declaration's encoding is UTF-8, in any letter case.
+// True when the declaration's encoding is UTF-8, in any letter case.
 bool declaraUtf8(std::string_view declaracao) {
     constexpr std::string_view NOME = "encoding";
     constexpr std::string_view UTF8 = "UTF-8";
