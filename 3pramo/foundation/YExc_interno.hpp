@@ -37,6 +37,21 @@ inline bool terminaAThread() noexcept {
     return std::current_exception() == nullptr;
 }
 
+/// Runs the function; of several that fail, one after the other, the first exception is kept.
+template <typename FUNCAO>
+void guardaPrimeira(std::exception_ptr &primeira, FUNCAO funcao) {
+    try {
+        funcao();
+    } catch (...) {
+        if (terminaAThread()) {
+            throw;
+        }
+        if (primeira == nullptr) {
+            primeira = std::current_exception();
+        }
+    }
+}
+
 /// In a catch (...) block: the exception in flight as one of ours; a standard one becomes YExc with its
 /// what(), anything else YExc "Exceção desconhecida.". The forced unwinding of a thread that ends is passed
 /// on; nothing else is raised, also when there is no memory for the texts.

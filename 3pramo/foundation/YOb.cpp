@@ -28,17 +28,8 @@ namespace {
 std::exception_ptr destroi(void *objeto, const YRtti *classe) {
     std::exception_ptr primeira;
     percorreClasses(classe, [&](const YRtti &c) {
-        try {
-            if (c.destructor != nullptr) {
-                c.destructor(objeto);
-            }
-        } catch (...) {
-            if (terminaAThread()) {
-                throw;
-            }
-            if (primeira == nullptr) {
-                primeira = std::current_exception();
-            }
+        if (c.destructor != nullptr) {
+            guardaPrimeira(primeira, [&] { c.destructor(objeto); });
         }
         return true;
     });

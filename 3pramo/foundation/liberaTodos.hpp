@@ -15,16 +15,7 @@ template <typename Vazio, typename Tira>
 void liberaTodos(Vazio vazio, Tira tira) {
     std::exception_ptr primeira;
     while (!vazio()) {
-        try {
-            YliberaObjeto(tira());
-        } catch (...) {
-            if (terminaAThread()) {
-                throw;
-            }
-            if (!primeira) {
-                primeira = std::current_exception();
-            }
-        }
+        guardaPrimeira(primeira, [&] { YliberaObjeto(tira()); });
     }
     if (primeira) {
         std::rethrow_exception(primeira);
