@@ -1,3 +1,8 @@
+// Objects. An instance is one zeroed block whose first word is its class's descriptor; constructors run
+// from the root class down, destructors from its class up. An exception of a constructor leaves nothing
+// behind, one of a destructor stops none of the others.
+// What is special about freeing an object of some class (a thread, a service object), that class says
+// itself through an AntesDeLiberar: nothing here knows a class but the root.
 #include <3pramo/foundation/YOb_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -8,7 +13,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 
 using namespace pramo;
 
@@ -25,6 +29,8 @@ const char *Y3PRAMO_versao(void) {
 namespace {
 
 // Runs every destructor from the class up; gives the first exception, if any.
+// A destructor that ends its thread (pthread_exit) is let through: no catch block may hold that up. The
+// instance is then lost.
 std::exception_ptr destroi(void *objeto, const YRtti *classe) {
     std::exception_ptr primeira;
     percorreClasses(classe, [&](const YRtti &c) {
@@ -36,6 +42,8 @@ std::exception_ptr destroi(void *objeto, const YRtti *classe) {
     return primeira;
 }
 
+// The ancestors first; the recursion is as deep as the class. A constructor that raises has cleaned up
+// after itself, so only its ancestors are undone here.
 void constroi(void *objeto, const YRtti *classe) {
     const YRtti *mae = classe->parent != nullptr ? classe->parent() : nullptr;
     if (mae != nullptr) {
@@ -52,17 +60,16 @@ void constroi(void *objeto, const YRtti *classe) {
     }
 }
 
-struct Pergunta {
-    const YRtti *classe;
-    PodeLiberar pode;
-};
-constinit Pergunta perguntas[2] = {};
+// The questions of the few classes that have one. They are entered while the library is loaded, by statics
+// in no known order (hence constinit), and only read from then on: no lock.
+constinit const AntesDeLiberar *perguntas = nullptr;
 
+// The nearest class with a question answers, also for its own ancestors.
 bool podeLiberar(void *objeto, const YRtti *classe) {
     PodeLiberar pode = nullptr;
     percorreClasses(classe, [&](const YRtti &c) {
-        for (const Pergunta &pergunta : perguntas) {
-            pode = pergunta.classe == &c ? pergunta.pode : pode;
+        for (const AntesDeLiberar *p = perguntas; p != nullptr && pode == nullptr; p = p->seguinte) {
+            pode = p->classe == &c ? p->pode : nullptr;
         }
         return pode == nullptr;
     });
@@ -71,9 +78,9 @@ bool podeLiberar(void *objeto, const YRtti *classe) {
 
 } // namespace
 
-pramo::AntesDeLiberar::AntesDeLiberar(const YRtti &classe, PodeLiberar pode) {
-    *std::find_if(std::begin(perguntas), std::end(perguntas),
-                  [](const Pergunta &p) { return p.classe == nullptr; }) = {&classe, pode};
+pramo::AntesDeLiberar::AntesDeLiberar(const YRtti &deQual, PodeLiberar pergunta)
+    : classe(&deQual), pode(pergunta), seguinte(perguntas) {
+    perguntas = this;
 }
 
 std::size_t pramo::tamanhoDaInstancia(const YRtti *classe) {
@@ -89,6 +96,8 @@ void YliberaObjeto_semLancar(void *objeto) noexcept {
     try {
         YliberaObjeto(objeto);
     } catch (...) {
+        // No sink of the application runs in here: one that ended its thread could not unwind through
+        // noexcept.
         registraExcecaoAdiada("YliberaObjeto");
     }
 }
@@ -100,10 +109,12 @@ void YalocaObjeto(void *lugar, YFuncaoRtti classe) {
 void YalocaObjeto_debug(void *lugar, YFuncaoRtti classe, const char *arquivo, int linha) {
     const YRtti *descritor = classe();
     const std::size_t tamanho = tamanhoDaInstancia(descritor);
+    // Zeroed: a constructor writes only what is not zero, and a class may do without one.
     auto *objeto = static_cast<YOb *>(std::calloc(1, tamanho));
     if (objeto == nullptr) {
         faltaMemoria(arquivo, linha);
     }
+    // The final class from the start: a constructor that calls a slot reaches the derived class.
     objeto->rtti = descritor;
     anotaAlocacao(objeto, descritor->name, tamanho, arquivo, linha);
     try {
@@ -113,6 +124,8 @@ void YalocaObjeto_debug(void *lugar, YFuncaoRtti classe, const char *arquivo, in
         std::free(objeto);
         throw;
     }
+    // Last, so that the variable of the caller changes only on success; by bytes, since its type is
+    // unknown.
     std::memcpy(lugar, &objeto, sizeof objeto);
 }
 
@@ -121,12 +134,16 @@ void YliberaObjeto(void *objeto) {
         return;
     }
     const YRtti *classe = static_cast<YOb *>(objeto)->rtti;
+    // May raise, and then nothing has happened. False: whoever still uses the object, or is freeing it
+    // already, ends it; it may be gone now.
     if (!podeLiberar(objeto, classe)) {
         return;
     }
     const std::exception_ptr falha = destroi(objeto, classe);
+    // Out of the report before the address can be given out again.
     anotaLiberacao(objeto);
     std::free(objeto);
+    // While another exception unwinds, a second one that left a destructor would end the process.
     if (falha != nullptr && std::uncaught_exceptions() == 0) {
         std::rethrow_exception(falha);
     }

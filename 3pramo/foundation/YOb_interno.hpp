@@ -24,9 +24,15 @@ std::size_t tamanhoDaInstancia(const YRtti *classe);
 /// object then stays as it was.
 using PodeLiberar = bool (*)(void *objeto);
 
-/// Enters a class's question while the library is loaded. Few classes have one.
+/// A static of namespace scope: enters a class's question while the library is loaded. Few classes have one.
 struct AntesDeLiberar {
-    AntesDeLiberar(const YRtti &classe, PodeLiberar pode);
+    AntesDeLiberar(const YRtti &deQual, PodeLiberar pergunta);
+    AntesDeLiberar(const AntesDeLiberar &) = delete;
+    AntesDeLiberar &operator=(const AntesDeLiberar &) = delete;
+
+    const YRtti *classe;
+    PodeLiberar pode;
+    const AntesDeLiberar *seguinte;
 };
 
 } // namespace pramo
