@@ -1,3 +1,6 @@
+// Raising, and protected regions for C. A region keeps the exception that left its body as it was raised,
+// in the place of the one pointer that the caller's struct has for it. What is being handled is remembered
+// for the thread (YExc_daThread.hpp) as well: whoever asks for a description has no region at hand.
 #include <3pramo/foundation/YContextoTry.h>
 
 #include <3pramo/foundation/Formato.hpp>
@@ -39,6 +42,7 @@ void YContextoTry_printf(const char *formato, ...) {
 void YContextoTry_throw(YFuncaoRtti classe, const char *mensagem, const char *arquivo, int linha) {
     std::string detalhe;
     if (Lembrancas *l = lembrancas()) {
+        // Used up by this raise in any case: it must not decorate a later, unrelated one.
         detalhe.swap(l->detalhe);
     }
     throw YExcecao(classe, detalhe.c_str(), mensagem, arquivo, linha);
@@ -56,6 +60,7 @@ constexpr std::int32_t FECHADA = 2;
 static_assert(sizeof(std::exception_ptr) == sizeof(YContextoTry::pendente));
 
 std::exception_ptr &pendente(YContextoTry *contexto) {
+    // Between YContextoTry_inicia and _finaliza an exception_ptr lives in the field.
     return *std::launder(reinterpret_cast<std::exception_ptr *>(&contexto->pendente));
 }
 
@@ -79,23 +84,29 @@ void passaATratar(const YContextoTry *contexto, const std::exception_ptr &exceca
         return;
     }
     l->ultimaTratada = excecao;
+    // The outermost one makes room. When its turn comes the last handled exception stands in for it.
     if (l->abertas == l->regioes.size()) {
         std::move(l->regioes.begin() + 1, l->regioes.end(), l->regioes.begin());
         l->abertas--;
     }
+    // The C++ exception in flight goes along: a catch block that begins later lies within the region.
     l->regioes[l->abertas++] = {contexto, excecao, std::current_exception()};
 }
 
 } // namespace
 
 void YContextoTry_inicia(YContextoTry *contexto) {
+    // One that was abandoned here (by longjmp, say) may have had the same address: it ends now.
     deixaDeTratar(contexto);
     contexto->estado = ABERTA;
     contexto->tratada = 0;
+    // The caller set only `estado`: what the field holds is not to be destroyed first.
     new (&contexto->pendente) std::exception_ptr();
 }
 
 int YContextoTry_executa(YContextoTry *contexto, void (*corpo)(void *), void *argumento) {
+    // Another body may run after one that returned; after one that raised there is no place for its
+    // exception.
     if (contexto->estado != ABERTA || pendente(contexto) != nullptr) {
         lanca(YExc_rtti, "Região protegida não está aberta."_l1, "YContextoTry");
     }
@@ -103,6 +114,7 @@ int YContextoTry_executa(YContextoTry *contexto, void (*corpo)(void *), void *ar
         corpo(argumento);
         return 1;
     } catch (...) {
+        // The thread's own end is no exception of the body: a region that kept it would end the process.
         if (terminaAThread()) {
             throw;
         }
@@ -116,6 +128,7 @@ int YContextoTry_catch(YContextoTry *contexto, YFuncaoRtti classe) {
     if (excecao == nullptr || !traduz(excecao).ehDaClasse(classe)) {
         return 0;
     }
+    // A second catch that also fits changes nothing: it is the same exception.
     if (contexto->tratada == 0) {
         contexto->tratada = 1;
         passaATratar(contexto, excecao);
@@ -128,6 +141,7 @@ void YContextoTry_voltaContexto(YContextoTry *contexto) {
 }
 
 void YContextoTry_finaliza(YContextoTry *contexto) {
+    // Everything is put back before the raise, which may be caught in a frame that begins this region anew.
     const std::exception_ptr excecao = std::exchange(pendente(contexto), nullptr);
     const bool tratada = std::exchange(contexto->tratada, 0) != 0;
     contexto->estado = 0;

@@ -1,3 +1,5 @@
+// Exceptions: their classes, the C++ exception that carries them all, what a foreign one is taken for, and
+// the description in the log. Everything here goes on when memory is short, with less text.
 #include <3pramo/foundation/YExc_interno.hpp>
 
 #include <3pramo/foundation/YExc_daThread.hpp>
@@ -46,6 +48,7 @@ YExcecao::YExcecao(YFuncaoRtti qual, const char *detalhe, const char *mensagem, 
     try {
         textos_ = std::make_shared<const Textos>(Textos{std::string(detalhe) + mensagem, arquivo});
     } catch (const std::bad_alloc &) {
+        // Raised from here it would take the place of the very exception that is being made.
         textos_ = nullptr;
     }
 }
@@ -64,6 +67,7 @@ bool YExcecao::ehDaClasse(YFuncaoRtti qual) const noexcept {
     return YRtti_deriva(classe_(), qual) != 0;
 }
 
+// The form that registraDescricao writes without memory, too.
 std::string YExcecao::descricao() const {
     return semFaltaDeMemoria("YExc", [this] {
         return std::string(classe_()->name) + ": " + what() + " (" + arquivo() + ":" +
@@ -94,6 +98,7 @@ const char *mensagemCorrente() {
 
 } // namespace
 
+// A forced unwinding is no exception that could be copied; `throw;` hands it on to the frames above.
 YExcecao pramo::excecaoCorrente() {
     if (terminaAThread()) {
         throw;
@@ -103,10 +108,12 @@ YExcecao pramo::excecaoCorrente() {
     } catch (const YExcecao &e) {
         return e;
     } catch (...) {
+        // A foreign exception has no source to name; the line is this one.
         return {YExc_rtti, "", mensagemCorrente(), "YExc", __LINE__};
     }
 }
 
+// Raising it again is the only way to look at a kept exception. The copy shares its texts.
 YExcecao pramo::traduz(const std::exception_ptr &excecao) {
     try {
         std::rethrow_exception(excecao);
@@ -115,6 +122,7 @@ YExcecao pramo::traduz(const std::exception_ptr &excecao) {
     }
 }
 
+// The text belongs to the exception object, which the caller's pointer keeps alive beyond the catch block.
 const char *pramo::mensagemDe(const std::exception_ptr &excecao) {
     try {
         std::rethrow_exception(excecao);
@@ -130,6 +138,7 @@ namespace {
 /// The exception that YExc_descreve_no_log speaks of: what is handled innermost, by a C++ catch block or by a
 /// protected region of C code, else the last that a region handled.
 std::exception_ptr excecaoApanhada() {
+    // That of a C++ block is the runtime's to know, those of C regions are in what this thread remembers.
     std::exception_ptr corrente = std::current_exception();
     const Lembrancas *l = lembrancas();
     if (l == nullptr) {
@@ -146,6 +155,7 @@ std::exception_ptr excecaoApanhada() {
 /// failed on. Cut only when there is no memory for all of it.
 template <typename REGISTRA>
 void registraDescricao(const char *onde, const YExcecao &e, REGISTRA registra) {
+    // Twice the same format: once to learn the length, and again if memory of that length was to be had.
     const auto escreve = [&](char *texto, std::size_t tamanho) {
         const char *separa = *onde != 0 ? ": " : "";
         return static_cast<std::size_t>(std::snprintf(texto, tamanho, "%s%s%s: %s (%s:%d)", onde, separa,
@@ -157,6 +167,7 @@ void registraDescricao(const char *onde, const YExcecao &e, REGISTRA registra) {
                                                                 : nullptr);
     tamanho = longo != nullptr ? escreve(longo.get(), tamanho + 1) : std::min(tamanho, sizeof curto - 1);
     char *texto = longo != nullptr ? longo.get() : curto;
+    // The whole line, for each of its texts may quote card data; in place, so without memory.
     mascaraNoLugar(texto, tamanho);
     registra(Y_LOG_ERRO, std::string_view(texto, tamanho));
 }
@@ -179,6 +190,7 @@ void pramo::registraExcecaoCorrente(const char *onde) {
     registraDescricao(onde, excecaoCorrente(), registraTexto);
 }
 
+// Where no unwinding may pass: the record waits for a place where a sink of the application may be called.
 void pramo::registraExcecaoAdiada(const char *onde) {
     registraDescricao(onde, excecaoCorrente(), registraAdiado);
 }

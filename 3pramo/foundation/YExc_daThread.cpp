@@ -1,3 +1,6 @@
+// What a thread remembers of exceptions: made in the thread's own static memory when it first has something
+// to remember, given up when the thread ends. Nothing here allocates, so the first exception of a thread
+// may be that there is no memory.
 #include <3pramo/foundation/YExc_daThread.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -36,8 +39,11 @@ Lembrancas *pramo::lembrancas() noexcept {
     return lugar.feitas;
 }
 
+// Without the key nobody would free the texts and exceptions at the end of the thread: then nothing is
+// remembered, and an exception goes without its detail.
 Lembrancas *pramo::lembrancasOuNovas() noexcept {
     if (lugar.feitas == nullptr && chave.valida && pthread_setspecific(chave.chave, lugar.bytes) == 0) {
+        // After the key was set: from now on the end of the thread frees what they hold.
         lugar.feitas = new (lugar.bytes) Lembrancas;
     }
     return lugar.feitas;

@@ -1,3 +1,6 @@
+// Memory blocks and the report of those alive. A block is malloc's own, without a header: how long it is,
+// malloc is asked when it is wiped, and the report knows it by its address. So with the report off a block
+// costs what malloc costs.
 #include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
@@ -23,12 +26,15 @@ struct Anotacao {
     int linha;
 };
 
+// Two tables of the same entries, each with its own key. Their memory does not come through the functions
+// below: the report never enters itself.
 struct Relatorio {
     Trinco trinco;
     std::map<std::uint64_t, Anotacao> vivos Y_GUARDADO_POR(trinco); // by the order they were made in
     std::unordered_map<const void *, std::uint64_t> ordens Y_GUARDADO_POR(trinco);
     std::uint64_t ordem Y_GUARDADO_POR(trinco) = 0; // of the next one
 
+    // What the parent made is alive in the child, too.
     void noFilho() {}
 };
 
@@ -46,6 +52,7 @@ void entraNoRelatorio(void *bloco, const char *classe, std::uint64_t tamanho, co
                       int linha) try {
     Relatorio &r = relatorio();
     const Tranca tranca(r.trinco);
+    // An order for which the second step finds no memory leads to no entry and harms nothing.
     r.ordens.insert_or_assign(bloco, r.ordem);
     r.vivos.emplace_hint(r.vivos.end(), r.ordem++, Anotacao{classe, tamanho, arquivo, linha});
 } catch (const std::bad_alloc &) {
@@ -75,6 +82,7 @@ void *YalocaMemoria(uint64_t tamanho) {
 }
 
 void *YalocaMemoria_debug(uint64_t tamanho, const char *arquivo, int linha) {
+    // malloc(0) may give null, which would pass for a lack of memory.
     void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
     if (bloco == nullptr) {
         faltaMemoria(arquivo, linha);
@@ -87,6 +95,7 @@ void *YalocaMemoria_debug(uint64_t tamanho, const char *arquivo, int linha) {
 void *YrealocaMemoria_debug(void *bloco, uint64_t tamanho, const char *arquivo, int linha) {
     void *novo = YalocaMemoria_debug(tamanho, arquivo, linha);
     if (bloco != nullptr) {
+        // What is copied beyond the size that was once asked for means nothing and harms nothing.
         std::memcpy(novo, bloco, std::min<std::size_t>(malloc_usable_size(bloco), tamanho));
         YliberaMemoria(bloco);
     }
@@ -95,6 +104,7 @@ void *YrealocaMemoria_debug(void *bloco, uint64_t tamanho, const char *arquivo, 
 
 void YliberaMemoria(void *bloco) {
     if (bloco != nullptr) {
+        // All that malloc gave: nobody kept how much of it was asked for.
         apaga(bloco, malloc_usable_size(bloco));
         liberaSemApagar(bloco);
     }
@@ -121,6 +131,7 @@ char *YduplicaStringTam(const char *texto, uint64_t tamanho) {
 void YMemoria_habilitaRelatorio(int ligado) {
     Relatorio &r = relatorio();
     const Tranca tranca(r.trinco);
+    // On the way on, too: a thread that had read the old flag may have entered a block after the way off.
     r.vivos.clear();
     r.ordens.clear();
     relatorioLigado.store(ligado != 0, std::memory_order_relaxed);
@@ -157,6 +168,7 @@ std::uint64_t proximaOrdem() {
 void YMemoria_relatorio(YFuncaoRelatorio funcao, void *contexto) {
     const std::uint64_t fim = proximaOrdem(); // others may go on making blocks
     std::uint64_t ordem = 0;
+    // Entry by entry, so that the function runs without the lock, which everybody needs who makes a block.
     while (const auto a = proxima(ordem, fim)) {
         funcao(contexto, a->classe, a->tamanho, a->arquivo, a->linha);
         ordem++;

@@ -1,3 +1,9 @@
+// Thread objects. `viva` says whether the thread should go on, `rodando` that its run has not returned,
+// `aJuntar` that its pthread is still to be joined. A change of life (start, stop, free) may wait for the
+// thread to end, so it cannot hold the lock all along: a Mudanca keeps the other changes out instead, and
+// the lock is held only where the fields are looked at.
+// What a change does, the slots of the class say; the Impl functions are those of this class, which derived
+// ones call. Who works for an object (EmUso) may neither free nor restart it: it would wait for itself.
 #include <3pramo/foundation/YObThread_interno.hpp>
 
 #include <3pramo/foundation/Trinco.hpp>
@@ -16,8 +22,11 @@ namespace {
 constexpr const char *FONTE = "YObThread";
 
 struct Privado {
+    // Written under the lock, so that whoever waits misses no change; asked without it, by every round of a
+    // run.
     std::atomic<bool> viva{false};
-    void (*aoLiberar)(YObThread *) = nullptr; // set by a constructor
+    // Set by a constructor, while no second thread knows the object.
+    void (*aoLiberar)(YObThread *) = nullptr;
 
     Trinco trinco;
     Condicao mudou;                              // any of the fields below
@@ -47,6 +56,8 @@ class Mudanca {
 public:
     explicit Mudanca(Privado &privado) : p_(privado) {
         const Tranca tranca(p_.trinco);
+        // A change within a change of the same thread (a slot may start or stop) goes in at once. Who waits
+        // is counted: the one that frees lets all of them leave before the memory goes.
         const std::thread::id eu = std::this_thread::get_id();
         p_.esperam++;
         while (!p_.liberando && p_.mudancas != 0 && p_.quemMuda != eu) {
@@ -79,6 +90,7 @@ private:
     bool entrou_;
 };
 
+// A pthread_t that was joined may be given out again; only one that is to be joined says something.
 bool ehPropria(const Privado &p) Y_EXIGE(p.trinco) {
     return p.rodando && p.aJuntar && pthread_equal(p.fio, pthread_self()) != 0;
 }
@@ -92,10 +104,12 @@ bool naPropriaThread(const YObThread *thread) {
 /// Waits for the end of the thread that ran last; its run has returned.
 void junta(Privado &p) {
     Tranca tranca(p.trinco);
+    // Taken under the lock: one of several stops joins, the others find nothing to do.
     const bool ha = std::exchange(p.aJuntar, false);
     const pthread_t fio = p.fio;
     tranca.solta();
     if (ha) {
+        // Without the lock: destructors that run at the end of a thread are the application's, too.
         pthread_join(fio, nullptr);
     }
 }
@@ -107,6 +121,7 @@ class FimDaRodada {
 public:
     explicit FimDaRodada(Privado &privado) : p_(privado) {}
     ~FimDaRodada() {
+        // First: the destructors of exceptions belong to the run, and the object may go once it has ended.
         esqueceExcecoes();
         const Tranca tranca(p_.trinco);
         p_.viva = false;
@@ -127,6 +142,7 @@ void *roda(void *argumento) {
         const EmUso emUso(thread);
         slotsDe(thread).run(thread);
     } catch (...) {
+        // Hands the unwinding of pthread_exit on, which `fim` then ends.
         registraExcecaoCorrente("run");
     }
     return nullptr;
@@ -148,17 +164,21 @@ void destroiThread(void *objeto) {
 /// Before any destructor: stops the object through its slot and has its class end what else works for it.
 bool preparaLiberacao(void *objeto) {
     auto *thread = static_cast<YObThread *>(objeto);
+    // Before anything has changed: whoever asked for it may go on with the object.
     recusaEmUso(thread);
     Privado &p = privado(thread);
     const Mudanca mudanca(p);
     if (!mudanca.entrou()) {
         return false; // another thread frees it
     }
+    // The derived class is still whole: its slot ends its threads before a destructor takes their fields.
     slotsDe(thread).stopImpl(thread);
     if (p.aoLiberar != nullptr) {
+        // Also those threads that work for the object beside its own.
         p.aoLiberar(thread);
     }
     const Tranca tranca(p.trinco);
+    // From here on no change enters. Those that waited leave with nothing done; the last one ends this wait.
     p.liberando = true;
     p.mudou.avisa();
     while (p.esperam != 0) {
@@ -186,7 +206,8 @@ const YRtti *YObThread_rtti(void) {
 }
 
 void YObThread_start(YObThread *thread) {
-    if (EmUso::por(thread)) { // a new run would wait for this very thread
+    // A new run would wait for this very thread; of one that is alive there is nothing to ask.
+    if (EmUso::por(thread)) {
         if (YObThread_isAlive(thread) == 0) {
             recusaEmUso(thread);
         }
@@ -217,6 +238,7 @@ int YObThread_dorme(YObThread *thread, uint32_t milissegundos) {
     Privado &p = privado(thread);
     const auto fim = std::chrono::steady_clock::now() + std::chrono::milliseconds(milissegundos);
     const Tranca tranca(p.trinco);
+    // Other changes wake it, too: it sleeps on until the time has passed or the life is over.
     while (p.viva && p.mudou.esperaAte(p.trinco, fim)) {
     }
     return p.viva ? 1 : 0;
@@ -231,10 +253,14 @@ void YObThread_startImpl(YObThread *thread) {
     while (p.rodando) { // a stop that was only asked for ends first
         p.mudou.espera(p.trinco);
     }
+    // Without the lock while the last thread is joined; this is the change under way, so no other start
+    // comes between.
     tranca.solta();
     junta(p);
     tranca.tranca();
+    // Before the thread exists: it may ask at once, and so may its starter as soon as this returns.
     p.rodando = p.viva = true;
+    // Under the lock, so that nobody sees the new thread without its handle.
     p.aJuntar = pthread_create(&p.fio, nullptr, roda, thread) == 0;
     if (!p.aJuntar) {
         p.rodando = p.viva = false;
@@ -247,6 +273,7 @@ void YObThread_stopImpl(YObThread *thread) {
     Tranca tranca(p.trinco);
     p.viva = false;
     p.mudou.avisa();
+    // It cannot wait for its own end: that is asked for only, and the next change of life joins it.
     if (ehPropria(p)) {
         return;
     }
@@ -261,6 +288,8 @@ void YObThread_stopImpl(YObThread *thread) {
 
 namespace {
 
+// The objects that this thread works for, the latest first: a list along its stack, for who serves a
+// connection may work for two servers, one built on the other.
 thread_local EmUso *usosDaThread = nullptr;
 
 } // namespace

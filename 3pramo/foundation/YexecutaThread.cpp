@@ -1,4 +1,7 @@
-// Functions run on threads of their own, which are kept for a while and used again.
+// Functions run on threads of their own. A thread that has ended its function takes a free place, waits
+// there ten seconds for the next one, and ends without one. So a server under load makes threads only as
+// its load grows, and one at rest has none. Nobody joins them: they are detached.
+// Work goes to the place under the lock; whoever gave it wakes the thread after letting go of the lock.
 #include <3pramo/foundation/YexecutaThread.h>
 
 #include <3pramo/foundation/Eterno.hpp>
@@ -19,6 +22,7 @@ constexpr std::size_t MAXIMO_DE_OCIOSAS = 64;
 constexpr std::chrono::seconds ESPERA_DA_OCIOSA{10};
 constexpr std::uint64_t MENOR_PILHA = std::uint64_t{128} * 1024;
 
+/// Without a function it is none: the thread ends.
 struct Trabalho {
     void (*funcao)(void *) = nullptr;
     void *argumento = nullptr;
@@ -68,10 +72,12 @@ void executa(const Trabalho &trabalho) {
     try {
         trabalho.funcao(trabalho.argumento);
     } catch (...) {
+        // Nobody is there to catch it. That of pthread_exit goes on, and takes this thread with it.
         registraExcecaoCorrente("YexecutaThread");
     }
     // The thread's next work is somebody else's.
     esqueceExcecoes();
+    // Here a sink may be called: what destructors of this run had to leave waiting is delivered.
     entregaAdiados();
 }
 
@@ -92,12 +98,15 @@ Trabalho esperaTrabalho() {
     Piscina &p = piscina();
     const auto fim = std::chrono::steady_clock::now() + ESPERA_DA_OCIOSA;
     const Tranca tranca(p.trinco);
+    // As many wait as there are places; the next one ends.
     Vaga *eu = p.livres;
     if (eu == nullptr) {
         return {};
     }
     p.livres = eu->abaixo;
     poe(p.ociosas, eu);
+    // It is woken for nothing now and then (see Vaga), and late work counts: whoever gave it has taken the
+    // place off the list of the idle and relies on it.
     while (eu->trabalho.funcao == nullptr) {
         if (!eu->chegou.esperaAte(p.trinco, fim) && eu->trabalho.funcao == nullptr) {
             tira(p.ociosas, eu);
@@ -109,6 +118,7 @@ Trabalho esperaTrabalho() {
 }
 
 void *vidaDaThread(void *primeiro) {
+    // Freed before the first function runs, which may last as long as the process.
     Trabalho trabalho = *std::unique_ptr<Trabalho>(static_cast<Trabalho *>(primeiro));
     while (trabalho.funcao != nullptr) {
         executa(trabalho);
@@ -131,6 +141,7 @@ Vaga *entregaAOciosa(Piscina &p, const Trabalho &trabalho) Y_EXIGE(p.trinco) {
 }
 
 /// On success the thread frees `dela`.
+/// Threads that are kept keep the stack they were made with.
 bool criaThread(std::uint64_t pilha, Trabalho *dela) {
     pthread_attr_t atributos;
     if (dela == nullptr || pthread_attr_init(&atributos) != 0) {
@@ -150,6 +161,7 @@ void YexecutaThread(void (*funcao)(void *argumento), void *argumento) {
     Piscina &p = piscina();
     Tranca tranca(p.trinco);
     Vaga *const ociosa = entregaAOciosa(p, {funcao, argumento});
+    // Read here, not to take the lock a second time.
     const std::uint64_t pilha = p.pilha;
     tranca.solta(); // a thread woken under the lock would wait for it at once
     if (ociosa != nullptr) {
