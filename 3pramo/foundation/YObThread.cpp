@@ -137,9 +137,11 @@ private:
 
 void *roda(void *argumento) {
     auto *thread = static_cast<YObThread *>(argumento);
+    // Outermost: what of the application still runs on this thread behind `run` (a sink, the destructors of
+    // exceptions) may not free the object either. It is of this thread alone, so it may outlive the object.
+    const EmUso emUso(thread);
     const FimDaRodada fim(privado(thread));
     try {
-        const EmUso emUso(thread);
         slotsDe(thread).run(thread);
     } catch (...) {
         // Hands the unwinding of pthread_exit on, which `fim` then ends.
