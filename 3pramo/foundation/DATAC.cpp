@@ -19,6 +19,7 @@ using Compactada = std::array<std::uint8_t, 2>;
 
 int32_t DATAC_yuliano(const void *endereco) {
     Compactada bytes;
+    // The address need not be aligned, and the order of the bytes is the format's, not the machine's.
     std::memcpy(bytes.data(), endereco, bytes.size());
     const unsigned bits = bytes[0] + 256U * bytes[1];
     if (bits == 0) {

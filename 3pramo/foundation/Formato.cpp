@@ -15,6 +15,7 @@ const locale_t C = newlocale(LC_ALL_MASK, "C", nullptr); // the system's own, wh
 
 } // namespace
 
+// Of this thread alone: setlocale would change it for all of them.
 LocaleC::LocaleC() : anterior_(uselocale(C)) {}
 
 LocaleC::~LocaleC() {
@@ -24,6 +25,7 @@ LocaleC::~LocaleC() {
 std::size_t formataEm(char *buffer, std::size_t tamanho, const char *formato, va_list argumentos) {
     const LocaleC c;
     const int escritos = std::vsnprintf(buffer, tamanho, formato, argumentos);
+    // A wide field may need memory; that is no fault of the format.
     if (escritos < 0 && errno == ENOMEM) {
         throw std::bad_alloc();
     }
@@ -35,6 +37,7 @@ std::size_t formataEm(char *buffer, std::size_t tamanho, const char *formato, va
 
 std::string formataTexto(const char *formato, va_list argumentos) {
     va_list outraVez;
+    // A list can be walked once; mostly the first walk is enough.
     va_copy(outraVez, argumentos);
     char curto[512];
     const std::size_t tamanho = formataEm(curto, sizeof curto, formato, argumentos);

@@ -12,6 +12,7 @@ using namespace pramo;
 namespace {
 
 void converte(decltype(gmtime_r) *funcao, const time_t *momento, struct tm *partes) {
+    // Aside, so that a failure leaves the caller's record as it was.
     struct tm prontas = {};
     if (funcao(momento, &prontas) == nullptr) {
         lanca(YExc_rtti, "Momento fora do calendário."_l1, "YConversoes");
@@ -28,6 +29,7 @@ int64_t atoy64(const char *texto) {
     while (ehBranco(*texto)) {
         texto++;
     }
+    // from_chars knows "-" alone, and would take "+-5" for -5 once the + is gone.
     if (*texto == '+' && *++texto == '-') {
         return 0;
     }

@@ -1,3 +1,6 @@
+// The dictionary: entries chained in the order of insertion, each one block with its key and first value. A
+// few are searched through, which is faster than any index; more have an ordered tree, whose time no choice
+// of keys can make grow as it can a hash's.
 #include <3pramo/foundation/YDIC_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -36,6 +39,7 @@ bool iguais(std::string_view a, std::string_view b, bool semCaixa) {
 
 /// The order of the index, on entries and on plain keys.
 struct Ordem {
+    // Looked up by the text itself, without making an entry for it.
     using is_transparent = void;
     bool semCaixa;
 
@@ -73,6 +77,7 @@ namespace {
 YDIC_Entrada *acha(const YDIC &dic, std::string_view chave) {
     if (dic.indice != nullptr) {
         const auto achada = dic.indice->lower_bound(chave);
+        // lower_bound gives the first that is not smaller: the key itself, or the one behind its place.
         return achada != dic.indice->end() && !dic.indice->key_comp()(chave, *achada) ? *achada : nullptr;
     }
     YDIC_Entrada *entrada = dic.primeira;
@@ -116,6 +121,7 @@ void trocaValor(YDIC_Entrada &entrada, std::string_view valor) {
         return;
     }
     auto *novo = static_cast<char *>(YalocaMemoria_debug(valor.size() + 1, FONTE, __LINE__));
+    // Before the old one is wiped, of which it may be a part.
     copiaTexto(novo, valor);
     apaga(entrada.valor, entrada.capacidade);
     if (entrada.valorProprio()) {
@@ -131,6 +137,7 @@ void indexa(YDIC &dic, YDIC_Entrada *nova) {
         return;
     }
     if (dic.indice == nullptr) {
+        // Whole or not at all: without memory for one of them the dictionary stays without an index.
         auto indice = std::make_unique<Indice>(Ordem{dic.semCaixa});
         for (YDIC_Entrada *entrada = dic.primeira; entrada != nullptr; entrada = entrada->proxima) {
             indice->insert(entrada);
@@ -171,6 +178,7 @@ bool pramo::guarda(YDIC &dic, std::string_view chave, std::string_view valor) {
     }
     YDIC_Entrada *nova = criaEntrada(chave, valor);
     try {
+        // The step that may fail comes before the entry is chained in.
         indexa(dic, nova);
     } catch (const std::bad_alloc &) {
         liberaEntrada(nova);
@@ -218,6 +226,7 @@ void YDIC_remove(YDIC *dic, const char *chave) {
 }
 
 void YDIC_clear(YDIC *dic) {
+    // First the index, whose entries are about to go.
     delete dic->indice;
     dic->indice = nullptr;
     while (dic->primeira != nullptr) {

@@ -1,3 +1,7 @@
+// Identities: from a pointer to its entry and from the 128 bits of its text (its ficha) back, two tables
+// under one lock. The kept entries are service objects, until esqueceIdentidade; the others are passengers,
+// of whom the one issued first makes room for the next. A client's text is only looked up: one that was not
+// issued leads nowhere, and nothing that it holds is ever taken for an address.
 #include <3pramo/foundation/YIdentidade_interno.hpp>
 
 #include <3pramo/foundation/Eterno.hpp>
@@ -24,6 +28,7 @@ constexpr std::size_t DIGITOS = 32;
 
 using Ficha = std::array<std::uint64_t, 2>; // 128 random bits
 
+// Random as they are: only texts issued here are entered, so no client chooses which ones collide.
 struct EspalhaFicha {
     std::size_t operator()(const Ficha &ficha) const { return ficha[0]; }
 };
@@ -38,6 +43,7 @@ class Tabela {
 public:
     void conserva(const void *ponteiro, void *registro) {
         const Tranca tranca(trinco);
+        // A text that was asked for before the object was kept stays its text.
         const auto [it, nova] =
             porPonteiro_.try_emplace(ponteiro, Entrada{std::nullopt, passageiras_.end(), registro});
         if (!nova && it->second.vez != passageiras_.end()) {
@@ -64,6 +70,8 @@ public:
         if (it == porPonteiro_.end()) {
             it = entraComoPassageira(ponteiro);
         }
+        // In this order: should the table find no memory, the entry is one without a text and gets it next
+        // time.
         porFicha_.emplace(ficha, &*it); // elements of a map stay where they are
         it->second.ficha = ficha;
         return ficha;
@@ -75,6 +83,8 @@ public:
         return it != porFicha_.end() ? it->second->first : nullptr;
     }
 
+    // Looking up and accepting are one step under the lock that `esquece` takes: the object behind a record
+    // that was accepted cannot have gone in between.
     void *pina(const Ficha &ficha, bool (*aceita)(void *registro)) {
         const Tranca tranca(trinco);
         const auto it = porFicha_.find(ficha);
@@ -94,6 +104,7 @@ private:
         if (passageiras_.size() >= MAXIMO_DE_PASSAGEIRAS) {
             apaga(porPonteiro_.find(passageiras_.front()));
         }
+        // The place first, since the entry refers to it.
         passageiras_.push_back(ponteiro);
         try {
             return porPonteiro_
@@ -129,6 +140,7 @@ private:
             }
             usadas_ = 0;
         }
+        // The batch keeps no copy of what it gave out.
         return std::exchange(sorteadas_[usadas_++], Ficha{});
     }
 
@@ -149,6 +161,7 @@ const Bifurcavel<tabela> bifurcavel;
 
 constexpr char HEX[] = "0123456789abcdef";
 
+// Whatever a client sends: exactly 32 digits in lower case, as they are issued, or none.
 std::optional<Ficha> leFicha(std::string_view texto) {
     texto = apara(texto);
     if (texto.size() != DIGITOS) {
@@ -177,6 +190,7 @@ void *pramo::pinaIdentidade(const char *texto, bool (*aceita)(void *registro)) {
     return ficha ? tabela().pina(*ficha, aceita) : nullptr;
 }
 
+// Erasing takes no memory and raises nothing: it stands in destructors.
 void pramo::esqueceIdentidade(const void *ponteiro) noexcept {
     tabela().esquece(ponteiro);
 }
@@ -185,6 +199,7 @@ void YObPtrToStr(char *buffer, uint64_t tamanho, const void *ponteiro) {
     if (tamanho < Y_TAMANHO_IDENTIDADE) {
         lanca(YExc_rtti, "Buffer pequeno para a identidade."_l1, FONTE);
     }
+    // Before the table is asked, which may raise: the caller then finds an empty text.
     buffer[0] = 0;
     if (ponteiro == nullptr) {
         return;

@@ -18,6 +18,8 @@ struct YMapaEntrada {
 
 namespace {
 
+// Nodes that stay where they are: a YMapaIt is the address of one. std::less<> looks texts up without a
+// copy.
 using Entradas = std::map<std::string, YMapaEntrada, std::less<>>;
 
 } // namespace
@@ -33,6 +35,7 @@ void destroi(void *objeto) {
     delete static_cast<YMapa *>(objeto)->entradas;
 }
 
+// Runs before `destroi`, which frees the entries: destructors go from the class up.
 void destroiValores(void *objeto) {
     auto *mapa = static_cast<YMapa *>(objeto);
     liberaTodos([mapa] { return mapa->entradas == nullptr || mapa->entradas->empty(); },
@@ -77,6 +80,7 @@ int YMapa_guarda(YMapa *mapa, const char *chave, void *valor) {
     if (nova) {
         return 1;
     }
+    // Stored before the old one is freed, whose destructor may ask the map.
     void *antigo = std::exchange(onde->second.valor, valor);
     if (antigo != valor && YRtti_deriva(mapa->rtti, YMapaQueDestroi_rtti)) {
         YliberaObjeto(antigo);

@@ -27,6 +27,7 @@ bool temSinal(const Bytes<N> &n) {
 
 template <std::size_t N>
 void nega(Bytes<N> &n) {
+    // The two's complement: every bit turned, and one added.
     unsigned vai = 1;
     for (std::uint8_t &byte : n) {
         vai += static_cast<std::uint8_t>(~byte);
@@ -94,6 +95,7 @@ Bytes<N> le(const char *texto) {
         texto++;
     }
     const auto algarismos = leAlgarismos<N>(texto);
+    // Told first: "-x" has a wrong character rather than no digits.
     if (*pulaBrancos(texto) != 0) {
         lanca(YExc_rtti, "Caractere inválido em número."_l1, FONTE);
     }
@@ -126,6 +128,7 @@ void paraTexto(char *texto, const void *origem) {
         nega(n); // right for the most negative one too, now that the number has no sign
     }
     char *fim = texto;
+    // The last digit comes first, so the text is made backwards.
     while (n != Bytes<N>{} || fim - texto < MENOS_ALGARISMOS) {
         *fim++ = static_cast<char>('0' + retiraAlgarismo(n));
     }
@@ -136,6 +139,7 @@ void paraTexto(char *texto, const void *origem) {
 
 } // namespace
 
+// The documented names, one pair for each width.
 #define PEQUENO(N)                                                                                           \
     void _ato##N(void *destino, const char *texto) {                                                         \
         deTexto<N>(destino, texto);                                                                          \

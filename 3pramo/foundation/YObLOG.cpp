@@ -1,3 +1,8 @@
+// The log. A record is formatted and escaped without the lock, queued under it, and delivered with the lock
+// let go by whoever logs while nobody delivers. So records reach the sink one at a time and in order, a
+// thread that logs alone finds its record delivered on return, and a sink that hangs holds one thread,
+// behind which the queue fills and is cut. Nothing here raises to its caller, and only YObLOG_setSaida
+// waits for others.
 #include <3pramo/foundation/YObLOG_interno.hpp>
 
 #include <3pramo/foundation/Eterno.hpp>
@@ -33,9 +38,8 @@ struct Registro {
     char *texto() { return reinterpret_cast<char *>(this + 1); }
 };
 
-// Records wait in a queue of bounded size. Whoever logs while nobody delivers does it, with the lock let go:
-// so one thread alone finds its record delivered on return, and a sink that hangs holds one thread.
 struct Log {
+    // Asked at every call, mostly in vain: no lock for that.
     std::atomic<int> mascaras{Y_LOG_ERRO};
     Trinco trinco;
     YFuncaoLog funcao Y_GUARDADO_POR(trinco) = nullptr;
@@ -100,6 +104,7 @@ std::size_t escapaEm(char *saida, std::size_t cabe, std::string_view texto) {
         char lugar[4];
         const std::string_view pedaco = escapado(c, lugar);
         if (saida != nullptr) {
+            // Cut between characters: never within an escape.
             if (pedaco.size() > cabe - total) {
                 break;
             }
@@ -131,6 +136,7 @@ Registro *novoRegistro(int mascara, std::string_view texto) {
 
 /// The record in the place that is kept for this, cut to it; null when that holds another one.
 Registro *tomaReserva(Log &log, int mascara, std::string_view texto) Y_EXIGE(log.trinco) {
+    // One place for all: while a record waits in it the next one without memory is counted as left out.
     if (std::exchange(log.reservaOcupada, true)) {
         return nullptr;
     }
@@ -154,6 +160,7 @@ void Log::noFilho() {
     quantos = bytes = 0;
     deixados = 0;
     if (!naSaida) {
+        // Whoever was delivering does so in the parent alone: its turn, and the call it counted, end here.
         entregando = reservaOcupada = false;
         chamadas += chamadas & 1;
     }
@@ -195,6 +202,7 @@ public:
     /// over. Looking and ending are one step: a record that comes later finds nobody delivering.
     bool toma(bool aSaidas) {
         const Tranca tranca(log_.trinco);
+        // Also over when the sink was set meanwhile and this thread must not call one.
         if (log_.primeiro == nullptr || (log_.funcao != nullptr && !aSaidas)) {
             minha_ = log_.entregando = false;
             return false;
@@ -203,10 +211,13 @@ public:
         log_.primeiro = r_->seguinte;
         log_.quantos--;
         log_.bytes -= r_->tamanho;
+        // Told of in front of the record that follows the gap.
         deixados_ = std::exchange(log_.deixados, 0);
         funcao_ = log_.funcao;
         contexto_ = log_.contexto;
         if (funcao_ != nullptr) {
+            // Counted under the lock in which the sink was read: a setSaida that comes later knows of this
+            // call.
             naSaida = true;
             log_.chamadas++;
         }
@@ -227,6 +238,7 @@ public:
 private:
     /// `registros` is how many are left out when standard error does not take the text.
     void passa(int mascara, const char *texto, std::uint64_t registros) {
+        // A sink that fails loses no record: it goes to standard error.
         if (funcao_ == nullptr || !chama(mascara, texto)) {
             if (!escreveNoErroPadrao(mascara, texto)) {
                 const Tranca tranca(log_.trinco);
@@ -256,6 +268,7 @@ private:
         if (funcao_ != nullptr) {
             naSaida = false;
             log_.chamadas++;
+            // Before the lock: whoever replaced the sink waits for the number alone.
             log_.chamadas.notify_all();
         }
         const Tranca tranca(log_.trinco);
@@ -271,6 +284,7 @@ private:
 };
 
 void entrega(Log &log, bool aSaidas) {
+    // What is left behind the last one waits for the next that logs: nobody works for others for ever.
     Vez vez(log);
     for (int i = 0; i < MAXIMO_POR_VEZ && vez.toma(aSaidas); i++) {
         vez.entregaUm();
@@ -290,8 +304,11 @@ void registraDeDentro(Log &log, int mascara, std::string_view texto) {
 /// Puts the record into the queue; true when the caller is to deliver. What the caller delivers itself may be
 /// of any size.
 bool enfileira(Log &log, int mascara, std::string_view texto, bool aSaidas) {
+    // Copied and escaped before the lock is taken: others log meanwhile.
     Registro *r = novoRegistro(mascara, texto);
     const Tranca tranca(log.trinco);
+    // The turn is taken in the step that queues the record: whoever delivers now will still see it, and
+    // whoever has just ended its turn leaves it to us.
     const bool entregar = !log.entregando && (aSaidas || log.funcao == nullptr);
     if (r == nullptr) {
         r = tomaReserva(log, mascara, texto);
@@ -315,6 +332,7 @@ void registra(int mascara, std::string_view texto, bool aSaidas) {
     if ((YObLOG_habilitadas() & mascara) == 0) {
         return;
     }
+    // A sink that logs would wait for its own end.
     if (naSaida) {
         registraDeDentro(log, mascara, texto);
     } else if (enfileira(log, mascara, texto, aSaidas)) {
@@ -330,6 +348,7 @@ std::string_view formata(char (&curto)[N], std::string &longo, const char *forma
     std::string_view texto = "(registro perdido)";
     try {
         const std::size_t tamanho = formataEm(curto, N, formato, argumentos);
+        // This stands if the longer one finds no memory.
         texto = {curto, std::min(tamanho, N - 1)};
         if (tamanho >= N) {
             longo.resize(tamanho);
@@ -359,6 +378,7 @@ void pramo::entregaAdiados() {
     if (log.primeiro == nullptr || log.entregando || naSaida) {
         return;
     }
+    // Under the lock that found nobody at it.
     log.entregando = true;
     tranca.solta();
     entrega(log, true);
@@ -390,6 +410,8 @@ void YObLOG_setSaida(YFuncaoLog funcao, void *contexto) {
     Tranca tranca(log.trinco);
     log.funcao = funcao;
     log.contexto = contexto;
+    // Read after the sink was replaced, still under the lock: an odd number is a call of the old one. From
+    // inside a sink nobody waits, for it would wait for itself.
     const std::uint32_t chamadas = log.chamadas; // a call that begins from here on is of the new sink
     tranca.solta();
     if (chamadas % 2 != 0 && !naSaida) {

@@ -55,6 +55,8 @@ private:
 
 /// What one write takes without waiting; -1 when nothing.
 ssize_t escreveUmaVez(const char *bytes, std::size_t quantos) {
+    // A socket takes "without waiting" as an option of the call; anything else is asked whether it is ready
+    // first.
     const ssize_t enviados = send(STDERR_FILENO, bytes, quantos, MSG_DONTWAIT | MSG_NOSIGNAL);
     if (enviados >= 0 || errno != ENOTSOCK) {
         return enviados;
@@ -111,6 +113,7 @@ private:
     bool comecou_ = false;
 };
 
+// No lock: only the thread whose turn it is writes, or one inside that turn.
 bool linhaCortada = false; // the last line that was begun lacks its end
 
 } // namespace

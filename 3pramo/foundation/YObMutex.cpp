@@ -6,6 +6,7 @@
 
 using namespace pramo;
 
+// By a pointer: an object of the object system is zeroed bytes, in which no C++ constructor runs.
 struct YObMutex : YOb {
     std::recursive_mutex *mutex;
 };

@@ -2,6 +2,7 @@
 
 namespace {
 
+// For a class that left its slot as it was: logged, and nothing was given out.
 int32_t requisita0Virtual(YRetentor *, void *, uint32_t, void *, uint32_t) {
     YchamouFuncaoVirtualPura();
     return 0;

@@ -18,6 +18,8 @@ struct Conteudo {
 
     void poe(void *elemento) {
         if (elementos.size() == elementos.capacity()) {
+            // Grown by hand, since room must be there before the index is changed; doubled, as push_back
+            // would.
             elementos.reserve(std::max<std::size_t>(8, 2 * elementos.size()));
         }
         if (posicao.try_emplace(elemento, elementos.size()).second) {
@@ -30,6 +32,7 @@ struct Conteudo {
         if (achado == posicao.end()) {
             return false;
         }
+        // The last one into the hole. In this order it is also right when it is the one that goes.
         void *ultimo = elementos.back();
         elementos[achado->second] = ultimo;
         posicao.find(ultimo)->second = achado->second;
@@ -48,6 +51,7 @@ struct YSet : YOb {
 
 namespace {
 
+// The elements were freed before, if they were the set's: destructors go from the class up.
 void destroi(void *objeto) {
     delete static_cast<YSet *>(objeto)->conteudo;
 }
@@ -88,6 +92,7 @@ void YSet_poeTudo(YSet *set, const YSet *outro) {
     if (set == outro) {
         return;
     }
+    // All or nothing: only what was new is taken out again, for an element may be in both.
     const std::uint64_t antes = YSet_tam(set);
     try {
         for (YSetIt it = YSet_inicio(outro); it != YSet_fim(outro); YSetIt_anda(&it)) {

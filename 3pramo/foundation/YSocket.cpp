@@ -1,4 +1,8 @@
-// The socket object, its buffer, and what it receives and sends.
+// The socket object, its buffer, and what it receives and sends. What was received and not yet asked for
+// waits in the buffer; large blocks go past it. What a peer announces is never taken on trust: memory grows
+// with the bytes that have come, and every wait and line has a bound.
+// One thread reads and one writes, so the buffer belongs to the reader; what both and a cancelling one look
+// at is atomic.
 #include <3pramo/foundation/YSocket_interno.hpp>
 
 #include <3pramo/foundation/Formato.hpp>
@@ -25,6 +29,7 @@ constexpr std::size_t PEDACO_DIRETO = std::size_t{64} * 1024;
 constexpr int SEM_PROGRESSO = 30'000; // milliseconds
 
 void constroiSocket(void *objeto) {
+    // Zero is a descriptor, too.
     static_cast<YSocket *>(objeto)->fd = -1;
 }
 
@@ -33,6 +38,7 @@ void destroiSocket(void *objeto) {
     if (socket->fd >= 0) {
         close(socket->fd);
     }
+    // Wiped: a request may have held anything.
     YliberaMemoria(socket->buffer);
 }
 
@@ -46,6 +52,7 @@ void consome(YSocket &socket, std::size_t quantos) {
         return;
     }
     socket.inicio = socket.fim = 0;
+    // One long line does not keep its memory for the rest of the connection.
     if (socket.capacidade > CAPACIDADE_GUARDADA) {
         YliberaMemoria(socket.buffer);
         socket.buffer = nullptr;
@@ -59,6 +66,8 @@ void abreEspaco(YSocket &socket) {
         return;
     }
     const std::string_view resto = pendentes(socket);
+    // Moved only after as much was consumed: each byte is copied a bounded number of times, however they
+    // come.
     if (socket.inicio > socket.capacidade / 2) {
         std::memmove(socket.buffer, resto.data(), resto.size());
     } else {
@@ -82,6 +91,7 @@ YFimDaEspera fimDaConexao(const YSocket &socket) {
 YFimDaEspera recebe(YSocket &socket, char *destino, std::size_t espaco, const Prazo &prazo,
                     std::size_t &recebidos) {
     recebidos = 0;
+    // What has ended stays ended: no system call could bring another answer.
     const Despertador *despertador = socket.despertador;
     if (socket.fd < 0 || socket.acabou || socket.cancelado ||
         (despertador != nullptr && despertador->tocou())) {
@@ -93,9 +103,12 @@ YFimDaEspera recebe(YSocket &socket, char *destino, std::size_t espaco, const Pr
         recebidos = static_cast<std::size_t>(n);
         return Y_ESPERA_PRONTA;
     }
+    // The descriptor stays until the object goes: another thread may be using it, and the system would give
+    // its number to somebody else.
     if (n == sistema::FIM) {
         socket.acabou = true;
     }
+    // A wait that a cancel or the end of the server cut short is no deadline.
     return n == sistema::PRAZO && !socket.cancelado ? Y_ESPERA_PRAZO : fimDaConexao(socket);
 }
 
@@ -154,6 +167,7 @@ const YRtti *YSocket_rtti(void) {
 Linha pramo::recebeLinha(YSocket &socket, YStream &stream, const Prazo &prazo, std::size_t maximo,
                          std::size_t &consumidos) {
     YStream_clear(&stream);
+    // What was searched is not searched again: a peer that sends byte by byte costs no more than its bytes.
     std::size_t vistos = 0;
     for (;;) {
         const std::string_view chegaram = pendentes(socket).substr(0, maximo);
@@ -184,6 +198,7 @@ YFimDaEspera YSocket_recebeLinhaMs(YSocket *socket, YStream *stream, uint32_t mi
 }
 
 YFimDaEspera pramo::recebeBloco(YSocket &socket, YStream &stream, std::uint64_t quantos, const Prazo &prazo) {
+    // What waits in the buffer first; the rest goes straight into the stream.
     const std::string_view prontos = pendentes(socket).substr(0, quantos);
     acrescenta(stream, prontos);
     consome(socket, prontos.size());
@@ -224,6 +239,7 @@ bool pramo::esperaAlgo(YSocket &socket, const Prazo &prazo) {
 // ---- Sending ----
 
 void pramo::enviaPartes(YSocket &socket, std::span<const std::string_view> partes, std::int64_t porJanela) {
+    // The rhythm is the bound: a peer that goes on taking may be as slow as that.
     const Prazo sempre = Prazo::daqui(INT64_MAX);
     if (envia(socket, partes, sempre, {porJanela, SEM_PROGRESSO}) != sistema::Envio::FEITO) {
         lanca(YExcIOError_rtti, "Falha no envio pelo socket."_l1, FONTE);
@@ -238,6 +254,7 @@ void YSocket_envia(YSocket *socket, YStream *stream) {
 YFimDaEspera YSocket_enviaMs(YSocket *socket, YStream *stream, uint32_t milissegundos) {
     const std::string_view parte = conteudo(*stream);
     const auto prazo = Prazo::daqui(milissegundos);
+    // A rhythm of no bytes is always kept: the deadline is the bound.
     switch (envia(*socket, {&parte, 1}, prazo, {0, SEM_PROGRESSO})) {
     case sistema::Envio::FEITO:
         return Y_ESPERA_PRONTA;
@@ -286,6 +303,8 @@ void pramo::despede(YSocket &socket, int limite, int silencio) {
     if (socket.fd < 0 || socket.acabou) {
         return;
     }
+    // Closed with bytes of the peer still to come, the connection would be reset, and the peer's system
+    // throw away what we sent last.
     shutdown(socket.fd, SHUT_WR);
     sistema::jogaFora(socket.fd, limite, silencio);
     socket.acabou = true;
@@ -302,6 +321,8 @@ Despertador::~Despertador() {
 }
 
 void Despertador::toca() noexcept {
+    // The mark ends the waits to come, the descriptor those under way. Nobody reads it empty: it wakes them
+    // all.
     tocou_ = true;
     eventfd_write(fd_, 1);
 }

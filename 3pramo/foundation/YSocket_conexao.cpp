@@ -77,9 +77,11 @@ struct Busca {
     Enderecos achados Y_GUARDADO_POR(trinco){nullptr, freeaddrinfo};
 };
 
+// Searches whose asker may have left: each holds a thread for as long as the system's resolver lasts.
 std::atomic<int> buscasAbertas{0};
 
 void executaBusca(void *argumento) {
+    // This thread's share in the search; the asker may have given up its own by now.
     const std::unique_ptr<std::shared_ptr<Busca>> dela(static_cast<std::shared_ptr<Busca> *>(argumento));
     Busca &busca = **dela;
     Enderecos achados{nullptr, freeaddrinfo};
@@ -95,6 +97,7 @@ void executaBusca(void *argumento) {
 }
 
 void comecaBusca(const std::shared_ptr<Busca> &busca) {
+    // On the heap, since the thread gets one plain pointer; freed here unless the thread was made.
     auto dela = std::make_unique<std::shared_ptr<Busca>>(busca);
     buscasAbertas++;
     try {
@@ -108,6 +111,7 @@ void comecaBusca(const std::shared_ptr<Busca> &busca) {
 
 /// The addresses of a name; none when it has none, or when they did not come in time.
 Enderecos procuraAte(const YSocket &socket, const char *nome, std::uint32_t porta, const Prazo &prazo) {
+    // A number needs no search and comes at once.
     Enderecos numerico = procura(nome, porta, AI_NUMERICHOST | AI_NUMERICSERV);
     if (numerico != nullptr || nome == nullptr || buscasAbertas >= MAXIMO_DE_BUSCAS) {
         return numerico;
@@ -115,15 +119,18 @@ Enderecos procuraAte(const YSocket &socket, const char *nome, std::uint32_t port
     auto busca = std::make_shared<Busca>(nome, porta);
     comecaBusca(busca);
     const Tranca tranca(busca->trinco);
+    // In steps, for YSocket_cancela does not know this condition.
     while (!busca->pronta && prazo.resta() > 0 && !socket.cancelado) {
         const auto passo = std::chrono::milliseconds(std::min(PASSO, prazo.resta()));
         busca->mudou.esperaAte(busca->trinco, Prazo::Relogio::now() + passo);
     }
+    // Null when it is not ready: the search then frees what it finds.
     return std::move(busca->achados);
 }
 
 // ---- Connecting ----
 
+/// Closes it unless somebody took it over.
 class Descritor {
 public:
     explicit Descritor(int fd) : fd_(fd) {}
@@ -149,6 +156,8 @@ bool tentaConectar(YSocket &socket, const addrinfo &endereco, const Prazo &prazo
         return false;
     }
     auto espera = sistema::Espera::PRAZO;
+    // In steps: until it is connected the descriptor is not the socket's, and YSocket_cancela cannot shut it
+    // down.
     do {
         const Prazo passo = Prazo::daqui(std::min(PASSO, prazo.resta()));
         espera = sistema::espera(descritor.fd(), POLLOUT, passo);
@@ -170,6 +179,8 @@ YFimDaEspera conecta(YSocket &socket, const char *endereco, std::uint32_t porta,
     for (const addrinfo *a = achados.get(); a != nullptr && !conectado && !socket.cancelado; a = a->ai_next) {
         conectado = tentaConectar(socket, *a, prazo);
     }
+    // After the descriptor was stored: YSocket_cancela sets its mark first and looks at the descriptor
+    // then, so one of the two sees the other.
     if (socket.cancelado) {
         return Y_ESPERA_CANCELADA;
     }
@@ -185,10 +196,13 @@ int aceita(YSocket &ouvinte) {
     if (fd != sistema::FALHA && fd != sistema::OUVINTE_RUIM) {
         return fd;
     }
+    // A listener that was shut down fails, which is no news.
     if (ouvinte.cancelado) {
         return -1;
     }
+    // Kept before anything else can change it.
     const int erro = errno;
+    // What is short comes back; a listener that is gone does not, and its owner finds the mark.
     ouvinte.acabou = fd == sistema::OUVINTE_RUIM;
     YContextoTry_printf("%s ", fd == sistema::OUVINTE_RUIM ? "O ouvinte falhou." : motivo(erro));
     lanca(YExc_rtti, "Falha aceitando conexão."_l1, FONTE);
@@ -220,6 +234,7 @@ void YSocket_escuta(YSocket *ouvinte, uint32_t porta) {
 }
 
 bool pramo::chegaConexao(const YSocket &ouvinte) {
+    // Short, so that its caller sees soon whether it is to stop.
     return sistema::espera(ouvinte.fd, POLLIN, Prazo::daqui(PASSO)) == sistema::Espera::EVENTO;
 }
 
@@ -234,6 +249,8 @@ YFimDaEspera YSocket_aceitaConexaoMs(YSocket *ouvinte, uint32_t porta, YSocket *
     YSocket_escuta(ouvinte, porta);
     const Prazo prazo = Prazo::daqui(milissegundos);
     while (!ouvinte->cancelado) {
+        // An event may also be a connection that its peer has given up since: none comes then, and the wait
+        // goes on.
         if (sistema::espera(ouvinte->fd, POLLIN, prazo) == sistema::Espera::PRAZO) {
             return Y_ESPERA_PRAZO;
         }

@@ -1,3 +1,6 @@
+// The system calls behind YSocket. A connection waits in the kernel for 50 ms at most, which makes the
+// common exchange one call; longer waits are poll's, which knows deadlines and the Despertador. A signal
+// ends no wait: it is taken up again with the time that remains.
 #include <3pramo/foundation/YSocket_sistema.hpp>
 
 #include <algorithm>
@@ -30,6 +33,7 @@ int liga(int fd, int nivel, int opcao, int valor = 1) {
 }
 
 // A connection takes over the options of the listener that accepted it.
+// So an accepted one costs no calls for them. On the listener the wait of SO_RCVTIMEO is accept's.
 void preparaConexao(int fd) {
     liga(fd, IPPROTO_TCP, TCP_NODELAY);
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &ESPERA_NO_NUCLEO, sizeof ESPERA_NO_NUCLEO);
@@ -70,6 +74,7 @@ int escutaEm(const Endereco &endereco) {
     if (fd < 0) {
         return -1;
     }
+    // A server that starts anew gets its port while connections of the last one are still going under.
     liga(fd, SOL_SOCKET, SO_REUSEADDR);
     if (endereco.onde.ss_family == AF_INET6) {
         liga(fd, IPPROTO_IPV6, IPV6_V6ONLY, endereco.duplo ? 0 : 1);
@@ -79,6 +84,7 @@ int escutaEm(const Endereco &endereco) {
         listen(fd, FILA) == 0) {
         return fd;
     }
+    // close may change it, and the caller asks why.
     const int erro = errno;
     close(fd);
     errno = erro;
@@ -88,6 +94,7 @@ int escutaEm(const Endereco &endereco) {
 // ---- Sending ----
 
 /// What the peer has acknowledged of the bytes that the system took.
+/// SIOCOUTQ counts what it has not.
 std::int64_t confirmados(int fd, std::int64_t aceitos) {
     int naFila = 0;
     return ioctl(fd, SIOCOUTQ, &naFila) == 0 ? aceitos - naFila : aceitos;
@@ -101,6 +108,8 @@ public:
 
     /// False when the peer took too little.
     bool espera(std::int64_t aceitos, const Prazo &prazo) {
+        // Until the nearer of the two. The deadline ends the sending; a window, only when too little came of
+        // it.
         const Prazo &primeiro = prazo.resta() < janela_.resta() ? prazo : janela_;
         if (sistema::espera(fd_, POLLOUT, primeiro) == Espera::PRAZO && prazo.resta() == 0) {
             return false;
@@ -126,10 +135,13 @@ ssize_t enviaUmaVez(int fd, std::span<const std::string_view> partes, std::size_
     for (std::size_t i = 0; i < n; i++) {
         vetor[i] = {const_cast<char *>(partes[i].data()), partes[i].size()};
     }
+    // Of the first piece a part may have gone with the call before.
     vetor[0] = {const_cast<char *>(partes[0].data()) + jaDaPrimeira, partes[0].size() - jaDaPrimeira};
     msghdr mensagem{};
     mensagem.msg_iov = vetor.data();
     mensagem.msg_iovlen = n;
+    // Never waits: that is for Cadencia, which knows for how long. A peer that has gone is an error, not a
+    // signal.
     return sendmsg(fd, &mensagem, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
@@ -141,6 +153,8 @@ Espera espera(int fd, short evento, const Prazo &prazo, int despertador) {
         const int resta = prazo.resta();
         const int n = poll(dois.data(), despertador < 0 ? 1 : 2, resta);
         if (n > 0) {
+            // The event first when both are there: what has arrived is still taken. An error of the
+            // descriptor is an event, too; the call that follows tells which.
             return dois[0].revents != 0 ? Espera::EVENTO : Espera::DESPERTADOR;
         }
         if (resta == 0 || (n < 0 && errno != EINTR)) {
@@ -157,6 +171,7 @@ int escuta(const char *endereco, std::uint32_t porta) {
     const auto p = static_cast<std::uint16_t>(porta);
     if (endereco == nullptr) {
         const int fd = escutaEm(enderecoV6(in6addr_any, p, true));
+        // A machine without IPv6.
         const bool semV6 = fd < 0 && (errno == EAFNOSUPPORT || errno == EADDRNOTAVAIL);
         return semV6 ? escutaEm(enderecoV4({htonl(INADDR_ANY)}, p)) : fd;
     }
@@ -173,6 +188,7 @@ int escuta(const char *endereco, std::uint32_t porta) {
 }
 
 int aceita(int ouvinte) {
+    // The listener blocks; its SO_RCVTIMEO ends the wait.
     const int fd = accept4(ouvinte, nullptr, nullptr, SOCK_CLOEXEC);
     if (fd >= 0) {
         return fd;
@@ -215,6 +231,7 @@ bool terminaConexao(int fd) {
     if (getsockopt(fd, SOL_SOCKET, SO_ERROR, &erro, &tamanho) != 0 || erro != 0) {
         return false;
     }
+    // Non-blocking was for connecting alone.
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
     preparaConexao(fd);
     return true;
@@ -242,6 +259,7 @@ ssize_t recebe(int fd, char *destino, std::size_t espaco, const Prazo &prazo, in
         if (!tenteDeNovo(errno)) {
             return FIM;
         }
+        // Nothing was read and no time is lost: the next round looks at the deadline.
         if (errno == EINTR) {
             continue;
         }
@@ -266,6 +284,7 @@ Envio envia(int fd, std::span<const std::string_view> partes, const Prazo &prazo
             return Envio::ACABOU;
         }
         if (r < 0 && errno != EINTR) {
+            // Only whoever must wait pays for keeping time.
             if (!cadencia) {
                 cadencia.emplace(fd, aceitos, ritmo);
             }
@@ -275,6 +294,7 @@ Envio envia(int fd, std::span<const std::string_view> partes, const Prazo &prazo
         }
         aceitos += std::max<ssize_t>(r, 0);
         daPrimeira += static_cast<std::size_t>(std::max<ssize_t>(r, 0));
+        // Pieces that went whole; empty ones go with them.
         while (!partes.empty() && daPrimeira >= partes[0].size()) {
             daPrimeira -= partes[0].size();
             partes = partes.subspan(1);
@@ -284,6 +304,7 @@ Envio envia(int fd, std::span<const std::string_view> partes, const Prazo &prazo
 }
 
 void jogaFora(int fd, int limite, int silencio) {
+    // Three bounds, since the peer chooses what it sends, how fast and for how long.
     constexpr std::size_t MAXIMO = std::size_t{64} << 20;
     constexpr int PASSO = 10; // milliseconds between two looks at what was acknowledged
     const Prazo fim = Prazo::daqui(limite);
@@ -297,6 +318,7 @@ void jogaFora(int fd, int limite, int silencio) {
             continue;
         }
         const bool acabou = n == 0 || !tenteDeNovo(errno);
+        // Silent and everything acknowledged: a reset could take nothing away any more.
         const bool entregue = calado.resta() == 0 && confirmados(fd, 0) == 0;
         if (acabou || entregue || fim.resta() == 0) {
             return;

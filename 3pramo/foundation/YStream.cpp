@@ -1,3 +1,5 @@
+// The stream: one block that doubles as it grows. Whatever leaves the content is wiped at once, so that
+// behind it, and in memory that is given back, nothing stands that was content.
 #include <3pramo/foundation/YStream_interno.hpp>
 
 #include <3pramo/foundation/Formato.hpp>
@@ -24,6 +26,7 @@ void destroiStream(void *objeto) {
 // Only the content is copied and wiped: a large reserve costs nothing until it is used.
 void mudaCapacidade(YStream &stream, std::size_t capacidade) {
     auto *novos = static_cast<char *>(YalocaMemoria_debug(capacidade + 1, FONTE, __LINE__));
+    // Kept, since devolveMemoria empties the stream.
     const std::size_t tam = stream.tam;
     std::copy_n(stream.dados, tam, novos);
     novos[tam] = 0;
@@ -44,6 +47,8 @@ const YRtti *YStream_rtti(void) {
 }
 
 bool pramo::ehDoProprioConteudo(const YStream &stream, const char *texto) {
+    // The built-in comparison is undefined between pointers into different blocks; this one orders them
+    // all.
     const std::less_equal<> ateOuIgual;
     return stream.dados != nullptr && ateOuIgual(stream.dados, texto) &&
            ateOuIgual(texto, stream.dados + stream.tam);
@@ -53,9 +58,11 @@ char *pramo::reserva(YStream &stream, std::size_t quantos) {
     if (quantos <= stream.capacidade - stream.tam && stream.dados != nullptr) {
         return stream.dados + stream.tam;
     }
+    // Before the sum is made, which could wrap around.
     if (quantos > MAIOR_CAPACIDADE - stream.tam) {
         faltaMemoria(FONTE, __LINE__);
     }
+    // Doubling: appending byte by byte copies each byte a bounded number of times.
     const std::size_t capacidade =
         std::max({stream.tam + quantos, std::min(2 * stream.capacidade, MAIOR_CAPACIDADE), MENOR_CAPACIDADE});
     mudaCapacidade(stream, capacidade);
@@ -100,6 +107,7 @@ void YStream_putBloco(YStream *stream, const void *bytes, int64_t quantos) {
     }
     const auto *origem = static_cast<const char *>(bytes);
     const auto tamanho = static_cast<std::size_t>(quantos);
+    // The bytes may lie in the block that is about to move: then their place in it is what counts.
     const bool proprio = ehDoProprioConteudo(*stream, origem);
     const std::ptrdiff_t lugar = proprio ? origem - stream->dados : 0;
     char *destino = reserva(*stream, tamanho);
@@ -154,6 +162,7 @@ int64_t YStream_disponiveis(const YStream *stream) {
 }
 
 int YStream_scanf(const YStream *stream, const char *formato, ...) {
+    // sscanf reads numbers by the locale of the thread.
     const LocaleC c;
     va_list argumentos;
     va_start(argumentos, formato);

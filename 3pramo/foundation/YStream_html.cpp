@@ -20,10 +20,13 @@ struct Nome {
 };
 constexpr Nome NOMES[] = {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
 
+// What would be markup; CR, which a reader of XML turns into LF; and what is not ASCII, so that no reader
+// needs to know the encoding.
 constexpr bool deveReferenciar(unsigned char c) {
     return c == '&' || c == '<' || c == '>' || c == '"' || c == '\r' || c >= 128;
 }
 
+// By table: this is asked for every byte of an answer.
 constexpr auto REFERENCIADOS = [] {
     std::array<bool, 256> tabela{};
     for (unsigned c = 0; c < 256; c++) {
@@ -67,6 +70,7 @@ unsigned char numeroDaReferencia(std::string_view digitos) {
     }
     unsigned numero = 0;
     const auto [fim, erro] = std::from_chars(digitos.data(), digitos.data() + digitos.size(), numero, base);
+    // All of it must be digits: from_chars alone would take "65x" for 65.
     if (digitos.empty() || erro != std::errc() || fim != digitos.data() + digitos.size()) {
         referenciaDesconhecida();
     }
@@ -79,6 +83,7 @@ unsigned char numeroDaReferencia(std::string_view digitos) {
 } // namespace
 
 Referencia pramo::decodificaReferencia(std::string_view texto) {
+    // A bounded look: a peer that sends nothing but & would else have the rest searched for each.
     const std::size_t fim = texto.substr(0, MAIOR_REFERENCIA).find(';');
     if (fim == std::string_view::npos) {
         return {'&', 1};
@@ -100,6 +105,7 @@ int YStream_getHtmlChar(YStream *stream) {
     if (c != '&') {
         return YStream_get(stream);
     }
+    // The position moves only when nothing was raised.
     const Referencia referencia = decodificaReferencia(naoLido(*stream));
     stream->lido += referencia.tamanho;
     return referencia.caractere;
@@ -121,11 +127,13 @@ void YStream_putHtmlString(YStream *stream, const char *texto) {
     if (texto == nullptr) {
         return;
     }
+    // What is appended in pieces may move the text away: a copy stays where it is.
     if (ehDoProprioConteudo(*stream, texto)) {
         return YStream_putHtmlString(stream, Ponteiro<char>(YduplicaString(texto)).get());
     }
     constexpr std::size_t MAIOR_ESCRITA = 6; // &quot;
     const char *fim = fimDoPlano(texto);
+    // Mostly there is nothing to replace: one copy.
     if (*fim == 0) {
         return YStream_putBloco(stream, texto, fim - texto);
     }

@@ -10,6 +10,7 @@ using namespace pramo;
 namespace {
 
 void cresce(YVetor &vetor) {
+    // The fields change only when the memory was to be had.
     const std::size_t nova = std::max<std::size_t>(4, vetor.capacidade * 2);
     vetor.dados =
         static_cast<void **>(YrealocaMemoria_debug(vetor.dados, nova * sizeof(void *), "YVetor", __LINE__));
@@ -51,6 +52,7 @@ int YVetor_remove(YVetor *vetor, const void *elemento) {
     if (achado == fim) {
         return 0;
     }
+    // The order of the others is kept, so this takes time in their number.
     std::copy(achado + 1, fim, achado);
     vetor->tam--;
     return 1;

@@ -1,3 +1,6 @@
+// What makes card data unreadable. The rules for texts look for runs of digits in one way and differ in
+// what counts as a digit, what may stand between two, and what is made of a run. They rather hide too much:
+// a long number that is no card is masked as well.
 #include <3pramo/foundation/mascara.hpp>
 
 #include <3pramo/foundation/caracteres.hpp>
@@ -79,6 +82,7 @@ std::string semSegredo(std::string_view sequencia) {
     if (!ehSegredo(sequencia)) {
         return std::string(sequencia);
     }
+    // A key or PIN block has no part that may be shown; its length helps whoever looks for a fault.
     return pareceCartao(sequencia) ? semOMeio(sequencia) : "[" + std::to_string(sequencia.size()) + "*]";
 }
 
@@ -105,6 +109,7 @@ void mascaraNoLugar(char *texto, std::size_t tamanho) noexcept {
         if (pareceCartao({sequencia.data(), n})) {
             tiraOMeio(sequencia);
         } else if (ehSegredo({sequencia.data(), n})) {
+            // Every digit, but not the separators, so that the text keeps its length and shape.
             std::replace_if(sequencia.begin(), sequencia.end(), ehHexadecimal, '*');
         }
         resto = resto.subspan(std::max<std::size_t>(n, 1));
