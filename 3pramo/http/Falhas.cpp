@@ -1,3 +1,5 @@
+// A fixed table of causes under one lock. The text of a failure is made before the lock is taken and goes to
+// the log after it was let go, so that neither a slow sink nor one that fails in turn holds up the others.
 #include <3pramo/http/Falhas.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -18,6 +20,7 @@ namespace {
 constexpr std::chrono::seconds INTERVALO{1};
 constexpr std::chrono::minutes SILENCIO{1};
 
+// FNV-1a. The lowest bit is set because 0 marks a free place.
 std::uint64_t mistura(std::string_view texto, std::uint64_t semente) {
     std::uint64_t chave = semente ^ 0xCBF29CE484222325;
     for (const char c : texto) {
@@ -40,6 +43,7 @@ std::uint64_t descreve(const char *onde, Falhas::Texto &texto) {
     } catch (const std::bad_alloc &) {
         escreve("YExc", "Memória insuficiente."_l1);
     } catch (const std::exception &e) {
+        // Its text may quote what a peer sent: the type alone is the cause.
         escreve("YExc", e.what());
         return mistura(typeid(e).name(), 0);
     } catch (...) {
@@ -73,6 +77,7 @@ Falhas::Causa &Falhas::lugarPara(std::uint64_t chave) {
     if (achada != causas_.end()) {
         return *achada;
     }
+    // A free place was never seen, so it is the oldest. What the one that goes had counted is lost with it.
     Causa &maisVelha = *std::min_element(causas_.begin(), causas_.end(),
                                          [](const Causa &a, const Causa &b) { return a.vista < b.vista; });
     maisVelha = Causa{};
@@ -82,20 +87,22 @@ Falhas::Causa &Falhas::lugarPara(std::uint64_t chave) {
 void Falhas::registra(const char *onde, Quanto quanto) {
     Texto texto{};
     const std::uint64_t chave = descreve(onde, texto);
-    mascaraNoLugar(texto.data(),
-                   std::strlen(texto.data())); // a handler's message may quote what it failed on
+    // A handler's message may quote what it failed on, card data too.
+    mascaraNoLugar(texto.data(), std::strlen(texto.data()));
     std::uint32_t caladas = 0;
     {
         const auto agora = std::chrono::steady_clock::now();
         const Tranca tranca(trinco_);
         Causa &causa = lugarPara(chave);
         const bool nova = causa.chave == 0;
+        // UMA_VEZ counts from the last time it was seen: what goes on failing stays silent.
         const bool calada =
             quanto == Quanto::UMA_VEZ ? agora - causa.vista < SILENCIO : agora - causa.registrada < INTERVALO;
         causa.chave = chave;
         causa.quanto = quanto;
         causa.vista = agora;
         causa.texto = texto;
+        // A new cause has no times yet, and soon after boot the clock itself is below these bounds.
         if (calada && !nova) {
             causa.caladas++;
             return;
@@ -119,7 +126,9 @@ void Falhas::registraContagens() {
             const Texto texto = causa.texto;
             const std::uint32_t caladas = std::exchange(causa.caladas, 0);
             causa.registrada = agora;
-            tranca.solta(); // a sink may take its time, or serve a request that fails
+            // Without the lock: a sink may take its time, or serve a request that fails. The places stay
+            // where they are, so the walk goes on behind this one.
+            tranca.solta();
             escreveNoLog(texto, caladas);
             tranca.tranca();
         }

@@ -1,3 +1,6 @@
+// The message: its parts, reading it from a connection in two steps (head, then body), and writing it. A peer
+// is taken for hostile: what it announces is bounded before memory is taken for it, and what two readers
+// could frame differently is refused or is the last of its connection.
 #include <3pramo/http/YMensagemHttp_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -27,8 +30,8 @@ constexpr std::size_t MEMORIA_GUARDADA = Reserva::PEQUENO;
 constexpr std::string_view CONTINUE = "HTTP/1.1 100 Continue\n\n";
 
 struct Privado {
-    Ponteiro<YStream> rascunho =
-        cria<YStream>(YStream_rtti, FONTE); // the line being read, or the head being sent
+    // The line being read, or the head being sent: never both at once.
+    Ponteiro<YStream> rascunho = cria<YStream>(YStream_rtti, FONTE);
     Reserva reserva;
 };
 
@@ -37,6 +40,7 @@ Privado &privado(const YMensagemHttp &mensagem) {
 }
 
 void constroiMensagem(void *objeto) {
+    // All that may fail comes first: no destructor runs for an object whose constructor raised.
     auto primeiraLinha = cria<YStream>(YStream_rtti, FONTE);
     Ponteiro<YDIC> header(YDIC_constroi());
     YDIC_muda_opcoes(header, YDIC_SEM_CAIXA);
@@ -98,6 +102,7 @@ Anuncio interpretaTamanho(std::string_view texto) {
     anuncio.malFormado = std::any_of(texto.begin(), texto.end(), estranho) || texto.starts_with('-') ||
                          texto.starts_with("0x") || texto.starts_with("0X");
     const auto lido = std::from_chars(texto.data(), texto.data() + texto.size(), anuncio.bytes);
+    // Beyond every bound, so that it is refused as too large and not taken for none.
     if (lido.ec == std::errc::result_out_of_range) {
         anuncio.bytes = std::numeric_limits<std::int64_t>::max();
     }
@@ -112,6 +117,7 @@ bool guardaCampo(YMensagemHttp &mensagem, YStream &linha, bool &exata) {
         const std::string_view valor = apara(texto.substr(doisPontos + 1), ESPACOS);
         const char *anterior = YDIC_recupera(mensagem.header, "Content-Length");
         const Anuncio anuncio = interpretaTamanho(valor);
+        // Two that differ would let a proxy in front of us take the one and we the other.
         if (anuncio.malFormado || (anterior != nullptr && anterior != valor)) {
             return false;
         }
@@ -121,6 +127,7 @@ bool guardaCampo(YMensagemHttp &mensagem, YStream &linha, bool &exata) {
     return true;
 }
 
+/// `resta` is what the head may still take, line ends included: no number of short lines gets past the bound.
 Cabeca leCampos(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t resta) {
     YStream &linha = *privado(mensagem).rascunho;
     for (bool exata = true;;) {
@@ -134,6 +141,8 @@ Cabeca leCampos(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t resta) 
         if (temQuebra(texto) || ehCampoDuvidoso(texto)) {
             return Cabeca::MAL_FORMADA;
         }
+        // Any line without a colon ends the block. When it is not the empty one, or the length is not digits
+        // alone, others may see the body elsewhere: this message is answered, and nothing after it read.
         if (texto.find(':') == std::string_view::npos) {
             return texto.empty() && exata ? Cabeca::COMPLETA : Cabeca::ULTIMA;
         }
@@ -145,6 +154,7 @@ Cabeca leCampos(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t resta) 
 
 void esvaziaStream(YStream &stream) {
     YStream_clear(&stream);
+    // What is kept saves the next request its allocations; a large one would lie in every idle connection.
     if (stream.capacidade > MEMORIA_GUARDADA) {
         devolveMemoria(stream);
     }
@@ -155,6 +165,7 @@ Corpo recebeCorpo(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t taman
     YStream &body = *mensagem.body;
     while (body.tam < tamanho) {
         const std::size_t ate = std::min(tamanho, std::max<std::size_t>(2 * body.tam, Reserva::PEQUENO));
+        // Counted before it is taken: a flood of bodies is refused while there is memory.
         if (!privado(mensagem).reserva.ajusta(ate)) {
             return Corpo::SEM_LUGAR;
         }
@@ -166,7 +177,7 @@ Corpo recebeCorpo(YMensagemHttp &mensagem, const Prazo &prazo, std::size_t taman
     return Corpo::COMPLETO;
 }
 
-/// Appends a text that must stay within its line.
+/// Appends a text that must stay within its line: a break would let it add fields of its own.
 void escreveNaLinha(YStream &stream, std::string_view texto) {
     const auto quebra = [](char c) { return c == '\n' || c == '\r' || c == '\0'; };
     if (std::none_of(texto.begin(), texto.end(), quebra)) {
@@ -209,6 +220,7 @@ Cabeca pramo::leCabeca(YMensagemHttp &mensagem, Prazo &prazo, std::uint64_t maxi
     if (mensagem.socket == nullptr) {
         return Cabeca::AUSENTE;
     }
+    // Into the draft: a first line that does not come whole leaves the message as it was.
     YStream &linha = *privado(mensagem).rascunho;
     std::size_t consumidos = 0;
     const Linha chegou = recebeLinha(*mensagem.socket, linha, prazo, maximo, consumidos);
@@ -222,17 +234,20 @@ Cabeca pramo::leCabeca(YMensagemHttp &mensagem, Prazo &prazo, std::uint64_t maxi
         prazo = Prazo::daqui(std::int64_t{segundosDoResto} * 1000);
     }
     esvazia(mensagem);
+    // Whole streams of one class trade places: no byte is copied.
     std::swap(*mensagem.primeiraLinha, linha);
     return leCampos(mensagem, prazo, maximo - consumidos);
 }
 
 Corpo pramo::leCorpo(YMensagemHttp &mensagem, const Prazo &prazo, std::uint64_t maximo) {
     const char *anunciado = YDIC_recupera(mensagem.header, "Content-Length");
+    // As unsigned, a negative one is beyond every bound.
     const auto tamanho =
         static_cast<std::uint64_t>(interpretaTamanho(anunciado != nullptr ? anunciado : "").bytes);
     if (tamanho > maximo) {
         return Corpo::GRANDE;
     }
+    // After the bound: who asks first is told that the body is too large before sending it.
     const char *espera = YDIC_recupera(mensagem.header, "Expect");
     if (espera != nullptr && iguaisSemCaixa(espera, "100-continue")) {
         enviaPartes(*mensagem.socket, {&CONTINUE, 1});
@@ -261,6 +276,7 @@ void pramo::esvazia(YMensagemHttp &mensagem) {
 
 void pramo::esvaziaCorpo(YMensagemHttp &mensagem) {
     esvaziaStream(*mensagem.body);
+    // What was kept is small and not counted: this gives the message's whole part back.
     privado(mensagem).reserva.ajusta(mensagem.body->capacidade);
 }
 
@@ -270,6 +286,7 @@ Reserva &pramo::reservaDoCorpo(const YMensagemHttp &mensagem) {
 
 void pramo::dimensionaCorpo(YMensagemHttp &mensagem, std::size_t bytes) {
     YStream &body = *mensagem.body;
+    // The stream by itself would grow to twice as much. The zero behind the content has its own byte.
     if (body.capacidade < bytes) {
         body.dados = static_cast<char *>(YrealocaMemoria_debug(body.dados, bytes + 1, FONTE, __LINE__));
         body.dados[body.tam] = 0;
@@ -323,6 +340,7 @@ bool acrescentaAoArquivo(int fd, std::string_view texto) {
         escritos += std::max<ssize_t>(n, 0);
         texto.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
     }
+    // Everybody appends at the end: only when the file is as large as our part makes it, the part is its end.
     struct stat depois {};
     if (!certo && escritos > 0 && fstat(fd, &depois) == 0 && depois.st_size == antes.st_size + escritos) {
         static_cast<void>(ftruncate(fd, antes.st_size) == 0); // or the part stays; it is reported either way
@@ -333,6 +351,7 @@ bool acrescentaAoArquivo(int fd, std::string_view texto) {
 } // namespace
 
 void YMensagemHttp_salvaEmArquivo(const YMensagemHttp *mensagem, const char *caminho) {
+    // The text is whole before the file is opened: what fails for want of memory leaves no part of it there.
     const auto texto = cria<YStream>(YStream_rtti, FONTE);
     escreveCabeca(*texto, *mensagem);
     YStream_puts(texto, YStream_str(mensagem->body));

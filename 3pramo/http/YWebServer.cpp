@@ -1,4 +1,5 @@
-// The server's life and its settings.
+// The server's life and its settings. A number that a request reads by itself is atomic; what is more than a
+// word (handler with context, directory, address) is read and replaced under `trinco`.
 #include <3pramo/http/YWebServer_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -16,7 +17,8 @@ namespace {
 using Relogio = std::chrono::steady_clock;
 
 constexpr const char *FONTE = "YWebServer";
-constexpr int ESPERA = 100; // milliseconds between two looks at whether the server is still alive
+// Milliseconds between two looks at whether the server is still alive.
+constexpr int ESPERA = 100;
 
 /// Lets the handlers that run finish and returns when the last connection thread has left.
 void encerraConexoes(YObThread *thread) {
@@ -26,9 +28,12 @@ void encerraConexoes(YObThread *thread) {
     const Tranca tranca(p.trinco);
     while (p.conexoes > 0 && p.mudou.esperaAte(p.trinco, fim)) {
     }
+    // The deadline has come: sends and receives fail from now on. A listed connection has its socket, as its
+    // thread takes it off the list under this lock before it frees that.
     for (Conexao *conexao : p.abertas) {
         encerraTudo(conexao->socket());
     }
+    // Without a bound: a thread that is left, in a handler that does not return, uses this object.
     while (p.conexoes > 0) {
         p.mudou.espera(p.trinco);
     }
@@ -45,12 +50,14 @@ void constroiWebServer(void *objeto) {
     eu->porta = 8880;
     eu->contextoTratador = eu;
     eu->tratador = trataArquivo;
+    // Handlers that still run may use the fields of a derived class: they end before its destructor.
     aoLiberar(eu, encerraConexoes);
 }
 
 void destroiWebServer(void *objeto) {
     auto *eu = static_cast<YWebServer *>(objeto);
-    YObThread_stopImpl(eu); // a derived class whose constructor failed may have started it
+    // Mostly done by now; but a derived class whose constructor raised may have started it.
+    YObThread_stopImpl(eu);
     encerraConexoes(eu);
     YliberaMemoria(eu->diretorioBase);
     delete &privado(*eu);
@@ -71,11 +78,13 @@ const YRtti *YWebServer_rtti(void) {
 // ---- For the connection threads ----
 
 YTratadorHttp pramo::tratadorAtual(const YWebServer &servidor) {
+    // Both under one lock: no handler is called with the context of another.
     const Tranca tranca(privado(servidor).trinco);
     return {servidor.contextoTratador, servidor.tratador};
 }
 
 std::optional<std::string> pramo::diretorioBaseAtual(const YWebServer &servidor) {
+    // A copy: a setter may free the text once the lock is let go.
     const Tranca tranca(privado(servidor).trinco);
     return servidor.diretorioBase != nullptr ? std::optional<std::string>(servidor.diretorioBase)
                                              : std::nullopt;
@@ -95,6 +104,7 @@ uint32_t YWebServer_getPorta(const YWebServer *servidor) {
 }
 
 void YWebServer_setEndereco(YWebServer *servidor, const char *novo) {
+    // Copied, and the old text freed, outside the lock: it is declared before the lock is taken.
     auto copia = semFaltaDeMemoria(
         FONTE, [novo] { return novo != nullptr ? std::optional<std::string>(novo) : std::nullopt; });
     YWebServer_Privado &p = privado(*servidor);
@@ -118,6 +128,7 @@ int YWebServer_esperaPronto(YWebServer *servidor, int64_t prazo) {
     const Prazo ate = Prazo::noSegundo(prazo);
     const Tranca tranca(p.trinco);
     while (YObThread_isAlive(servidor) != 0 && p.escuta == Escuta::FECHADA && ate.resta() > 0) {
+        // A stop is told under another lock and need not wake us.
         const std::chrono::milliseconds passo(std::min(ESPERA, ate.resta()));
         p.mudou.esperaAte(p.trinco, Relogio::now() + passo);
     }
@@ -148,6 +159,7 @@ void YWebServer_setLimiteDeConexoes(YWebServer *servidor, uint32_t conexoes) {
     YWebServer_Privado &p = privado(*servidor);
     const Tranca tranca(p.trinco);
     p.limiteDeConexoes = std::max(conexoes, 1U);
+    // The accept loop may be waiting for a place.
     p.mudou.avisa();
 }
 

@@ -1,4 +1,7 @@
-// The accept loop, and the connections it knows of.
+// The accept loop, and the connections it knows of. One connection at a time is in hand-off: the loop leaves
+// its socket in socketAceito and goes on when the connection's thread has taken it. From then until that
+// thread leaves, the connection is listed in `abertas`, where the loop can make an idle one leave and the end
+// of the server reaches all of them.
 #include <3pramo/http/YWebServer_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -21,15 +24,21 @@ namespace {
 using Relogio = std::chrono::steady_clock;
 
 constexpr const char *FONTE = "YWebServer";
-constexpr std::chrono::milliseconds ESPERA{
-    100}; // for a place, between two looks at whether it is still alive
-constexpr std::chrono::nanoseconds SOSSEGO = std::chrono::seconds(1); // before memory is given back
+// For a place, between two looks at whether the server is still alive.
+constexpr std::chrono::milliseconds ESPERA{100};
+// Without much memory being freed, before it is given back to the system.
+constexpr std::chrono::nanoseconds SOSSEGO = std::chrono::seconds(1);
+// How often the loop yields for the new thread before it sleeps.
 constexpr int CESSOES = 16;
-constexpr int DESPEDIDA = 1000; // milliseconds, at most
-constexpr int SILENCIO = 100;   // milliseconds without a byte from a peer that may still be sending
+// How long a connection's end may take, and how long a peer that may still be sending must be silent for it
+// to be shorter; milliseconds.
+constexpr int DESPEDIDA = 1000;
+constexpr int SILENCIO = 100;
+// After a failure: the first one, and each that follows it.
 constexpr std::uint32_t PRIMEIRA_PAUSA_MS = 1;
 constexpr std::uint32_t PAUSA_MS = 100;
 
+// A documented field, so its type is plain; both threads reach it through this.
 std::atomic_ref<YSocket *> socketAceito(YWebServer &servidor) {
     return std::atomic_ref(servidor.socketAceito);
 }
@@ -60,6 +69,8 @@ struct Laco {
     bool entregando = false; // a connection has left the queue: another try does not meet it again
 };
 
+/// The listener is kept from round to round; one that has failed is closed, and a new one asks for the same
+/// port, also when that had been the system's choice.
 void garanteEscuta(YWebServer &eu, Laco &laco) {
     if (laco.ouvinte != nullptr && laco.ouvinte->fd >= 0 && !laco.ouvinte->acabou) {
         return;
@@ -90,6 +101,8 @@ void despejaUma(YWebServer_Privado &p) Y_EXIGE(p.trinco) {
             desde = dela;
         }
     }
+    // A request may just have come to it: then nobody leaves this time. Its socket is there, as it is listed
+    // and we hold the lock.
     if (escolhida != nullptr && escolhida->despeja()) {
         p.despejando++;
         encerraLeitura(escolhida->socket());
@@ -102,12 +115,14 @@ bool cabeOutraConexao(YWebServer_Privado &p, const YSocket &ouvinte) {
     if (p.conexoes < p.limiteDeConexoes) {
         return true;
     }
+    // Up to 50 ms, in which connection threads must be able to leave.
     tranca.solta();
     if (!chegaConexao(ouvinte)) {
         return false;
     }
     const auto fim = Relogio::now() + ESPERA;
     tranca.tranca();
+    // One place for one newcomer: whoever was told to leave before is on the way.
     if (p.conexoes >= p.limiteDeConexoes && p.despejando == 0) {
         despejaUma(p);
     }
@@ -120,7 +135,8 @@ bool cabeOutraConexao(YWebServer_Privado &p, const YSocket &ouvinte) {
 
 void entraConexao(YWebServer_Privado &p) {
     const Tranca tranca(p.trinco);
-    p.abertas.reserve(p.conexoes + 1); // so that its thread need not ask for memory
+    // Its thread lists itself without asking for memory. When there is none, nothing is counted yet.
+    p.abertas.reserve(p.conexoes + 1);
     p.conexoes++;
 }
 
@@ -128,6 +144,7 @@ void saiConexao(YWebServer_Privado &p, bool despejada) {
     const Tranca tranca(p.trinco);
     p.conexoes--;
     p.despejando -= despejada ? 1 : 0;
+    // Under the lock: whoever frees the server waits for this count, so there may be no server after it.
     p.mudou.avisa();
 }
 
@@ -135,6 +152,7 @@ void saiConexao(YWebServer_Privado &p, bool despejada) {
 void entregaConexao(YWebServer &eu, Ponteiro<YSocket> conexao) {
     YWebServer_Privado &p = privado(eu);
     conexao->despertador = &p.fim;
+    // Counted before it has a thread, so that the server is not freed in between.
     entraConexao(p);
     socketAceito(eu).store(conexao);
     try {
@@ -144,9 +162,11 @@ void entregaConexao(YWebServer &eu, Ponteiro<YSocket> conexao) {
         saiConexao(p, false);
         throw;
     }
-    (void)conexao.release(); // the thread frees it
+    // The thread frees it, perhaps already.
+    (void)conexao.release();
+    // It usually runs by now, and taking the socket is the first thing it does, which cannot fail.
     for (int vez = 0; vez < CESSOES && socketAceito(eu).load() != nullptr; vez++) {
-        sched_yield(); // it usually runs by now, and taking the socket is the first thing it does
+        sched_yield();
     }
     const Tranca tranca(p.trinco);
     while (socketAceito(eu).load() != nullptr) {
@@ -176,6 +196,7 @@ void aceitaUma(YWebServer &eu, Laco &laco) {
 
 /// What a flood of large messages left behind goes back to the system; the allocator by itself would keep it.
 void poda(YWebServer_Privado &p) {
+    // Asked for again meanwhile, it waits again: the exchange fails.
     std::int64_t pedida = p.podaPedida;
     if (pedida == 0 || agora() - pedida < SOSSEGO.count() ||
         !p.podaPedida.compare_exchange_strong(pedida, 0)) {
@@ -212,6 +233,7 @@ void pramo::aceitaConexoes(YObThread *servidor) {
             pausa = PRIMEIRA_PAUSA_MS;
         } catch (...) {
             p.falhas.registra("YWebServer_run", Falhas::Quanto::UMA_VEZ);
+            // What fails before a connection is accepted (no descriptors, no port) fails again at once.
             YObThread_dorme(&eu, laco.entregando ? PRIMEIRA_PAUSA_MS : pausa);
             pausa = PAUSA_MS;
         }
@@ -223,11 +245,13 @@ void pramo::aceitaConexoes(YObThread *servidor) {
 // ---- For the connection threads ----
 
 void Conexao::ficaOciosa() {
+    // Only from OCUPADA: a further wait keeps its moment, and who was told to leave stays told.
     std::int64_t ocupada = OCUPADA;
     desde_.compare_exchange_strong(ocupada, agora());
 }
 
 bool Conexao::ficaOcupada() {
+    // The one race, against despeja: whichever exchange comes first decides, and the other gives false.
     std::int64_t desde = desde_;
     return desde != DESPEJADA && desde_.compare_exchange_strong(desde, OCUPADA);
 }
@@ -244,6 +268,7 @@ bool Conexao::despeja() {
 void pramo::levaSocketAceito(YWebServer &servidor, Conexao &conexao) {
     YWebServer_Privado &p = privado(servidor);
     Tranca tranca(p.trinco);
+    // Under the lock that the loop waits with, so that it cannot miss the change; listed in the same step.
     conexao.socket_ = socketAceito(servidor).exchange(nullptr);
     conexao.lugar_ = p.abertas.size();
     p.abertas.push_back(&conexao);
@@ -253,9 +278,11 @@ void pramo::levaSocketAceito(YWebServer &servidor, Conexao &conexao) {
 
 void pramo::deixaServidor(YWebServer &servidor, Conexao &conexao) {
     YWebServer_Privado &p = privado(servidor);
-    // The peer of an idle connection has the last answer, or is still receiving it; it is not sending.
+    // Outside the lock, as it takes its time, and still listed: the end of the server may cut it short. The
+    // peer of an idle connection has the last answer, or is still receiving it; it is not sending.
     despede(conexao.socket(), DESPEDIDA, conexao.ociosaDesde() > 0 ? 0 : SILENCIO);
     {
+        // The last one takes its place. From here on nobody else reaches the socket.
         const Tranca tranca(p.trinco);
         Conexao *ultima = p.abertas.back();
         ultima->lugar_ = conexao.lugar_;

@@ -1,4 +1,5 @@
-// The handler of static files.
+// The handler of static files. A URI names a file as it stands, nothing decoded. Three fences keep a client
+// inside the directory: no ".." in the path, the place of the opened file itself, and regular files alone.
 #include <3pramo/http/YWebServer_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -52,9 +53,11 @@ private:
 /// links.
 bool ficaDentro(const Arquivo &arquivo, const std::string &base) {
     std::string pasta = Arquivo(base, O_PATH).lugar();
-    if (pasta.empty()) { // no descriptor left, or no /proc: nothing is known to be inside
+    // No descriptor left, or no /proc: nothing is known to be inside.
+    if (pasta.empty()) {
         return false;
     }
+    // With the slash, so that a neighbour whose name begins alike is outside.
     if (!pasta.ends_with('/')) {
         pasta += '/';
     }
@@ -68,6 +71,7 @@ Emissao leTudo(int fd, YMensagemHttp &resposta) {
     YStream &corpo = *resposta.body;
     std::array<char, PEDACO> pedaco;
     for (;;) {
+        // Without room left a piece of our own meets the end of the file: the body grows only for bytes.
         const std::size_t espaco = corpo.capacidade - corpo.tam;
         char *destino = espaco > 0 ? corpo.dados + corpo.tam : pedaco.data();
         const ssize_t lidos = read(fd, destino, espaco > 0 ? espaco : pedaco.size());
@@ -98,6 +102,7 @@ Emissao emiteArquivo(const std::string &caminho, const std::string &base, YMensa
     if (fstat(arquivo.fd(), &status) != 0) {
         lanca(YExcIOError_rtti, "Falha obtendo status do arquivo."_l1, FONTE);
     }
+    // Directories, devices and pipes: what a read of them would give, or wait for, is nobody's page.
     if (!S_ISREG(status.st_mode)) {
         lanca(YExcIOError_rtti, "Falha na leitura do arquivo."_l1, FONTE);
     }

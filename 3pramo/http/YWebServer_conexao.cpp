@@ -1,4 +1,6 @@
-// One connection: its batches of requests, and what is answered without a handler.
+// One connection: its batches of requests, and what is answered without a handler. A batch is two seconds in
+// which requests are read and answered one after the other; the connection goes on while each batch answers
+// one. Its thread holds no lock while it waits for its peer or runs a handler.
 #include <3pramo/http/YWebServer_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -19,9 +21,11 @@ namespace {
 
 constexpr const char *FONTE = "YWebServer";
 constexpr int DURACAO_DO_LOTE = 2; // seconds
-constexpr int FOLGA_DO_LOTE =
-    10; // milliseconds that time() may run behind, so that the next one lasts as long
-constexpr std::int64_t MENOR_RITMO = std::int64_t{30} << 10; // bytes in 30 seconds: a kilobyte a second
+// Milliseconds that time() may run behind, so that the next batch lasts as long.
+constexpr int FOLGA_DO_LOTE = 10;
+// Bytes that a reader must take in 30 seconds: a kilobyte a second.
+constexpr std::int64_t MENOR_RITMO = std::int64_t{30} << 10;
+// A body from which on its memory is worth giving back to the system.
 constexpr std::size_t MUITA_MEMORIA = std::size_t{1} << 20;
 
 constexpr const char *LINHA_503 = "HTTP/1.1 503 Service Unavailable.\n";
@@ -58,6 +62,7 @@ int numeroEm(std::string_view texto, std::size_t lugar) {
     return numero;
 }
 
+/// Two numbers at the places they have in HTTP/1.1; the characters in front of them may be any.
 int versaoMenor(std::string_view protocolo) {
     if (!protocolo.starts_with("HTTP")) {
         lanca(YExc_rtti, "Protocolo errado. Esperava HTTP."_l1, FONTE);
@@ -139,6 +144,7 @@ void Atendimento::atende() {
         while (atendeLote()) {
         }
     } catch (const YExcecao &e) {
+        // Of a handler's failures this one alone has an answer: no other tells the peer anything.
         if (!e.ehDaClasse(YExcNaoImplementado_rtti)) {
             throw;
         }
@@ -157,6 +163,7 @@ bool Atendimento::atendeLote() {
     std::array<char, TAMANHO_DA_DATA_HTTP> data{};
     formataDataHttp(data.data(), data.size(), agora);
     bool respondeu = false;
+    // The end of the server is asked for before each reading: from then on no request is begun.
     while (segue_ && !privado(servidor_).fim.tocou() && recebeRequisicao(lote)) {
         responde(data.data());
         respondeu = true;
@@ -168,12 +175,14 @@ bool Atendimento::atendeLote() {
 
 /// Waits for the first bytes of a request; meanwhile the connection may be told to leave.
 bool Atendimento::chegaAlgo(const Prazo &lote) {
+    // With a request already there it is not idle, and cannot be made to leave in between.
     if (!temAlgo(socket_)) {
         conexao_.ficaOciosa();
         if (!esperaAlgo(socket_, lote)) {
             return false;
         }
     }
+    // Told to leave before that: the loop has given its place away, and what came is not read.
     return conexao_.ficaOcupada();
 }
 
@@ -182,13 +191,15 @@ bool Atendimento::recebeRequisicao(const Prazo &lote) {
     if (!chegaAlgo(lote)) {
         return false;
     }
-    esqueceExcecoes(); // what another request left on this thread is not for this one
+    // What another request left on this thread is not for this one.
+    esqueceExcecoes();
     YWebServer_Privado &p = privado(servidor_);
     Prazo prazo = lote;
     switch (leCabeca(*requisicao_, prazo, p.limiteDoCabecalho, p.prazoDaRequisicao)) {
     case Cabeca::AUSENTE:
         return false;
-    case Cabeca::CORTADA: // half a request must not run anything
+    // Half a request must not run anything.
+    case Cabeca::CORTADA:
         segue_ = false;
         return false;
     case Cabeca::MAL_FORMADA:
@@ -201,6 +212,7 @@ bool Atendimento::recebeRequisicao(const Prazo &lote) {
     case Cabeca::COMPLETA:
         break;
     }
+    // Chunks, which we do not read, would be taken for requests.
     if (YDIC_recupera(requisicao_->header, "Transfer-Encoding") != nullptr) {
         return recusa("HTTP/1.1 411 Length Required.\n");
     }
@@ -211,7 +223,7 @@ bool Atendimento::recebeCorpo(const Prazo &prazo) {
     switch (leCorpo(*requisicao_, prazo, privado(servidor_).limiteDoCorpo)) {
     case Corpo::COMPLETO:
         return true;
-    case Corpo::CORTADO: // as half a head
+    case Corpo::CORTADO:
         segue_ = false;
         return false;
     case Corpo::GRANDE:
@@ -228,9 +240,11 @@ void Atendimento::responde(const char *data) {
     if (linha.metodo == Metodo::PUT) {
         respondeNaoImplementado(*resposta_);
     } else {
+        // Asked for each request, and called without a lock: it may set another one for the next.
         const YTratadorHttp tratador = tratadorAtual(servidor_);
         tratador.funcao(tratador.contexto, linha.uri.data(), requisicao_, resposta_);
     }
+    // A handler need not know of HEAD; its length is then that of no body.
     if (linha.metodo == Metodo::HEAD) {
         YStream_clear(resposta_->body);
     }
@@ -244,6 +258,7 @@ void Atendimento::responde(const char *data) {
 void Atendimento::enviaResposta() {
     pedePodaSeFoiMuito();
     esvaziaCorpo(*requisicao_);
+    // A handler fills the body without asking: what that has taken is counted now, before the wait.
     if (!reservaDoCorpo(*resposta_).ajusta(resposta_->body->capacidade)) {
         esvaziaCorpo(*resposta_);
         recusa(LINHA_503);
@@ -261,6 +276,7 @@ void Atendimento::pedePodaSeFoiMuito() const {
 }
 
 void Atendimento::preparaResposta(const char *data) {
+    // A handler may have left the last answer in any state, bound to another socket too.
     esvazia(*resposta_);
     YMensagemHttp_setSocket(resposta_, &socket_);
     YDIC_guarda(resposta_->header, "Content-Type", "text/html; charset=ISO-8859-1");
@@ -306,6 +322,8 @@ RequestLine pramo::analisaRequestLine(std::string_view linha) {
 
 void pramo::trataConexao(void *servidor) {
     auto &eu = *static_cast<YWebServer *>(servidor);
+    // Gone in the opposite order: once the thread has left, the server may be freed, and the end of `emUso`
+    // touches what belongs to the thread alone.
     const EmUso emUso(&eu);
     Permanencia permanencia(eu);
     YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p)...", endereco(&eu));
@@ -313,6 +331,7 @@ void pramo::trataConexao(void *servidor) {
         Atendimento(eu, permanencia.conexao()).atende();
         YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p).", endereco(&eu));
     } catch (...) {
+        // A handler that ends its thread comes through here too: that is passed on.
         privado(eu).falhas.registra("YWebServer_trataConexao", Falhas::Quanto::UMA_POR_SEGUNDO);
     }
 }
