@@ -1,4 +1,6 @@
-// The class, its elements and copies.
+// The class, its elements, copies and answers. A message is one block of memory, the slots and behind them
+// the texts that came together, so that loading or copying one costs a single allocation. A text that is set
+// afterwards has a block of its own.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -15,12 +17,14 @@ namespace {
 
 // ---- Texts ----
 
+// The length, the bytes, and a zero for those who read the text as a C string.
 constexpr std::size_t espacoDoTexto(std::size_t tamanho) {
     return sizeof(Tamanho) + tamanho + 1;
 }
 
 // Writes a text with its length into its space; gives the text.
 char *poeTexto(char *espaco, const char *texto, Tamanho tamanho) {
+    // Texts follow each other closely: the length may stand at any address.
     std::memcpy(espaco, &tamanho, sizeof tamanho);
     char *copia = espaco + sizeof tamanho;
     std::memcpy(copia, texto, tamanho);
@@ -29,10 +33,13 @@ char *poeTexto(char *espaco, const char *texto, Tamanho tamanho) {
 }
 
 bool estaNoBloco(const Privado &bloco, const char *texto) {
+    // The text may be in another block; std::less orders pointers to different blocks too.
     const std::less<const void *> antes;
     return !antes(texto, &bloco + 1) && antes(texto, bloco.fim);
 }
 
+// A text of the message's block goes with the block, which is wiped as a whole; until then a replaced one
+// stays there unseen.
 void liberaTexto(const Privado &bloco, char *texto) {
     if (!estaNoBloco(bloco, texto)) {
         YliberaMemoria(texto - sizeof(Tamanho));
@@ -58,6 +65,7 @@ Privado *criaBlocoCom(const Conteudo &conteudo) {
     }
     Privado *novo = criaBloco(conteudo.capacidade, espaco);
     auto *lugar = reinterpret_cast<char *>(novo + 1);
+    // `fim` is where this ends: the two loops count the same space.
     for (const auto &texto : conteudo) {
         novo->slots[texto.bit - 1] = poeTexto(lugar, texto.inicio, texto.tamanho);
         novo->presentes[(texto.bit - 1) / BITS_POR_BITMAP] |= mascaraDoBit(texto.bit);
@@ -70,6 +78,8 @@ void limpa(YMensagemIso &mensagem) {
     percorre(mensagem,
              [&](int bit, std::string_view) { liberaTexto(*privado(mensagem), mensagem.bits[bit - 1]); });
     if (Privado *guarda = privado(mensagem)) {
+        // The texts may be card data. The slots hold addresses alone: wiping them too would cost a kilobyte
+        // for each message.
         char *textos = reinterpret_cast<char *>(guarda + 1);
         apaga(textos, static_cast<std::size_t>(guarda->fim - textos));
         liberaSemApagar(guarda);
@@ -81,6 +91,7 @@ void limpa(YMensagemIso &mensagem) {
 }
 
 void garanteCapacidade(YMensagemIso &mensagem, std::int32_t minima) {
+    // Every block has room for all slots: growing only empties those that come into use.
     const std::int32_t nova = std::max(mensagem.capacidade, minima);
     if (mensagem.privado == nullptr) {
         Privado *novo = criaBloco(nova, 0);
@@ -92,6 +103,8 @@ void garanteCapacidade(YMensagemIso &mensagem, std::int32_t minima) {
 }
 
 void guardaElemento(YMensagemIso &mensagem, std::int32_t bit, const char *texto, std::size_t tamanho) {
+    // All that may fail comes before the first change, and the copy before the old text goes, as the new one
+    // may be a part of it.
     Ponteiro<char> espaco;
     if (texto != nullptr) {
         espaco.reset(static_cast<char *>(YalocaMemoria_debug(espacoDoTexto(tamanho), FONTE, __LINE__)));
@@ -104,6 +117,7 @@ void guardaElemento(YMensagemIso &mensagem, std::int32_t bit, const char *texto,
     if (slot != nullptr) {
         liberaTexto(guarda, slot);
     }
+    // The slot points behind the length, where a C string begins.
     slot = espaco != nullptr ? espaco.release() + sizeof(Tamanho) : nullptr;
     presentes = slot != nullptr ? presentes | mascaraDoBit(bit) : presentes & ~mascaraDoBit(bit);
 }
@@ -114,6 +128,7 @@ void destroiMensagem(void *objeto) {
 
 } // namespace
 
+// No constructor: an object of zeros is a message without slots, with the code 0.
 const YRtti YMensagemIso_definicaoRtti = {YOb_rtti, "YMensagemIso", sizeof(YMensagemIso), nullptr,
                                           destroiMensagem};
 
@@ -122,6 +137,7 @@ const YRtti *YMensagemIso_rtti(void) {
 }
 
 void pramo::iso::substitui(YMensagemIso &mensagem, const Conteudo &novo) {
+    // The new block is whole before the old one goes: the texts may lie there.
     Privado *guarda = novo.capacidade != 0 ? criaBlocoCom(novo) : nullptr;
     limpa(mensagem);
     mensagem.privado = guarda;
@@ -153,6 +169,7 @@ void YMensagemIso_setBit(YMensagemIso *mensagem, int32_t bit, const char *texto)
 
 void YMensagemIso_setBitTam(YMensagemIso *mensagem, int32_t bit, const char *texto, uint64_t tamanho) {
     exigeBit(bit);
+    // On the wire its bit, the first of the second bitmap, would announce another one.
     if (bit == BITS_POR_BITMAP + 1 && texto != nullptr) {
         lanca(YExc_rtti, "O elemento 65 anunciaria um terceiro bitmap.", FONTE);
     }
@@ -180,6 +197,7 @@ void YMensagemIso_copiaDe(YMensagemIso *destino, const YMensagemIso *origem) {
 
 void YMensagemIso_montaResposta(YMensagemIso *resposta, const YMensagemIso *requisicao, int32_t transacao,
                                 const int32_t *ecoados, int32_t quantos) {
+    // By number, so that one listed twice is there once, and all are looked at before anything changes.
     bool ecoa[Y_ISO_ELEMENTOS + 1] = {};
     for (int32_t i = 0; i < quantos; i++) {
         exigeBit(ecoados[i]);
@@ -190,6 +208,7 @@ void YMensagemIso_montaResposta(YMensagemIso *resposta, const YMensagemIso *requ
     percorre(*requisicao, [&](int bit, std::string_view texto) {
         if (ecoa[bit]) {
             nova.poe(bit, texto);
+            // As many slots as its own elements need, not as the request has.
             nova.capacidade = std::max(nova.capacidade, capacidadePara(bit, true));
         }
     });

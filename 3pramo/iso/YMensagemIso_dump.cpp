@@ -1,4 +1,5 @@
-// The dump, as it is and masked.
+// The dump, as it is and masked. The element's number alone decides how it is masked, whatever its text looks
+// like; elements that should hold no card data are searched for card numbers all the same.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -23,17 +24,20 @@ bool ehReservado(int bit) {
 
 Mascara mascaraDe(int bit) {
     switch (bit) {
-    case 2: // card number
+    // The card number.
+    case 2:
         return Mascara::CARTAO;
-    case 20: // country of the extended card number
-    case 34: // extended card number
-    case 53: // security control
-    case 55: // chip data
+    // The extended card number and its country, security control and chip data.
+    case 20:
+    case 34:
+    case 53:
+    case 55:
         return Mascara::TUDO;
-    case 35: // tracks 2, 3 and 1
+    // The tracks 2, 3 and 1, and the PIN block.
+    case 35:
     case 36:
     case 45:
-    case 52: // PIN block
+    case 52:
         return Mascara::SO_TAMANHO;
     default:
         return ehReservado(bit) ? Mascara::SO_TAMANHO : Mascara::NUMEROS;
@@ -45,6 +49,7 @@ bool temDadosDeCartao(int bit) {
 }
 
 // The elements that the application has shown, a bit each as in the bitmaps of a message.
+// Each bit stands for itself and nothing waits on it: the order of memory does not matter.
 std::atomic<std::uint64_t> mostrados[2];
 
 bool ehMostrado(int bit) {
@@ -52,6 +57,7 @@ bool ehMostrado(int bit) {
     return (bits & mascaraDoBit(bit)) != 0;
 }
 
+// A line feed in a text could forge a line of the log. 127 to 159 are control characters of ISO-8859-1.
 void poeSemControles(YStream &stream, std::string_view texto) {
     for (const char c : texto) {
         const auto byte = static_cast<unsigned char>(c);
@@ -76,6 +82,7 @@ std::string mascarado(int bit, std::string_view texto) {
 
 void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascara) {
     YStream_printf(&stream, "%3d %s : ", bit, registro(bit).rotulo);
+    // Also a shown element has its control characters written out, when the dump is masked.
     const bool mostra = !mascara || ehMostrado(bit);
     if (!mostra && mascaraDe(bit) == Mascara::SO_TAMANHO) {
         YStream_printf(&stream, "(%zu caracteres)\n", texto.size());
@@ -90,6 +97,7 @@ void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascara)
     acrescenta(stream, "\"\n");
 }
 
+// Whole or not at all: a part of it would read as a message with fewer elements.
 void dump(const YMensagemIso &mensagem, YStream &stream, bool mascarado) {
     TudoOuNada acrescimo(stream);
     semFaltaDeMemoria(FONTE, [&] {
@@ -121,6 +129,7 @@ void YMensagemIso_dumpElemento(const YMensagemIso *mensagem, int32_t bit, int ma
 
 void YMensagemIso_mostraElemento(int32_t bit, int32_t mostra) {
     exigeBit(bit);
+    // No application is asked about these.
     if (temDadosDeCartao(bit)) {
         YContextoTry_printf("Elemento %d. ", bit);
         lanca(YExc_rtti, "Dados do cartão nunca são mostrados."_l1, FONTE);

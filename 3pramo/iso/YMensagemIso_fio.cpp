@@ -1,4 +1,6 @@
-// The wire form, written and read.
+// The wire form, written and read, each in one pass. Writing reserves the most that the message can become
+// and then fills it without asking for room again; reading notes where every text lies and copies all of them
+// at the end.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -37,6 +39,7 @@ constexpr auto BITS_DO_DIGITO = [] {
 
 // ---- Writing ----
 
+// With leading zeros. The caller sees to it that the digits suffice.
 char *poeNumero(char *destino, std::uint32_t numero, std::uint32_t digitos) {
     for (std::uint32_t i = digitos; i-- > 0; numero /= 10) {
         destino[i] = static_cast<char>('0' + numero % 10);
@@ -48,6 +51,7 @@ char *poeCodigo(char *destino, std::int32_t transacao) {
     if (transacao >= 0 && transacao <= MAIOR_CODIGO) {
         return poeNumero(destino, static_cast<std::uint32_t>(transacao), DIGITOS_DO_CODIGO);
     }
+    // Written whole, although readers take four digits: cut, it would pass for another code.
     return destino + std::snprintf(destino, MAIOR_NUMERO + 1, "%04d", transacao);
 }
 
@@ -59,6 +63,7 @@ char *poeBitmap(char *destino, std::uint64_t bitmap) {
 }
 
 char *poeBitmaps(char *destino, const YMensagemIso &mensagem) {
+    // Whether another bitmap follows is decided by the slots alone, as they are there, empty or not.
     for (std::int32_t inicio = 0; inicio < mensagem.capacidade; inicio += BITS_POR_BITMAP) {
         const bool segueOutro = mensagem.capacidade > inicio + BITS_POR_BITMAP;
         const std::uint64_t anuncio = segueOutro ? mascaraDoBit(1) : 0;
@@ -69,6 +74,7 @@ char *poeBitmaps(char *destino, const YMensagemIso &mensagem) {
 
 char *poeElemento(char *destino, int bit, std::string_view texto) {
     const std::uint64_t formato = registro(bit).formato;
+    // The table's maximum bounds the characters, also of a binary element, where it counts bits.
     const auto tamanho =
         static_cast<std::uint32_t>(std::min<std::size_t>(texto.size(), Y_ISO_MAXIMO(formato)));
     destino = poeNumero(destino, tamanho, Y_ISO_DIGITOS(formato));
@@ -90,6 +96,7 @@ public:
     void le(Conteudo &lido) {
         exige(DIGITOS_DO_CODIGO, [] { YContextoTry_printf("%s. ", "Código da transação"_l1); });
         lido.transacao = leNumero(DIGITOS_DO_CODIGO);
+        // A message without slots is its code alone.
         if (!tem(1)) {
             return;
         }
@@ -98,10 +105,12 @@ public:
         if (temSegundo) {
             bitmaps[1] = leBitmap(2);
         }
+        // Where its elements would end nobody could tell, so none is read.
         if ((bitmaps[1] & mascaraDoBit(1)) != 0) {
             lanca(YExc_rtti, "Mensagem ISO 8583 com terceiro bitmap.", FONTE);
         }
         lido.capacidade = temSegundo ? Y_ISO_ELEMENTOS : BITS_POR_BITMAP;
+        // Element 1 is the second bitmap itself, read by now.
         percorreBits(bitmaps[0] & ~mascaraDoBit(1), 1, [&](int bit) { leElemento(bit, lido); });
         percorreBits(bitmaps[1], BITS_POR_BITMAP + 1, [&](int bit) { leElemento(bit, lido); });
     }
@@ -122,6 +131,7 @@ private:
         }
     }
 
+    // Other characters are passed over: " 12" is 12, and nothing at all is 0.
     std::int32_t leNumero(std::size_t digitos) {
         std::int32_t valor = 0;
         for (; digitos > 0; digitos--, posicao_++) {
@@ -136,6 +146,7 @@ private:
         const auto diz = [&] { YContextoTry_printf("Bitmap %d. ", qual); };
         exige(DIGITOS_DO_BITMAP, diz);
         std::uint64_t bitmap = 0;
+        // Judged together at the end: no branch for each digit of what is nearly always right.
         unsigned vistos = 0;
         for (std::size_t i = 0; i < DIGITOS_DO_BITMAP; i++) {
             const unsigned bits = BITS_DO_DIGITO[static_cast<unsigned char>(posicao_[i])];
@@ -152,6 +163,8 @@ private:
 
     void leElemento(int bit, Conteudo &lido) {
         const std::uint64_t formato = registro(bit).formato;
+        // A failure goes back to the length prefix: the caller may try again from there with more of the
+        // text.
         const char *inicio = posicao_;
         const auto diz = [&] {
             YContextoTry_printf("Elemento %d (%s). ", bit, registro(bit).rotulo);
@@ -159,6 +172,7 @@ private:
         };
         std::size_t tamanho = Y_ISO_CARACTERES(formato);
         if (const std::size_t digitos = Y_ISO_DIGITOS(formato); digitos != 0) {
+            // A peer's length may be beyond the table's maximum; what was sent is loaded as it is.
             exige(digitos, diz);
             tamanho = static_cast<std::size_t>(leNumero(digitos));
         }
@@ -174,6 +188,7 @@ private:
 void carrega(YMensagemIso &mensagem, const char *&posicao, std::optional<const char *> fim) {
     Leitor leitor(posicao, fim);
     Conteudo lido;
+    // In this order: when there is no memory for the message, the position has not moved either.
     const auto fica = [&] {
         substitui(mensagem, lido);
         posicao = leitor.posicao();
@@ -181,6 +196,7 @@ void carrega(YMensagemIso &mensagem, const char *&posicao, std::optional<const c
     try {
         leitor.le(lido);
     } catch (const YExcecao &) {
+        // What came before the part that failed is the caller's.
         fica();
         throw;
     }

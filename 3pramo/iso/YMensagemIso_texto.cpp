@@ -1,4 +1,5 @@
-// The text file, and the dump as a file.
+// The text file, and the dump as a file. What passes through here may be card data: every buffer on the way,
+// our own or a stream's, is wiped.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
 #include <3pramo/foundation/YStream_interno.hpp>
@@ -20,6 +21,7 @@ constexpr std::size_t MAIOR_PEDACO = 2047;
 class Arquivo {
 public:
     Arquivo(const char *caminho, const char *modo) : arquivo_(std::fopen(caminho, modo)) {
+        // The C library's own buffer would be freed as it is.
         if (arquivo_ != nullptr) {
             std::setvbuf(arquivo_, buffer_, _IOFBF, sizeof buffer_);
         }
@@ -42,8 +44,10 @@ private:
 // Writes what the function appends to a stream.
 template <typename ESCREVE>
 void gravaArquivo(const YMensagemIso &mensagem, const char *caminho, ESCREVE escreve) {
+    // The text is whole before the file is emptied: a lack of memory leaves the old one.
     const auto texto = cria<YStream>(YStream_rtti, FONTE);
     escreve(&mensagem, texto);
+    // The e closes it in programs that another thread starts meanwhile.
     if (const Arquivo arquivo(caminho, "we"); arquivo.get() != nullptr) {
         std::fwrite(YStream_str(texto.get()), 1, conteudo(*texto).size(), arquivo.get());
     }
@@ -55,12 +59,14 @@ std::int64_t tiraNumero(std::string_view &texto) {
     texto = aparaAntes(texto);
     const char *inicio = texto.data();
     const char *fim = inicio + texto.size();
+    // from_chars knows no plus sign, and must not take a minus behind one.
     const bool positivo = texto.size() > 1 && *inicio == '+' && inicio[1] != '-';
     std::int64_t numero = 0;
     const auto [parou, erro] = std::from_chars(positivo ? inicio + 1 : inicio, fim, numero);
     if (erro == std::errc::invalid_argument) {
         return 0;
     }
+    // As strtol: the nearest number there is, and all digits are gone.
     if (erro == std::errc::result_out_of_range) {
         using Limites = std::numeric_limits<std::int64_t>;
         numero = *inicio == '-' ? Limites::min() : Limites::max();
@@ -84,6 +90,7 @@ public:
         while (tamanho < MAIOR_PEDACO && (c = std::getc(arquivo_)) != EOF && c != '\n') {
             letras_[tamanho++] = static_cast<char>(c);
         }
+        // An empty line is a piece; the end of the file without a character is none.
         pedaco = {letras_.data(), tamanho};
         return tamanho != 0 || c != EOF;
     }
@@ -93,6 +100,7 @@ private:
     std::array<char, MAIOR_PEDACO> letras_{};
 };
 
+// Other numbers are skipped and not refused; element 65 could not be set.
 bool podeLer(std::int64_t bit) {
     return bit >= 1 && bit <= Y_ISO_ELEMENTOS && bit != BITS_POR_BITMAP + 1;
 }
@@ -105,6 +113,7 @@ void pramo::iso::leTexto(YMensagemIso &mensagem, std::FILE *arquivo) {
     if (!pedacos.le(pedaco)) {
         return;
     }
+    // The low 32 bits, as atoi gives them.
     mensagem.transacao = static_cast<std::int32_t>(tiraNumero(pedaco));
     while (pedacos.le(pedaco)) {
         const std::int64_t bit = tiraNumero(pedaco);

@@ -1,4 +1,5 @@
-// The message held against the table.
+// The message held against the table. Reasons are made of numbers and of names in the table, so that they may
+// go to a log: no character of a text is in them.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -24,6 +25,7 @@ constexpr auto CLASSES = [] {
     poe('0', '9', Y_ISO_N | Y_ISO_B | Y_ISO_Z);
     poe(':', '?', Y_ISO_S | Y_ISO_Z);
     poe('@', '@', Y_ISO_S);
+    // Some characters have several classes: what is put on a range adds to what it has.
     poe('A', 'Z', Y_ISO_A);
     poe('A', 'F', Y_ISO_B);
     poe('D', 'D', Y_ISO_Z);
@@ -31,6 +33,7 @@ constexpr auto CLASSES = [] {
     poe('a', 'z', Y_ISO_A);
     poe('a', 'f', Y_ISO_B);
     poe('{', '~', Y_ISO_S);
+    // Letters with accents too: class a is that of ASCII.
     poe(0xA0, 0xFF, Y_ISO_S);
     return classes;
 }();
@@ -48,6 +51,7 @@ std::string nomeDasClasses(std::uint64_t formato) {
     return nome;
 }
 
+// Without the blanks that fill up an element of fixed length, where the table has letters.
 std::string_view semEnchimento(std::string_view texto, std::uint64_t formato) {
     const bool preenchido = Y_ISO_DIGITOS(formato) == 0 && (formato & Y_ISO_A) != 0;
     return preenchido ? texto.substr(0, texto.find_last_not_of(' ') + 1) : texto;
@@ -83,6 +87,7 @@ private:
     }
 
     void confereClasses(int bit, const YElementoIso &elemento, std::string_view texto) {
+        // Only the first one is told: one failure for an element's characters, one for its length.
         texto = semEnchimento(texto, elemento.formato);
         const auto *const estranho = std::find_if(texto.begin(), texto.end(), [&](char c) {
             return (CLASSES[static_cast<unsigned char>(c)] & elemento.formato & Y_ISO_CLASSES) == 0;
@@ -109,6 +114,7 @@ private:
 } // namespace
 
 int32_t YMensagemIso_valida(const YMensagemIso *mensagem, YFuncaoFalhaIso funcao, void *contexto) {
+    // The reasons take memory; what was told before it ran out stays told.
     return semFaltaDeMemoria(FONTE, [&] {
         Validacao validacao(funcao, contexto);
         validacao.confereCodigo(mensagem->transacao);

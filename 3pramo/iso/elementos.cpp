@@ -1,10 +1,12 @@
-// The table of the data elements. Every name stands as it is written in messages and dumps.
+// The table of the data elements. Every name stands as it is written in messages and dumps, spelling
+// included: it is compared and searched for there.
 #include <3pramo/iso/YMensagemIso.h>
 
 #include <cstdint>
 
 namespace {
 
+// The maximum stands above the seven bits of classes and prefix.
 constexpr std::uint64_t fixo(std::uint64_t classes, std::uint64_t maximo) {
     return maximo * 128 + classes;
 }
@@ -23,6 +25,7 @@ constexpr std::uint64_t ANS = Y_ISO_A + Y_ISO_N + Y_ISO_S;
 
 } // namespace
 
+// At index number - 1. Elements 1 and 65 do not travel: their bits announce a further bitmap.
 const YElementoIso elementosIso[Y_ISO_ELEMENTOS] = {
     /*   1 */ {fixo(B, 64), "Bit map"},
     /*   2 */ {var(2, N, 19), "Primary account number (PAN)"},
