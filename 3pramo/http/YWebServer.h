@@ -81,7 +81,8 @@ Y_CLASSE(YWebServer, YObThread) {
 
 typedef struct YWebServer YWebServer;
 
-/* A derived class takes from it the slots that it keeps: at least run, which accepts connections. */
+/* A derived class takes from it the slots that it keeps: at least run, which accepts
+ * connections. */
 Y_EXPORTA extern const YObThread_Rtti YWebServer_definicaoRtti;
 Y_EXPORTA const YRtti *YWebServer_rtti(void);
 
