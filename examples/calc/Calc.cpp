@@ -1,3 +1,4 @@
+// The port type Calc: a service class with a state of its own, and the handlers of its methods.
 #include "portTypes.hpp"
 
 #include <atomic>
@@ -26,6 +27,7 @@ const YRtti *Calc_rtti() {
 
 // ---- Methods: they read children of the request, and append children to the answer ----
 
+// Becomes a fault to the client, with this text, source name and line.
 [[noreturn]] void recusa(const char *mensagem, int linha = __builtin_LINE()) {
     YContextoTry_throw(YExcSoap_rtti, mensagem, "Calc", linha);
 }

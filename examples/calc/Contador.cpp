@@ -1,3 +1,4 @@
+// The port type Contador: one counter for each client, which lives from call to call.
 #include "portTypes.hpp"
 
 #include <memory>
@@ -7,6 +8,7 @@ using namespace pramo::literais;
 
 namespace {
 
+/// All zero at first, but what has a constructor.
 struct Contador : YWebService {
     std::mutex trinco; // two connections may call the same object at once
     std::int64_t total;
@@ -20,6 +22,7 @@ void constroi(void *objeto) {
     std::construct_at(&static_cast<Contador *>(objeto)->trinco);
 }
 
+// Runs when the last call on the object has returned: nobody holds the lock.
 void destroi(void *objeto) {
     std::destroy_at(&static_cast<Contador *>(objeto)->trinco);
 }

@@ -1,3 +1,4 @@
+// The port type Formulario: a service object holds one client's sale, and its one method is a round of it.
 #include "Formulario.hpp"
 #include "Venda.hpp"
 
@@ -34,6 +35,7 @@ const YRtti *Formulario_rtti() {
 /// its request counts, and the next form asks for all of it again.
 void preenche(YWebService *servico, YNo *requisicao, YNo *resposta) {
     auto &formulario = *static_cast<Formulario *>(servico);
+    // An operation belongs to one thread at a time: a whole round is done under the lock.
     const std::lock_guard tranca(formulario.trinco);
     Pramo_Operacao_carregaDaRequisicao(formulario.venda, requisicao);
     Pramo_Operacao_trataCampos(formulario.venda);

@@ -1,3 +1,5 @@
+// The sale as the library sees it: which fields a round offers, what is done when they are filled, and how
+// they are bound to the object's memory.
 #include "Venda.hpp"
 
 #include <algorithm>
@@ -34,7 +36,7 @@ void calculaTotal(Venda &venda) {
     std::int64_t milesimos = 0;
     if (venda.valor <= 0 || venda.quantidade <= 0 ||
         __builtin_mul_overflow(venda.valor, std::int64_t{venda.quantidade}, &milesimos)) {
-        oferece(venda, 0);
+        oferece(venda, 0); // the client gets the fault, and the same fields at its next call
         YContextoTry_throw(YExcSoap_rtti, "Valor ou quantidade fora do permitido."_l1, "Venda", __LINE__);
     }
     venda.total = milesimos / 1000;
@@ -61,6 +63,7 @@ void trataCampos(Pramo_Operacao *operacao) {
 
 // ---- The form ----
 
+/// Binds a field of the form to a member of the object, which lives as long as the operation that it is.
 template <typename T>
 Pramo_Variavel *campo(Venda &venda, const char *nome, const char *titulo, Pramo_Tipo *tipo, T &onde) {
     Pramo_Variavel *variavel = Pramo_Operacao_criaVariavel(&venda, nome, tipo, &onde, sizeof onde);

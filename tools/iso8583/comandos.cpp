@@ -1,3 +1,5 @@
+// The commands. Each keeps one message of each input at a time, and makes the whole text of what it says
+// about it before the first byte of that is written: an error leaves no half message behind.
 #include "comandos.hpp"
 
 #include "mensagens.hpp"
@@ -67,6 +69,7 @@ bool iguais(const YMensagemIso *a, const YMensagemIso *b, std::int32_t bit) {
            std::string_view(textoB, YMensagemIso_getTamanhoBit(b, bit));
 }
 
+// Empty for an element that the message does not have.
 std::string linhaDoElemento(const YMensagemIso *mensagem, std::int32_t bit, char sinal, bool claro) {
     const Stream stream = novoStream();
     YMensagemIso_dumpElemento(mensagem, bit, claro ? 0 : 1, stream);
@@ -127,6 +130,7 @@ int decode(const Pedido &pedido) {
 
 int encode(const Pedido &pedido) {
     paraCada(pedido, leDoTexto, [](const YMensagemIso *mensagem, const Linhas &entrada) {
+        // A carriage return in front of the line feed is the line end's to whoever reads this.
         const Stream stream = novoStream();
         YMensagemIso_emiteEmStream(mensagem, stream);
         if (conteudo(stream).ends_with('\r')) {
@@ -147,6 +151,7 @@ int check(const Pedido &pedido) {
             std::string &falhas;
             std::string lugar;
         } contexto{falhas, entrada.lugar()};
+        // Called by the library, with the context as it was given: a plain function, nothing captured.
         const auto anota = [](void *dados, std::int32_t bit, const char *, const char *motivo) {
             auto &c = *static_cast<Contexto *>(dados);
             c.falhas += c.lugar + ": " + nomeDoElemento(bit) + ": " + emUtf8(motivo) + '\n';
@@ -163,6 +168,7 @@ int diff(const Pedido &pedido) {
     Linhas entradaA(pedido.entradas.at(0));
     Linhas entradaB(pedido.entradas.at(1));
     int status = TUDO_BEM;
+    // The first with the first and so on; what the longer input has left is told by its place.
     for (;;) {
         const Mensagem a = leDoFio(entradaA);
         const Mensagem b = leDoFio(entradaB);

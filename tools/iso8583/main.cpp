@@ -39,6 +39,7 @@ struct Comando {
     std::size_t entradas; // exactly so many; 0 for any number
 };
 
+// --clear is for the two that mask: decode and encode need the elements whole, check shows none.
 constexpr Comando COMANDOS[] = {
     {"dump", dump, true, 0},    {"decode", decode, false, 0}, {"encode", encode, false, 0},
     {"check", check, false, 0}, {"diff", diff, true, 2},
@@ -86,8 +87,9 @@ int executa(int argc, char **argv) {
                                     {"help", no_argument, nullptr, 'h'},
                                     {"version", no_argument, nullptr, 'v'},
                                     {nullptr, 0, nullptr, 0}};
+    // Options may stand behind the command: getopt_long moves what is none to the end.
     Pedido pedido;
-    opterr = 0;
+    opterr = 0; // what is wrong is said below, in one line
     for (int letra = 0; (letra = getopt_long(argc, argv, "", OPCOES, nullptr)) != -1;) {
         switch (letra) {
         case 'c':
@@ -118,7 +120,7 @@ int main(int argc, char **argv) try {
     const int status = executa(argc, argv);
     descarrega();
     return status;
-} catch (const YExcecao &erro) {
+} catch (const YExcecao &erro) { // the library's texts are ISO-8859-1, all others UTF-8
     return queixa(emUtf8(erro.what()));
 } catch (const std::exception &erro) {
     return queixa(erro.what());

@@ -1,3 +1,5 @@
+// Loading in the library is lenient: it skips what is no digit in a code or a length. So each line is also
+// held against the form here, and what is told is the first fault, not what follows from it.
 #include "mensagens.hpp"
 
 #include <charconv>
@@ -46,6 +48,7 @@ void confere(const Linhas &entrada, std::string_view linha, std::size_t inicio, 
     }
 }
 
+// Code and bitmaps stand at fixed places; the first character of a bitmap says whether another one follows.
 void confereInicio(const Linhas &entrada, std::string_view linha) {
     confere(entrada, linha, 0, DIGITOS_DO_CODIGO, "código da transação", ehDigito);
     std::size_t lugar = DIGITOS_DO_CODIGO;
@@ -57,7 +60,8 @@ void confereInicio(const Linhas &entrada, std::string_view linha) {
     }
 }
 
-/// Loading skips what is no digit in a length, and so reads all that follows at the wrong place.
+/// Loading skips what is no digit in a length, and so reads all that follows at the wrong place. Walks the
+/// elements that were loaded, in their order, up to the first such length.
 void confereTamanhos(const Linhas &entrada, std::string_view linha, const YMensagemIso &mensagem) {
     std::size_t lugar =
         DIGITOS_DO_CODIGO + static_cast<std::size_t>(mensagem.capacidade) / 64 * DIGITOS_DO_BITMAP;
@@ -75,7 +79,7 @@ bool leLinhaDoFio(Linhas &entrada, std::string_view &linha) {
         if (!entrada.le(linha)) {
             return false;
         }
-        if (linha.ends_with('\r')) {
+        if (linha.ends_with('\r')) { // files of other systems
             linha.remove_suffix(1);
         }
     } while (linha.empty());
@@ -92,7 +96,7 @@ bool leLinhaNaoVazia(Linhas &entrada, std::string_view &linha) {
     return leu;
 }
 
-/// A number of one to `maximo` digits off the line's start.
+/// Takes a number of one to `maximo` digits off the line's start.
 std::int32_t tiraNumero(const Linhas &entrada, std::string_view &linha, std::size_t maximo,
                         const char *oque) {
     std::int32_t numero = 0;
@@ -122,11 +126,12 @@ void leElemento(const Linhas &entrada, std::string_view linha, YMensagemIso &men
         recusa(entrada, "falta um espaço depois do número do elemento");
     }
     const std::string_view texto = linha.substr(linha.empty() ? 0 : 1);
+    // Setting replaces silently, so a second one is looked for first.
     if (YMensagemIso_getBit(&mensagem, bit) != nullptr) {
         recusa(entrada, nomeDoElemento(bit) + ": repetido");
     }
     comLugar(entrada, [&] { YMensagemIso_setBitTam(&mensagem, bit, texto.data(), texto.size()); });
-    exigeTamanho(entrada, bit, texto.size());
+    exigeTamanho(entrada, bit, texto.size()); // a number that no element has was refused by now
 }
 
 } // namespace
@@ -150,16 +155,18 @@ Mensagem leDoFio(Linhas &entrada) {
     }
     confereInicio(entrada, linha);
     auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    const char *posicao = linha.data();
+    const char *posicao = linha.data(); // the line stays where it is until the next is read
     comLugar(entrada, [&] {
         try {
             YMensagemIso_carregaBloco(mensagem, &posicao, linha.size());
         } catch (const YExcecao &) {
+            // That the message ended too early may be a bad length's doing: then the length is told.
             confereTamanhos(entrada, linha, *mensagem);
             throw;
         }
     });
     confereTamanhos(entrada, linha, *mensagem);
+    // A line is one message: what follows it would be lost.
     if (const auto sobra = linha.data() + linha.size() - posicao; sobra != 0) {
         recusa(entrada, "depois da mensagem sobram " + std::to_string(sobra) + " bytes");
     }
@@ -176,6 +183,7 @@ Mensagem leDoTexto(Linhas &entrada) {
     if (!linha.empty()) {
         recusa(entrada, "código da transação inválido");
     }
+    // Up to the empty line or the end. A line here points into the input's, which the next one replaces.
     while (entrada.le(linha) && !linha.empty()) {
         leElemento(entrada, linha, *mensagem);
     }

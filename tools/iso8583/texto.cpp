@@ -1,3 +1,5 @@
+// Bytes in, bytes out. Input may be anything, of any length: a line is bounded, and emUtf8 leaves nothing
+// that a terminal would take for a command.
 #include "texto.hpp"
 
 #include <cerrno>
@@ -19,13 +21,14 @@ std::string emUtf8(std::string_view latin1) {
     std::string texto;
     for (const char c : latin1) {
         const auto byte = static_cast<unsigned char>(c);
+        // Both sets of control characters: terminals obey the upper one too.
         const bool controle = byte < 32 || (byte >= 127 && byte < 160);
         if (controle && c != '\n') {
             constexpr const char *HEX = "0123456789ABCDEF";
             texto += {'\\', 'x', HEX[byte >> 4], HEX[byte & 15]};
         } else if (byte < 128) {
             texto += c;
-        } else {
+        } else { // two bytes: the upper two bits, then the lower six
             texto += {static_cast<char>(0xC0 | byte >> 6), static_cast<char>(0x80 | (byte & 0x3F))};
         }
     }
@@ -40,6 +43,7 @@ Linhas::Linhas(const std::string &nome)
 }
 
 bool Linhas::le(std::string_view &linha) {
+    // Counted first, so that an error names this line; taken back at the end, which is none.
     linha_.clear();
     numero_++;
     int c = 0;
@@ -52,6 +56,7 @@ bool Linhas::le(std::string_view &linha) {
     if (std::ferror(arquivo_.get()) != 0) {
         falhou(lugar());
     }
+    // The last line may lack its line feed; a line feed at the very end begins no further one.
     linha = linha_;
     const bool leu = c != EOF || !linha_.empty();
     numero_ -= leu ? 0 : 1;
@@ -64,6 +69,7 @@ void escreve(std::string_view bytes) {
     }
 }
 
+// A full disk may show only here.
 void descarrega() {
     if (std::fflush(stdout) != 0) {
         falhou("saída padrão");
