@@ -99,15 +99,15 @@ bool leLinhaNaoVazia(Linhas &entrada, std::string_view &linha) {
 /// Takes a number of one to `maximo` digits off the line's start.
 std::int32_t tiraNumero(const Linhas &entrada, std::string_view &linha, std::size_t maximo,
                         const char *oque) {
-    std::int32_t numero = 0;
+    std::uint32_t numero = 0; // unsigned, so that no sign is taken
     const char *fim = linha.data() + linha.size();
     const auto [parou, erro] = std::from_chars(linha.data(), fim, numero);
     const auto digitos = static_cast<std::size_t>(parou - linha.data());
-    if (erro != std::errc{} || numero < 0 || digitos > maximo) {
+    if (erro != std::errc{} || digitos > maximo) {
         recusa(entrada, std::string(oque) + " inválido");
     }
     linha.remove_prefix(digitos);
-    return numero;
+    return static_cast<std::int32_t>(numero);
 }
 
 void exigeTamanho(const Linhas &entrada, std::int32_t bit, std::size_t tamanho) {
