@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 PACOTES_CONSTRUCAO=(g++ cmake ninja-build)
-PACOTES_TESTES=(libgtest-dev python3 pkg-config)
+PACOTES_TESTES=(libgtest-dev locales python3 pkg-config)
 PACOTES_CLIENTES=(curl php-cli php-soap libsoap-lite-perl python3-suds python3-zeep)
 PACOTES_CLANG=(clang libclang-rt-14-dev)
 PACOTES_FORMATO=(clang-format clang-tidy git)

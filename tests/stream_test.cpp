@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-
 using namespace pramo::literais;
 
 namespace {
@@ -13,8 +11,6 @@ class Stream : public testing::Test {
 protected:
     pramo::Ponteiro<YStream> dono = pramo::cria<YStream>(YStream_rtti);
     YStream *s = dono.get();
-
-    std::string conteudo() { return apoio::conteudo(s); }
 };
 
 TEST_F(Stream, vazioEFimSaoDefinidos) {
@@ -33,30 +29,17 @@ TEST_F(Stream, aceitaOSeuProprioTexto) {
     for (int i = 0; i < 12; i++) { // far beyond every growth
         YStream_puts(s, YStream_str(s));
     }
-    ASSERT_EQ(conteudo(), std::string(4096, 'x'));
     YStream_printf(s, "%s", YStream_str(s));
     YStream_putTirandoAcentos(s, YStream_str(s));
     YStream_putHtmlString(s, YStream_str(s));
-    EXPECT_EQ(conteudo(), std::string(32768, 'x'));
-}
-
-TEST_F(Stream, formataNaLocaleC) {
-    std::setlocale(LC_ALL, "pt_BR.UTF-8") != nullptr || std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-    YStream_printf(s, "%.1f %s", 1.5, std::string(2000, 'y').c_str());
-    double lido = 0;
-    char palavra[8];
-    EXPECT_EQ(YStream_scanf(s, "%lf %3s", &lido, palavra), 2);
-    std::setlocale(LC_ALL, "C");
-    EXPECT_EQ(conteudo(), "1.5 " + std::string(2000, 'y'));
-    EXPECT_EQ(lido, 1.5);
-    EXPECT_STREQ(palavra, "yyy");
-    EXPECT_EQ(YStream_disponiveis(s), 2004) << "scanning does not read";
+    EXPECT_TRUE(apoio::conteudo(s) == std::string(32768, 'x'));
 }
 
 TEST_F(Stream, referenciasQueSaem) {
     YStream_putHtmlString(s, "a<b>&\"c'\r\n\xe7\x80\xff");
     YStream_putTirandoAcentos(s, "AÇÃO ção É ñ ü ÿ × ß"_l1);
-    EXPECT_EQ(conteudo(), "a&lt;b&gt;&amp;&quot;c'&#13;\n&#231;&#128;&#255;ACAO cao E n u y \xd7 \xdf");
+    EXPECT_EQ(apoio::conteudo(s),
+              "a&lt;b&gt;&amp;&quot;c'&#13;\n&#231;&#128;&#255;ACAO cao E n u y \xd7 \xdf");
     for (int c = 1; c < 256; c++) {
         YStream_clear(s);
         YStream_putHtmlString(s, std::string(1, static_cast<char>(c)).c_str());
@@ -65,23 +48,19 @@ TEST_F(Stream, referenciasQueSaem) {
 }
 
 TEST_F(Stream, referenciasQueEntram) {
-    const struct {
-        const char *texto;
-        int lido;
-        int64_t sobra;
-    } casos[] = {{"&amp;x", '&', 1},  {"&apos;b", '\'', 1},       {"&#xe7;", 0xE7, 0},
-                 {"&#XE7;", 0xE7, 0}, {"&#0000231;", 0xE7, 0},    {"&", '&', 0},
-                 {"&amp", '&', 3},    {"&muitolongo1;", '&', 12}, {"&#000000231;", '&', 11}};
-    for (const auto &[texto, lido, sobra] : casos) {
+    // clang-format off
+    const std::tuple<std::string, int, int64_t> casos[] = { // what is read, or 0 for what is refused; what is left
+        {"&amp;x", '&', 1}, {"&apos;b", '\'', 1}, {"&#xe7;", 0xE7, 0}, {"&#XE7;", 0xE7, 0}, {"&#0000231;", 0xE7, 0},
+        {"&", '&', 0}, {"&amp", '&', 3}, {"&muitolongo1;", '&', 12}, {"&#000000231;", '&', 11},
+        {"&#256;", 0, 6}, {"&#0;", 0, 4}, {"&#x100;", 0, 7}, {"&#-5;", 0, 5}, {"&#+5;", 0, 5}, {"&#;", 0, 3},
+        {"&#x;", 0, 4}, {"&nbsp;", 0, 6}, {"&AMP;", 0, 5}, {"& b;", 0, 4}, {"&a<b;", 0, 5}, {"&;", 0, 2}};
+    // clang-format on
+    for (const auto &[texto, esperado, sobra] : casos) {
         const auto entrada = apoio::streamDe(texto);
-        EXPECT_EQ(YStream_getHtmlChar(entrada), lido) << texto;
-        EXPECT_EQ(YStream_disponiveis(entrada), sobra) << texto;
-    }
-    for (const std::string texto : {"&#256;", "&#0;", "&#x100;", "&#-5;", "&#+5;", "&#;", "&#x;", "&nbsp;",
-                                    "&AMP;", "& b;", "&a<b;", "&;"}) {
-        const auto entrada = apoio::streamDe(texto);
-        EXPECT_NE(apoio::excecao([&] { YStream_getHtmlChar(entrada); }), "") << texto;
-        EXPECT_EQ(YStream_disponiveis(entrada), std::ssize(texto)) << "it stays in front of " << texto;
+        int lido = 0;
+        EXPECT_EQ(apoio::excecao([&] { lido = YStream_getHtmlChar(entrada); }).empty(), esperado != 0)
+            << texto;
+        EXPECT_TRUE(lido == esperado && YStream_disponiveis(entrada) == sobra) << texto;
     }
 }
 

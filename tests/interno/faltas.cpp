@@ -5,31 +5,11 @@
 #include <new>
 #include <pthread.h>
 
-namespace apoio {
-
-Contagem alocacoes;
-thread_local bool poupada = false;
-Contagem threads;
-
-} // namespace apoio
-
-namespace {
-
 using namespace apoio;
 
-bool chegouAVez(Contagem &contagem) {
-    int antes = contagem.ainda.load();
-    while (antes != NUNCA &&
-           !contagem.ainda.compare_exchange_weak(antes, antes - 1 > -contagem.seguidas ? antes - 1 : NUNCA)) {
-    }
-    return antes != NUNCA && antes <= 0;
+static bool deveFalhar() {
+    return !poupada && alocacoes.chegouAVez();
 }
-
-bool deveFalhar() {
-    return !poupada && chegouAVez(alocacoes);
-}
-
-} // namespace
 
 // The linker sends what the library and the tests ask for here (-Wl,--wrap).
 // NOLINTBEGIN(bugprone-reserved-identifier)
@@ -49,14 +29,14 @@ void *__wrap_realloc(void *bloco, std::size_t tamanho) {
 }
 int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *atributos, void *(*funcao)(void *),
                           void *argumento) {
-    return chegouAVez(threads) ? EAGAIN : __real_pthread_create(thread, atributos, funcao, argumento);
+    return threads.chegouAVez() ? EAGAIN : __real_pthread_create(thread, atributos, funcao, argumento);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
 // Not inlined: the compiler would take the pair below for a mismatch.
 [[gnu::noinline]] void *operator new(std::size_t tamanho) {
-    void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
+    void *bloco = operator new(tamanho, std::nothrow);
     return bloco != nullptr ? bloco : throw std::bad_alloc();
 }
 [[gnu::noinline]] void *operator new(std::size_t tamanho, const std::nothrow_t &) noexcept {

@@ -1,6 +1,5 @@
 // Allocations and threads that the system refuses.
-#ifndef TESTES_INTERNO_FALTAS_HPP
-#define TESTES_INTERNO_FALTAS_HPP
+#pragma once
 
 #include <atomic>
 #include <climits>
@@ -13,11 +12,18 @@ constexpr int NUNCA = INT_MIN;
 struct Contagem {
     std::atomic<int> ainda{NUNCA};
     std::atomic<int> seguidas{1};
+
+    bool chegouAVez() {
+        int antes = ainda;
+        while (antes != NUNCA &&
+               !ainda.compare_exchange_weak(antes, antes - 1 > -seguidas ? antes - 1 : NUNCA)) {
+        }
+        return antes != NUNCA && antes <= 0;
+    }
 };
-extern Contagem alocacoes; // of all threads that are not spared
-extern thread_local bool poupada;
-extern Contagem threads;
+
+inline Contagem alocacoes; // of all threads that are not spared
+inline thread_local bool poupada = false;
+inline Contagem threads;
 
 } // namespace apoio
-
-#endif
