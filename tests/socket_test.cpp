@@ -8,6 +8,8 @@
 #include <functional>
 #include <thread>
 
+using namespace pramo::literais;
+
 namespace {
 
 constexpr uint32_t MUITO = 9000; // milliseconds
@@ -16,28 +18,20 @@ const auto novo = [] { return pramo::cria<YSocket>(YSocket_rtti); };
 
 class Socket : public testing::Test {
 protected:
-    pramo::Ponteiro<YSocket> ouvinte;
-    pramo::Ponteiro<YSocket> cliente;
-    pramo::Ponteiro<YSocket> conexao;
+    pramo::Ponteiro<YSocket> ouvinte, cliente, conexao;
     pramo::Ponteiro<YStream> s = pramo::cria<YStream>(YStream_rtti);
     YSocket *aceita = nullptr;
 
     // Signals all the time: no wait ends for them, none begins anew, and none takes one for what it waits
     // for.
     std::jthread sinais{[esta = pthread_self()](const std::stop_token &fim) {
-        while (!fim.stop_requested()) {
+        for (signal(SIGUSR1, [](int) {}); !fim.stop_requested();) {
             pthread_kill(esta, SIGUSR1);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }};
 
     Socket() { liga(); }
-    static void SetUpTestSuite() {
-        struct sigaction acao {};
-        acao.sa_handler = [](int) {};
-        sigaction(SIGUSR1, &acao, nullptr);
-    }
-
     void liga() {
         ouvinte = novo();
         cliente = novo();
@@ -56,8 +50,7 @@ TEST_F(Socket, blocosComOQueSobraEsperando) {
     YSocket_printf(cliente, "linha%s", "\n12345678");
     const int64_t prazo = std::time(nullptr) + 1;
     EXPECT_EQ(YSocket_recebeLinha(conexao, s, prazo), 1);
-    EXPECT_EQ(YSocket_recebeBloco(conexao, s, 5, prazo), 1);
-    EXPECT_EQ(YSocket_recebeBloco(conexao, s, -1, prazo), 1);
+    EXPECT_EQ(YSocket_recebeBloco(conexao, s, 5, prazo) + YSocket_recebeBloco(conexao, s, -1, prazo), 2);
     EXPECT_STREQ(YStream_str(s), "linha12345");
     EXPECT_EQ(YSocket_recebeBloco(conexao, s, 4, prazo), 0);
     EXPECT_STREQ(YStream_str(s), "linha12345678") << "what came is there";
@@ -69,15 +62,14 @@ TEST_F(Socket, blocosComOQueSobraEsperando) {
 TEST_F(Socket, escutaOndeSePede) {
     const uint32_t porta = YSocket_getPorta(ouvinte);
     const std::tuple<const char *, uint32_t, std::string> recusas[] = {
-        {nullptr, porta, "porta: " + std::to_string(porta) + ". J\xE1 est\xE1 em uso. "},
-        {nullptr, 70'000, "porta: 70000. N\xE3o existe. "},
-        {"localhost", 0, "endere\xE7o: localhost, porta: 0. O endere\xE7o n\xE3o \xE9 num\xE9rico. "},
-        {"192.0.2.1", 0, "endere\xE7o: 192.0.2.1, porta: 0. O endere\xE7o n\xE3o \xE9 desta m\xE1quina. "},
+        {nullptr, porta, "porta: " + std::to_string(porta) + std::string(". Já está em uso."_l1)},
+        {nullptr, 70'000, "porta: 70000. Não existe."_l1},
+        {"localhost", 0, "endereço: localhost, porta: 0. O endereço não é numérico."_l1},
+        {"192.0.2.1", 0, "endereço: 192.0.2.1, porta: 0. O endereço não é desta máquina."_l1},
     };
-    for (const auto &r : recusas) {
-        const std::string dita =
-            apoio::excecao([&] { YSocket_escutaEm(novo().get(), std::get<0>(r), std::get<1>(r)); });
-        EXPECT_NE(dita.find(": " + std::get<2>(r) + "Porta n\xE3o p\xF4"), std::string::npos) << dita;
+    for (const auto &[endereco, qual, por] : recusas) {
+        const auto escuta = [onde = endereco, p = qual] { YSocket_escutaEm(novo().get(), onde, p); };
+        EXPECT_EQ(apoio::excecao(escuta), "YExc: " + por + " Porta não pôde ser usada."_l1);
     }
     for (const std::string endereco : {"127.0.0.1", "::1"}) {
         ouvinte = novo();

@@ -41,7 +41,28 @@ void __wrap_free(void *bloco) { // NOLINT
 
 namespace {
 
-void usaMensagensETextos(const char *cartao) {
+// A form of which one request is refused, and messages, streams and texts with the card number.
+void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
+    const char *cartao = YNo_getString(requisicao, "cartao");
+    const auto op = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+    Pramo_Operacao_setCargaEstrita(op, 1);
+    Pramo_Operacao_setRespostaDoPopup(op, "p", cartao);
+    Pramo_Tipo *const tipos[] = {Pramo_Tipo_getTipoSenha(), Pramo_Tipo_getTipoEscolhaMultipla(),
+                                 Pramo_Tipo_getTipoQTDE3(), Pramo_Tipo_getTipoId()};
+    for (int i = 0; i < 4; i++) {
+        const std::string nome(1, "scqi"[i]);
+        Pramo_Variavel *variavel = Pramo_Operacao_criaVariavel(op, nome.c_str(), tipos[i], nullptr, 16);
+        Pramo_Variavel_acrescentaOpcao(variavel, cartao, cartao);
+        Pramo_Variavel_marcaUsada(variavel);
+    }
+    EXPECT_NE(apoio::excecao([&] { Pramo_Operacao_carregaDaRequisicao(op, requisicao); }), "");
+    YNo_setStringVal(YNo_getFilho(requisicao, "campo", 3), "1");
+    Pramo_Operacao_carregaDaRequisicao(op, requisicao);
+    for (const char *nome : {"s", "c", "q", "i"}) {
+        Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(op, nome));
+    }
+    Pramo_Operacao_descarregaNaResposta(op, resposta);
+
     const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const auto copia = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const auto fio = pramo::cria<YStream>(YStream_rtti);
@@ -65,48 +86,20 @@ void usaMensagensETextos(const char *cartao) {
     YliberaMemoria(YrealocaMemoria_debug(YduplicaString(cartao), 4096, "teste", 1));
 }
 
-// A form with a password and a card number, of which one request is refused.
-void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
-    const auto operacao = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
-    Pramo_Operacao *op = operacao.get();
-    Pramo_Operacao_setCargaEstrita(op, 1);
-    const char *cartao = YNo_getString(requisicao, "cartao");
-    Pramo_Operacao_setRespostaDoPopup(op, "p", cartao);
-    const std::pair<const char *, Pramo_Tipo *> campos[] = {{"senha", Pramo_Tipo_getTipoSenha()},
-                                                            {"c", Pramo_Tipo_getTipoEscolhaMultipla()},
-                                                            {"q", Pramo_Tipo_getTipoQTDE3()},
-                                                            {"id", Pramo_Tipo_getTipoId()}};
-    for (const auto &[nome, tipo] : campos) {
-        Pramo_Variavel *variavel = Pramo_Operacao_criaVariavel(op, nome, tipo, nullptr, 16);
-        Pramo_Variavel_acrescentaOpcao(variavel, cartao, cartao);
-        Pramo_Variavel_marcaUsada(variavel);
-    }
-    EXPECT_NE(apoio::excecao([&] { Pramo_Operacao_carregaDaRequisicao(op, requisicao); }), "");
-    YNo_setStringVal(YNo_getFilho(requisicao, "campo", 3), "1");
-    Pramo_Operacao_carregaDaRequisicao(op, requisicao);
-    for (const auto &[nome, tipo] : campos) {
-        Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(op, nome));
-    }
-    Pramo_Operacao_descarregaNaResposta(op, resposta);
-    usaMensagensETextos(cartao);
-}
-
 TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
     const YDefinicaoMetodo metodos[] = {{"preenche", preenche}, {nullptr, nullptr}};
     apoio::ServidorSoap servidor({{"Alvo", metodos, YWebService_rtti, nullptr, nullptr}});
     const apoio::Diario diario(Y_LOG_CORPO);
-    cliente = true;
-    vigia = true;
+    cliente = vigia = true;
     {
         const std::string cartao(SEGREDOS[0]);
-        const auto campo = [&](const std::string &nome, const std::string &valor) {
-            return "<campo opcao=\"" + cartao + "\" nome=\"" + nome + "\">" + valor + "</campo>";
-        };
-        const std::string corpo = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><e><Body><preenche t=\"" +
-                                  cartao + "\"><cartao>" + cartao + "</cartao><z>\xC3\xA7" +
-                                  std::string(3000, 'z') + "</z>" + campo("senha", "73519284") +
-                                  campo("c", cartao) + campo("q", "73519284") + campo("id", "x73519284") +
-                                  "<b>" + cartao + "&amp;</b></preenche></Body></e>";
+        const std::string senha(SEGREDOS[1]);
+        std::string corpo = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><e><Body><preenche t=\"" + cartao +
+                            "\"><cartao>" + cartao + "</cartao><z>\xC3\xA7" + std::string(3000, 'z') + "</z>";
+        for (const std::string &campo : {"s\">" + senha, "c\">" + cartao, "q\">" + senha, "i\">x" + senha}) {
+            corpo += "<campo opcao=\"" + cartao + "\" nome=\"" + campo + "</campo>";
+        }
+        corpo += "<b>" + cartao + "&amp;</b></preenche></Body></e>";
         const std::string pedido = apoio::pedidoSoap("Alvo", "preenche", corpo);
         const std::string respostas = apoio::conversa(servidor.porta(), pedido + pedido);
         EXPECT_NE(respostas.find("<ns1:valor>" + cartao + "</ns1:valor>"), std::string::npos) << respostas;

@@ -45,29 +45,27 @@ void confere(bool vale) {
     }
 }
 
-constexpr const char *DOCUMENTO =
-    "<e:Body xmlns:e='x'><a tipo=\"x:int\" b=\"2\">3 &amp; &#231;</a><dados x:type=\"n:Map\"><item>"
-    "<key>um</key><value>1</value></item><item><key>dois</key><value><i>2</i></value></item></dados></"
-    "e:Body>";
-
 TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
     YMemoria_habilitaRelatorio(1);
     YObLOG_habilita(0);
     falhaEmCada("parser, mapas e escrita", [] {
         const auto entrada = pramo::cria<YStream>(YStream_rtti);
-        YStream_puts(entrada, DOCUMENTO);
+        YStream_puts(
+            entrada,
+            "<e:Body xmlns:e='x'><a tipo=\"x:int\" b=\"2\">3 &amp; &#231;</a><dados x:type=\"n:Map\">"
+            "<item><key>um</key><value>1</value></item>"
+            "<item><key>dois</key><value><i>2</i></value></item></dados></e:Body>");
         const auto no = pramo::cria<YNo>(YNo_rtti);
         YNo_leDe(no, entrada);
         YNo_corrigeMaps(no);
         YNo_setNome(no, YNo_getNome(no));
         const auto ligado = pramo::cria<YNo>(YNo_rtti);
         YNo_setPai(ligado, no);
-        const auto saida = pramo::cria<YStream>(YStream_rtti);
-        YStream_put(saida, '-');
+        YStream_clear(entrada);
         try {
-            YNo_gravaEm(no, saida);
+            YNo_gravaEm(no, entrada);
         } catch (const YExcecao &) {
-            EXPECT_STREQ(YStream_str(saida), "-");
+            confere(YStream_tam(entrada) == 0);
             throw;
         }
     });
@@ -79,12 +77,12 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
         for (const char *texto = longo.c_str(); *texto != '\0'; texto++) {
             YDIC_guarda(dic, texto, "valor");
             YDIC_guarda(dic, "k", texto);
-            auto elemento = pramo::cria<YOb>(YOb_rtti);
-            YSet_poe(set.get(), elemento.get());
-            (void)elemento.release();
-            auto valor = pramo::cria<YOb>(YOb_rtti);
-            YMapa_guarda(mapa.get(), texto + std::strlen(texto) / 2, valor.get());
-            (void)valor.release();
+            for (const bool noSet : {true, false}) {
+                auto elemento = pramo::cria<YOb>(YOb_rtti);
+                noSet ? YSet_poe(set, elemento.get())
+                      : static_cast<void>(YMapa_guarda(mapa, texto, elemento.get()));
+                (void)elemento.release();
+            }
         }
         const auto uniao = pramo::cria<YSet>(YSet_rtti);
         YSet_poe(uniao, nullptr);
@@ -105,29 +103,26 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
         int registros = 0;
         YObLOG_setSaida([](void *n, int, const char *) { ++*static_cast<int *>(n); }, &registros);
         YObLOG_habilita(Y_LOG_ERRO);
-        void (*const corpos[])(void *) = {
-            [](void *) { throw std::bad_alloc(); },
-            [](void *) { YContextoTry_throw(YExcIOError_rtti, "do corpo que falhou", "teste", 1); },
+        const auto corpo = [](void *) {
+            YContextoTry_throw(YExcIOError_rtti, "do corpo que falhou", "teste", 1);
         };
-        for (void (*const corpo)(void *) : corpos) {
-            YContextoTry regiao{};
-            YContextoTry_inicia(&regiao);
-            confere(YContextoTry_executa(&regiao, corpo, nullptr) == 0);
-            confere(std::strncmp(YContextoTry_mensagem(&regiao), "velho", 5) != 0);
-            confere(YContextoTry_catch(&regiao, YExc_rtti) != 0);
-            YExc_descreve_no_log();
-            YContextoTry_finaliza(&regiao);
-            try {
-                corpo(nullptr);
-            } catch (...) {
-                pramo::registraExcecaoCorrente("aqui");
-                pramo::registraExcecaoAdiada("aqui"); // arrives with the next one
-            }
-            YObLOG_masc_print(Y_LOG_ERRO, "%03000d", 1);
+        YContextoTry regiao{};
+        YContextoTry_inicia(&regiao);
+        confere(YContextoTry_executa(&regiao, corpo, nullptr) == 0);
+        confere(std::strncmp(YContextoTry_mensagem(&regiao), "velho", 5) != 0);
+        confere(YContextoTry_catch(&regiao, YExc_rtti) != 0);
+        YExc_descreve_no_log();
+        YContextoTry_finaliza(&regiao);
+        try {
+            throw std::bad_alloc();
+        } catch (...) {
+            pramo::registraExcecaoCorrente("aqui");
+            pramo::registraExcecaoAdiada("aqui"); // arrives with the next one
         }
+        YObLOG_masc_print(Y_LOG_ERRO, "%03000d", 1);
         YObLOG_habilita(0);
         YObLOG_setSaida(nullptr, nullptr);
-        confere(registros == 8);
+        confere(registros == 4);
         pramo::esqueceExcecoes();
     });
     falhaEmCada("relatório", [] {
@@ -142,8 +137,8 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
         const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
         const auto outra = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
         const auto saida = pramo::cria<YStream>(YStream_rtti);
-        YMensagemIso_setBit(mensagem, 3, "00300x");
         YMensagemIso_setBit(mensagem, 70, "301");
+        YMensagemIso_setBit(mensagem, 3, "00300x");
         YMensagemIso_setBit(mensagem, 3, YMensagemIso_getBit(mensagem, 3));
         YMensagemIso_copiaDe(outra, mensagem);
         YMensagemIso_emiteEmStream(mensagem, saida);

@@ -1,9 +1,13 @@
 // The rhythm that a write demands of its reader, with windows that a test can wait for.
+#include <3pramo/foundation/YSocket.h>
 #include <3pramo/foundation/YSocket_sistema.hpp>
+#include <3pramo/foundation/cria.hpp>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <csignal>
+#include <netdb.h>
 #include <string>
 #include <sys/socket.h>
 #include <thread>
@@ -43,6 +47,42 @@ TEST(Ritmo, quemLeDevagarDemaisAcabaTambemComSinais) {
     EXPECT_EQ(enviaA(1, 60'000), Envio::LENTO) << "too little";
     EXPECT_LT(std::chrono::steady_clock::now() - inicio, std::chrono::seconds(10)) << "no window began anew";
     EXPECT_EQ(enviaA(65536, 60'000), Envio::FEITO);
+}
+
+std::atomic<bool> responde{false};
+std::atomic<int> perguntas{0};
+
+} // namespace
+
+// The linker sends the searches for names here (-Wl,--wrap): one name's server does not answer.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+int __real_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido, addrinfo **achados);
+int __wrap_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido, addrinfo **achados) {
+    if (nome != std::string_view("mudo.invalid") || pedido->ai_flags != 0) {
+        return __real_getaddrinfo(nome, porta, pedido, achados);
+    }
+    perguntas++;
+    responde.wait(false);
+    perguntas--;
+    return EAI_AGAIN;
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace {
+
+TEST(Busca, naoSeguraQuemPerguntaAlemDoSeuPrazo) {
+    for (int n = 0; n < 65; n++) { // more than may search at once
+        const auto socket = cria<YSocket>(YSocket_rtti, "teste");
+        const auto fim = n < 64 ? Y_ESPERA_PRAZO : Y_ESPERA_FECHADA;
+        EXPECT_EQ(YSocket_conectaMs(socket, "mudo.invalid", 1, n < 64 ? 5 : 20'000), fim) << n;
+    }
+    responde = true;
+    responde.notify_all();
+    while (perguntas > 0) {
+        std::this_thread::yield();
+    }
 }
 
 } // namespace
