@@ -4,46 +4,35 @@
 
 #include <3pramo/iso/YMensagemIso_interno.hpp>
 
-#include <cstdint>
-#include <cstdlib>
+#include <cassert>
 
 namespace {
 
 using Mensagem = pramo::Ponteiro<YMensagemIso>;
 
-void exige(bool condicao) {
-    if (!condicao) {
-        std::abort();
-    }
+std::string texto(const Mensagem &mensagem) {
+    return apoio::escrito(mensagem.get(), YMensagemIso_salvaEmStream);
+}
+
+std::string fio(const Mensagem &mensagem) {
+    return apoio::escrito(mensagem.get(), YMensagemIso_emiteEmStream);
 }
 
 /// The loadings stop inside the text; the zero-terminated one sees the same up to the first zero byte.
-Mensagem carregada(const std::string &texto, bool ateZero) {
+Mensagem carregada(const std::string &bytes, bool ateZero) {
     auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    const char *posicao = texto.c_str();
+    const char *posicao = bytes.c_str();
     apoio::excecao([&] { // what was read stays in the message
         ateZero ? YMensagemIso_carrega(mensagem, &posicao)
-                : YMensagemIso_carregaBloco(mensagem, &posicao, texto.size());
+                : YMensagemIso_carregaBloco(mensagem, &posicao, bytes.size());
     });
-    exige(posicao >= texto.c_str() && posicao <= texto.c_str() + texto.size());
+    assert(posicao >= bytes.c_str() && posicao <= bytes.c_str() + bytes.size());
     return mensagem;
 }
 
-void pelaFormaDoFio(const std::string &texto) {
-    const std::string limpo = texto.c_str();
-    exige(apoio::escrito(carregada(limpo, false).get(), YMensagemIso_salvaEmStream) ==
-          apoio::escrito(carregada(limpo, true).get(), YMensagemIso_salvaEmStream));
-    for (const Mensagem &lida : {carregada(texto, true), carregada(texto, false)}) {
-        const std::string fio = apoio::escrito(lida.get(), YMensagemIso_emiteEmStream);
-        exige(apoio::escrito(carregada(fio, false).get(), YMensagemIso_emiteEmStream) == fio);
-        apoio::escrito(lida.get(), YMensagemIso_dumpMascaradoEmStream);
-        YMensagemIso_valida(lida, nullptr, nullptr);
-    }
-}
-
-Mensagem doTexto(std::string texto) {
+Mensagem doTexto(std::string bytes) {
     auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    if (std::FILE *arquivo = texto.empty() ? nullptr : fmemopen(texto.data(), texto.size(), "r")) {
+    if (std::FILE *arquivo = bytes.empty() ? nullptr : fmemopen(bytes.data(), bytes.size(), "r")) {
         pramo::iso::leTexto(*mensagem, arquivo);
         std::fclose(arquivo);
     }
@@ -52,16 +41,20 @@ Mensagem doTexto(std::string texto) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t tamanho) {
-    const std::string texto(reinterpret_cast<const char *>(bytes), tamanho);
-    pelaFormaDoFio(texto);
-    const Mensagem mensagem = doTexto(texto);
-    bool cabem = true; // longer texts are cut in reading
-    for (std::int32_t bit = 1; bit <= mensagem->capacidade; bit++) {
-        cabem = cabem && YMensagemIso_getTamanhoBit(mensagem, bit) <= 2043;
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+    const std::string bytes(reinterpret_cast<const char *>(dados), tamanho);
+    assert(texto(carregada(bytes.c_str(), false)) == texto(carregada(bytes.c_str(), true)));
+    const Mensagem doArquivo = doTexto(bytes);
+    for (const Mensagem &lida : {carregada(bytes, true), carregada(bytes, false)}) {
+        assert(fio(carregada(fio(lida), false)) == fio(lida));
+        apoio::escrito(lida.get(), YMensagemIso_dumpMascaradoEmStream);
+        YMensagemIso_valida(lida, nullptr, nullptr);
     }
-    const std::string salvo = apoio::escrito(mensagem.get(), YMensagemIso_salvaEmStream);
-    exige(!cabem || apoio::escrito(doTexto(salvo).get(), YMensagemIso_salvaEmStream) == salvo);
-    apoio::escrito(mensagem.get(), YMensagemIso_emiteEmStream);
+    bool cabem = true; // longer texts are cut in reading
+    for (std::int32_t bit = 1; bit <= doArquivo->capacidade; bit++) {
+        cabem = cabem && YMensagemIso_getTamanhoBit(doArquivo, bit) <= 2043;
+    }
+    assert(!cabem || texto(doTexto(texto(doArquivo))) == texto(doArquivo));
+    fio(doArquivo);
     return 0;
 }
