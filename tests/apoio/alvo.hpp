@@ -1,6 +1,5 @@
 // A service class that can tell whether its object is whole, and the port type that publishes it.
-#ifndef TESTES_APOIO_ALVO_HPP
-#define TESTES_APOIO_ALVO_HPP
+#pragma once
 
 #include <3pramo/3pramo.hpp>
 
@@ -26,5 +25,3 @@ const YRtti *Alvo_rtti();
 YDefinicaoPortType definicaoDoAlvo(const char *wsdl = nullptr);
 
 } // namespace apoio
-
-#endif

@@ -18,6 +18,12 @@
 
 namespace apoio {
 
+/// An address of this machine that belongs to the process: nobody else's test reaches its servers, or has
+/// taken the port that one of them left.
+inline in_addr enderecoProprio() {
+    return {htonl(0x7F000000U + static_cast<std::uint32_t>(getpid()))};
+}
+
 struct Resposta {
     std::string linha; // status line; empty when the connection ended without an answer
     std::map<std::string, std::string> campos; // names in lower case
@@ -28,51 +34,44 @@ struct Resposta {
 class Cliente {
 public:
     explicit Cliente(std::uint32_t porta) {
-        const sockaddr_in onde = {
-            AF_INET, htons(static_cast<std::uint16_t>(porta)), {htonl(INADDR_LOOPBACK)}, {}};
+        const sockaddr_in onde = {AF_INET, htons(static_cast<std::uint16_t>(porta)), enderecoProprio(), {}};
         const int sim = 1;
         const timeval prazo{10, 0};
-        setsockopt(*fd_, IPPROTO_TCP, TCP_NODELAY, &sim, sizeof sim);
-        setsockopt(*fd_, SOL_SOCKET, SO_RCVTIMEO, &prazo, sizeof prazo);
-        setsockopt(*fd_, SOL_SOCKET, SO_SNDTIMEO, &prazo, sizeof prazo);
-        exige(connect(*fd_, reinterpret_cast<const sockaddr *>(&onde), sizeof onde) == 0, "connect");
+        setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &sim, sizeof sim);
+        setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &prazo, sizeof prazo);
+        setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &prazo, sizeof prazo);
+        passaram(connect(fd_, reinterpret_cast<const sockaddr *>(&onde), sizeof onde), "connect");
     }
 
     /// False when the server is gone.
     bool envia(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ssize_t n = send(*fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-            if (n < 0 && (errno == EPIPE || errno == ECONNRESET)) {
-                return false;
-            }
-            exige(n >= 0, "send");
-            bytes.remove_prefix(static_cast<std::size_t>(n));
+        for (std::size_t n = 1; n > 0 && !bytes.empty(); bytes.remove_prefix(n)) {
+            n = passaram(send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL), "send");
         }
-        return true;
+        return bytes.empty();
     }
 
     /// Tells the server that nothing more comes.
-    void terminaEnvio() { shutdown(*fd_, SHUT_WR); }
+    void terminaEnvio() { shutdown(fd_, SHUT_WR); }
 
     /// One answer: head, and the body that its Content-Length announces.
     Resposta recebe() {
-        Resposta resposta;
-        std::size_t fim = 0;
-        while ((fim = recebidos_.find("\n\n")) == std::string::npos) {
+        Resposta r;
+        while (recebidos_.find("\n\n") == std::string::npos) {
             if (!recebeMais()) {
-                return resposta;
+                return r;
             }
         }
-        resposta.bytes = recebeBytes(fim + 2);
-        std::istringstream cabeca(resposta.bytes);
-        std::getline(cabeca, resposta.linha);
+        r.bytes = recebeBytes(recebidos_.find("\n\n") + 2);
+        std::istringstream cabeca(r.bytes);
+        std::getline(cabeca, r.linha);
         for (std::string nome, valor; std::getline(cabeca, nome, ':') && std::getline(cabeca, valor);) {
             std::ranges::transform(nome, nome.begin(), [](unsigned char c) { return std::tolower(c); });
-            resposta.campos[nome] = valor.substr(1);
+            r.campos[nome] = valor.substr(1);
         }
-        resposta.corpo = recebeBytes(std::stoul("0" + resposta.campos["content-length"]));
-        resposta.bytes += resposta.corpo;
-        return resposta;
+        r.corpo = recebeBytes(std::stoul("0" + r.campos["content-length"]));
+        r.bytes += r.corpo;
+        return r;
     }
 
     /// Sends, and gives the body of one answer.
@@ -94,26 +93,24 @@ public:
     bool fechou() { return recebeBytes().empty(); }
 
 private:
-    static void exige(bool condicao, const char *onde) {
-        if (!condicao) {
+    /// None when the server is gone.
+    static std::size_t passaram(ssize_t n, const char *onde) {
+        if (n < 0 && errno != EPIPE && errno != ECONNRESET) {
             throw std::system_error(errno, std::generic_category(), onde);
         }
+        return static_cast<std::size_t>(std::max<ssize_t>(n, 0));
     }
 
     bool recebeMais() {
         std::array<char, 16384> pedaco{};
-        const ssize_t n = recv(*fd_, pedaco.data(), pedaco.size(), 0);
-        exige(n >= 0 || errno == ECONNRESET, "recv");
-        recebidos_.append(pedaco.data(), n > 0 ? static_cast<std::size_t>(n) : 0);
+        const std::size_t n = passaram(recv(fd_, pedaco.data(), pedaco.size(), 0), "recv");
+        recebidos_.append(pedaco.data(), n);
         return n > 0;
     }
 
-    std::shared_ptr<const int> fd_{new int(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)),
-                                   [](const int *fd) {
-                                       close(*fd);
-                                       delete fd;
-                                   }};
-    std::string recebidos_; // and not yet handed out
+    int fd_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    std::shared_ptr<void> fecha_{nullptr, [fd = fd_](void *) { close(fd); }}; // with the last copy
+    std::string recebidos_;                                                   // and not yet handed out
 };
 
 /// Sends on a connection of its own, half closes it and gives all that comes back.

@@ -1,6 +1,5 @@
 // A part of a test that runs in a process of its own.
-#ifndef TESTES_APOIO_FILHO_HPP
-#define TESTES_APOIO_FILHO_HPP
+#pragma once
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,5 +19,3 @@ bool noFilho(FUNCAO funcao) {
 }
 
 } // namespace apoio
-
-#endif

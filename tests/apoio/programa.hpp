@@ -1,22 +1,23 @@
 // An example, run as a person runs it.
 #pragma once
 
+#include "cliente.hpp"
+
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <string>
 
 namespace apoio {
 
-/// A program that serves on a free port ("--porta 0") and says where ("...:PORT/soap/..."). It is ended after
-/// half a minute, so that every wait for it is bounded.
+/// A program that serves on a free port ("--porta 0") of this process's address and says where
+/// ("...:PORT/soap/..."). It is ended after half a minute, so that every wait for it is bounded.
 class Programa {
 public:
     explicit Programa(const std::string &nome, const std::string &opcao) {
         const std::string pasta =
             std::filesystem::read_symlink("/proc/self/exe").parent_path() / "../examples/";
-        saida_ = popen(("echo $$; exec timeout 30 " + pasta + nome + " --porta 0 " + opcao + " 2>&1").c_str(),
-                       "re");
+        const std::string onde = " --porta 0 --endereco " + std::string(inet_ntoa(enderecoProprio())) + " ";
+        saida_ = popen(("echo $$; exec timeout 30 " + pasta + nome + onde + opcao + " 2>&1").c_str(), "re");
         while (escrito_.find("/soap/") == std::string::npos && leLinha()) {
         }
     }

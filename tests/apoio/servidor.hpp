@@ -1,13 +1,16 @@
-// A web server on a free port, and the log as a list of lines.
+// A running server, threads of a test, and the log as a list of lines.
 #pragma once
 
+#include "cliente.hpp"
+
 #include <3pramo/3pramo.hpp>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -25,32 +28,57 @@ bool acontece(CONDICAO condicao) {
     return feito;
 }
 
-/// A running web server; without a handler it serves files.
-class Servidor {
+/// Runs the function with 0, 1 and so on, on so many threads at once, until the vector goes; what one throws
+/// is a failure of the test.
+template <typename FUNCAO>
+std::vector<std::jthread> emThreads(int quantas, FUNCAO funcao) {
+    std::vector<std::jthread> todas;
+    for (int i = 0; i < quantas; i++) {
+        todas.emplace_back([=] {
+            try {
+                funcao(i);
+            } catch (const std::exception &e) {
+                ADD_FAILURE() << "on a thread: " << e.what();
+            }
+        });
+    }
+    return todas;
+}
+
+/// A server of a class, on a free port of the address of this process.
+template <typename CLASSE, auto SET_PORTA, auto SET_ENDERECO, auto ESPERA_PRONTO, auto PORTA>
+class ServidorDe {
 public:
-    explicit Servidor(YFuncaoTratadorHttp tratador = nullptr, void *contexto = nullptr) {
-        YWebServer_setPorta(get(), 0);
-        if (tratador != nullptr) {
-            YWebServer_setTratador(get(), contexto, tratador);
-        }
-        inicia();
+    explicit ServidorDe(YFuncaoRtti classe) : servidor_(pramo::cria<CLASSE>(classe)) {
+        SET_PORTA(servidor_, 0);
+        SET_ENDERECO(servidor_, inet_ntoa(enderecoProprio()));
     }
 
     void inicia() {
-        YObThread_start(get());
-        if (YWebServer_esperaPronto(get(), std::time(nullptr) + 10) == 0) {
-            throw std::runtime_error("the server does not listen");
-        }
+        YObThread_start(servidor_);
+        EXPECT_EQ(ESPERA_PRONTO(servidor_, std::time(nullptr) + 10), 1);
     }
 
     void libera() { servidor_.reset(); }
 
-    [[nodiscard]] YWebServer *get() const { return servidor_.get(); }
-    operator YWebServer *() const { return servidor_; }
-    [[nodiscard]] std::uint32_t porta() const { return YWebServer_getPorta(get()); }
+    operator CLASSE *() const { return servidor_; }
+    [[nodiscard]] std::uint32_t porta() const { return static_cast<std::uint32_t>(PORTA(servidor_)); }
 
 private:
-    pramo::Ponteiro<YWebServer> servidor_ = pramo::cria<YWebServer>(YWebServer_rtti);
+    pramo::Ponteiro<CLASSE> servidor_;
+};
+
+/// A running web server; without a handler it serves files.
+struct Servidor : ServidorDe<YWebServer, YWebServer_setPorta, YWebServer_setEndereco, YWebServer_esperaPronto,
+                             YWebServer_getPorta> {
+    explicit Servidor(YFuncaoTratadorHttp tratador = nullptr, void *contexto = nullptr,
+                      YFuncaoRtti classe = YWebServer_rtti)
+        : ServidorDe(classe) {
+        if (tratador != nullptr) {
+            YWebServer_setTratador(*this, contexto, tratador);
+        }
+        inicia();
+    }
 };
 
 /// While it lives, takes the records of the log, those of `mascaras` only.

@@ -1,51 +1,26 @@
 // A SOAP server on a free port, and calls to it.
-#ifndef TESTES_APOIO_SOAP_HPP
-#define TESTES_APOIO_SOAP_HPP
+#pragma once
 
-#include "cliente.hpp"
 #include "servidor.hpp"
 
-#include <3pramo/3pramo.hpp>
-
 #include <regex>
-#include <string>
-#include <vector>
 
 namespace apoio {
 
 inline const std::string NAO_CONSTA = "YExcSoap: Servico nao consta da lista de servicos ativos.";
 
 /// A running SOAP server with its port types.
-class ServidorSoap {
-public:
+struct ServidorSoap : ServidorDe<YSoapServer, YSoapServer_setPorta, YSoapServer_setEndereco,
+                                 YSoapServer_esperaPronto, YSoapServer_getPorta> {
     explicit ServidorSoap(const std::vector<YDefinicaoPortType> &portTypes,
                           YFuncaoRtti classe = YSoapServer_rtti)
-        : servidor_(pramo::cria<YSoapServer>(classe)) {
-        YSoapServer_setPorta(get(), 0);
+        : ServidorDe(classe) {
         for (const YDefinicaoPortType &portType : portTypes) {
-            YSoapServer_registraPortType(get(), &portType);
+            YSoapServer_registraPortType(*this, &portType);
         }
         inicia();
     }
-
-    void inicia() {
-        YObThread_start(get());
-        if (YSoapServer_esperaPronto(get(), std::time(nullptr) + 10) == 0) {
-            throw std::runtime_error("the server does not listen");
-        }
-    }
-
-    void libera() { servidor_.reset(); }
-
-    [[nodiscard]] YSoapServer *get() const { return servidor_.get(); }
-    operator YSoapServer *() const { return servidor_; }
-    [[nodiscard]] std::uint32_t porta() const {
-        return static_cast<std::uint32_t>(YSoapServer_getPorta(get()));
-    }
-    [[nodiscard]] std::uint64_t vivos() const { return YSoapServer_getServicos(get()); }
-
-private:
-    pramo::Ponteiro<YSoapServer> servidor_;
+    [[nodiscard]] std::uint64_t vivos() const { return YSoapServer_getServicos(*this); }
 };
 
 /// The HTTP request of a call with this body.
@@ -60,8 +35,9 @@ inline std::string envelope(const std::string &metodo, const std::string &parame
            parametros + "</m:" + metodo + "></e:Body></e:Envelope>";
 }
 
-/// What the answer holds between the envelope's head and tail; all of it when it has not this form.
-inline std::string conteudo(const Resposta &r) {
+/// Of a fault "CLASS: MESSAGE", without the place in the sources; of the response of a method what stands in
+/// its "return", "" when there is none; of another Body its content; all of what has no envelope.
+inline std::string resultado(const Resposta &r) {
     const std::string inicio =
         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<SOAP-ENV:Envelope"
         " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\""
@@ -70,20 +46,14 @@ inline std::string conteudo(const Resposta &r) {
         " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
         " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\"><SOAP-ENV:Body>";
     const std::string fim = "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
-    if (r.linha != "HTTP/1.1 200 OK" || !r.corpo.starts_with(inicio) || !r.corpo.ends_with(fim)) {
-        return "no envelope: " + r.bytes;
-    }
-    return r.corpo.substr(inicio.size(), r.corpo.size() - inicio.size() - fim.size());
-}
-
-/// Of a fault "CLASS: MESSAGE", without the place in the sources; of the response of a method what stands in
-/// its "return", "" when there is none; all of what is neither.
-inline std::string resultado(const Resposta &r) {
     static const std::regex forma(
         "<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>([^]*) \\(\\w+:\\d+\\)"
         "</faultstring><faultactor/></SOAP-ENV:Fault>|"
         "<(ns1:\\w+) xmlns:ns1=\"[^\"]*\">(?:<ns1:return>([^]*)</ns1:return>)?</\\2>");
-    const std::string tudo = conteudo(r);
+    if (r.linha != "HTTP/1.1 200 OK" || !r.corpo.starts_with(inicio) || !r.corpo.ends_with(fim)) {
+        return "no envelope: " + r.bytes;
+    }
+    const std::string tudo = r.corpo.substr(inicio.size(), r.corpo.size() - inicio.size() - fim.size());
     std::smatch partes;
     return std::regex_match(tudo, partes, forma) ? partes.str(1) + partes.str(3) : tudo;
 }
@@ -106,5 +76,3 @@ inline std::string eu(const std::string &identidade) {
 }
 
 } // namespace apoio
-
-#endif

@@ -104,7 +104,8 @@ TEST_F(Arquivos, diretoriosBase) {
         return r.linha == "HTTP/1.1 200 OK" ? r.corpo : r.linha;
     };
     comBase((raiz / "laco").c_str(), "GET /");
-    EXPECT_EQ(comBase(servidor.get()->diretorioBase, "GET /index.html"), "<p>oi</p>") << "its own text";
+    EXPECT_EQ(comBase(static_cast<YWebServer *>(servidor)->diretorioBase, "GET /index.html"), "<p>oi</p>")
+        << "its own text";
     EXPECT_EQ(comBase(nullptr, "GET /index.html"), FALTA);
     EXPECT_EQ(comBase((raiz / "a/..").c_str(), "GET /index.html"), "HTTP/1.1 403 Forbidden.");
     EXPECT_EQ(comBase((raiz / "index.html").c_str(), "GET /"), "<p>oi</p>");
