@@ -1,5 +1,4 @@
 // The web server's life: start, stop, start again, destruction under load, limits of connections.
-#include "apoio/cliente.hpp"
 #include "apoio/servidor.hpp"
 
 #include <gtest/gtest.h>
@@ -8,111 +7,103 @@
 #include <sys/resource.h>
 
 using namespace apoio;
+using namespace std::literals;
 
 namespace {
 
-using Relogio = std::chrono::steady_clock;
-using std::chrono::seconds;
-
-void ola(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/, YMensagemHttp *resposta) {
-    YStream_puts(YMensagemHttp_getPrimeiraLinha(resposta), "200 OK");
-    YMensagemHttp_printf(resposta, "ola");
+template <typename ACAO>
+auto duracao(ACAO acao) {
+    const auto inicio = std::chrono::steady_clock::now();
+    acao();
+    return std::chrono::steady_clock::now() - inicio;
 }
 
-void serve(std::uint32_t porta) {
-    EXPECT_TRUE(conversa(porta, requisicao("GET /")).ends_with("\n\nola"));
-}
+class Parada : public testing::Test {
+protected:
+    std::atomic<int> dentro{0}; // handlers that wait until the test lets them go
+    std::atomic<bool> aberto{false};
+    std::atomic<bool> demolido{false};
+    const Diario diario;
+    Servidor servidor{responde, this, derivada};
 
-TEST(Parada, ociosoParaLogoERecomecaEAsConexoesVivemAlem) {
-    Servidor servidor(ola);
+    static void responde(void *teste, char *uri, YMensagemHttp * /*requisicao*/, YMensagemHttp *resposta) {
+        auto &eu = *static_cast<Parada *>(teste);
+        if (uri == "/espera"sv) {
+            eu.dentro++;
+            EXPECT_TRUE(acontece([&] { return eu.aberto.load(); }));
+        }
+        const std::string muito(uri == "/muito"sv ? 64 << 20 : 0, 'm');
+        YStream_puts(YMensagemHttp_getBody(resposta), eu.demolido ? "tarde" : ("ola" + muito).c_str());
+    }
+
+    // A class derived from the web server, which is whole until the last call of its handler has ended.
+    static const YRtti *derivada() {
+        static YObThread_Rtti descritor = *reinterpret_cast<const YObThread_Rtti *>(YWebServer_rtti());
+        descritor.rtti = {YWebServer_rtti, "Derivada", sizeof(YWebServer), nullptr, [](void *objeto) {
+                              void *teste = static_cast<YWebServer *>(objeto)->contextoTratador;
+                              static_cast<Parada *>(teste)->demolido = true;
+                          }};
+        return &descritor.rtti;
+    }
+
+    /// The answer on a new connection; "" when nobody listens.
+    [[nodiscard]] static std::string pede(std::uint32_t porta) {
+        try {
+            return Cliente(porta).pede(requisicao("GET /"));
+        } catch (const std::system_error &) {
+            return "";
+        }
+    }
+};
+
+TEST_F(Parada, ociosoParaLogoERecomecaEAsConexoesVivemAlem) {
     for (int volta = 0; volta < 3; volta++) {
         const std::uint32_t porta = servidor.porta();
-        Cliente cliente(porta);
+        Cliente cliente(porta); // with it the system gives the port to nobody who asks for any
         EXPECT_EQ(cliente.pede(requisicao("GET /1")), "ola");
-        const auto inicio = Relogio::now();
-        YObThread_stop(servidor);
-        EXPECT_LT(Relogio::now() - inicio, seconds(1));
+        EXPECT_LT(duracao([&] { YObThread_stop(servidor); }), 1s);
         EXPECT_EQ(YWebServer_esperaPronto(servidor, std::time(nullptr) + 10), 0) << "not alive";
-        EXPECT_THROW(Cliente{porta}, std::system_error);
+        EXPECT_EQ(pede(porta), "");
         EXPECT_EQ(cliente.pede(requisicao("GET /2")), "ola");
         YWebServer_setPorta(servidor, porta);
         servidor.inicia();
         EXPECT_EQ(servidor.porta(), porta) << "an address just used is used again";
-        serve(porta);
+        EXPECT_EQ(pede(porta), "ola");
     }
 }
 
-std::atomic<int> dentro; // handlers that wait until the test lets them go
-std::atomic<bool> aberto;
-std::atomic<bool> demolido;
-
-void esperaNaPorta(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
-                   YMensagemHttp *resposta) {
-    dentro++;
-    EXPECT_TRUE(acontece([] { return aberto.load(); }));
-    YMensagemHttp_printf(resposta, demolido ? "tarde" : "enfim");
-}
-
-// A class derived from the web server, which is whole until the last call of its handler has ended.
-const YRtti *Derivado_rtti() {
-    static YObThread_Rtti descritor = *reinterpret_cast<const YObThread_Rtti *>(YWebServer_rtti());
-    descritor.rtti = {YWebServer_rtti, "Derivado", sizeof(YWebServer), nullptr,
-                      [](void * /*objeto*/) { demolido = true; }};
-    return &descritor.rtti;
-}
-
-TEST(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
-    dentro = 0;
-    aberto = demolido = false;
-    auto servidor = pramo::cria<YWebServer>(Derivado_rtti);
-    YWebServer_setPorta(servidor, 0);
-    YWebServer_setTratador(servidor, nullptr, esperaNaPorta);
-    YObThread_start(servidor);
-    ASSERT_EQ(YWebServer_esperaPronto(servidor, std::time(nullptr) + 10), 1);
-    const std::uint32_t porta = YWebServer_getPorta(servidor);
-    Cliente ocupado(porta);
-    Cliente ocioso(porta);
-    Cliente meiaCabeca(porta);
-    Cliente meioCorpo(porta);
-    ocupado.envia(requisicao("GET /1") + requisicao("GET /2"));
-    meiaCabeca.envia("GET / HTTP/1.1\nA: b");
-    meioCorpo.envia("GET / HTTP/1.1\nContent-Length: 1000000\n\nabc");
+TEST_F(Parada, aChamadaEmCursoTerminaEORestoAcabaLogo) {
+    Cliente ocupado(servidor.porta());
+    ocupado.envia(requisicao("GET /espera") + requisicao("GET /2"));
+    std::vector<Cliente> outros;
+    for (const char *inicio :
+         {"", "GET / HTTP/1.1\nA: b", "GET / HTTP/1.1\nContent-Length: 1000000\n\nabc"}) {
+        outros.emplace_back(servidor.porta()).envia(inicio);
+    }
     EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor) == 4 && dentro == 1; }));
-    const auto inicio = Relogio::now();
-    const std::jthread destruidor([&] { servidor.reset(); });
-    EXPECT_TRUE(ocioso.fechou() && meiaCabeca.fechou() && meioCorpo.fechou());
-    EXPECT_LT(Relogio::now() - inicio, seconds(1));
+    const auto destruidor = emThreads(1, [&](int) { servidor.libera(); });
+    for (Cliente &outro : outros) {
+        EXPECT_LT(duracao([&] { EXPECT_TRUE(outro.fechou()); }), 1s);
+    }
     aberto = true;
-    EXPECT_EQ(ocupado.recebe().corpo, "enfim") << "its answer arrives";
+    EXPECT_EQ(ocupado.recebe().corpo, "ola") << "its answer arrives";
     EXPECT_TRUE(ocupado.fechou()) << "the request behind it is not begun";
 }
 
-void respondeMuito(void * /*contexto*/, char * /*uri*/, YMensagemHttp * /*requisicao*/,
-                   YMensagemHttp *resposta) {
-    YStream_puts(YMensagemHttp_getBody(resposta), std::string(64 << 20, 'm').c_str());
-}
-
-TEST(Parada, quemNaoLeARespostaSeguraSoOPrazo) {
-    Servidor servidor(respondeMuito);
+TEST_F(Parada, quemNaoLeARespostaSeguraSoOPrazo) {
     YWebServer_setPrazoDeEncerramento(servidor, 1);
     Cliente cliente(servidor.porta());
-    cliente.envia(requisicao("GET /"));
+    cliente.envia(requisicao("GET /muito"));
     EXPECT_EQ(cliente.recebeBytes(5), "HTTP/");
-    const Diario diario;
-    const auto inicio = Relogio::now();
-    servidor.libera();
-    EXPECT_GE(Relogio::now() - inicio, seconds(1));
-    EXPECT_LT(Relogio::now() - inicio, seconds(4));
+    const auto durou = duracao([&] { servidor.libera(); });
+    EXPECT_TRUE(durou >= 1s && durou < 4s);
     EXPECT_EQ(diario.quantos("Falha no envio pelo socket."), 1);
 }
 
 // ---- What there is not enough of ----
 
 // A newcomer takes the place of whoever has been idle longest, but of nobody within a request.
-TEST(Parada, limiteDeConexoes) {
-    dentro = 0;
-    aberto = demolido = false;
-    Servidor servidor(ola);
+TEST_F(Parada, limiteDeConexoes) {
     YWebServer_setLimiteDeConexoes(servidor, 3);
     Cliente ocioso(servidor.porta());
     EXPECT_EQ(ocioso.pede(requisicao("GET /")), "ola");
@@ -121,65 +112,50 @@ TEST(Parada, limiteDeConexoes) {
     Cliente noMeio(servidor.porta());
     noMeio.envia("GET / HTTP/1.1\r\n");
     EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor) == 3; }));
-    serve(servidor.porta());
+    EXPECT_EQ(pede(servidor.porta()), "ola");
     EXPECT_TRUE(ocioso.fechou());
     EXPECT_EQ(recente.pede(requisicao("GET /")), "ola");
     EXPECT_EQ(noMeio.pede("\r\n"), "ola");
 
-    YWebServer_setTratador(servidor, nullptr, esperaNaPorta);
     std::vector<Cliente> ocupados;
     for (int i = 0; i < 4; i++) {
         EXPECT_TRUE(acontece([&] { return dentro == i; }));
         EXPECT_LE(YWebServer_getConexoes(servidor), 3U);
-        ocupados.emplace_back(servidor.porta()).envia(requisicao("GET /"));
+        ocupados.emplace_back(servidor.porta()).envia(requisicao("GET /espera"));
     }
     aberto = true;
     for (Cliente &ocupado : ocupados) {
-        EXPECT_EQ(ocupado.recebe().corpo, "enfim") << "all were at work: the newcomer waited";
+        EXPECT_EQ(ocupado.recebe().corpo, "ola") << "all were at work: the newcomer waited";
     }
     YWebServer_setLimiteDeConexoes(servidor, 0);
-    const auto inicio = Relogio::now();
-    servidor.libera();
-    EXPECT_LT(Relogio::now() - inicio, seconds(1)) << "also while it waits for a place";
+    EXPECT_LT(duracao([&] { servidor.libera(); }), 1s) << "also while it waits for a place";
 }
 
-TEST(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
-    const Diario diario;
-    auto dono = std::make_unique<Servidor>(ola);
+TEST_F(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
     const auto outro = pramo::cria<YWebServer>(YWebServer_rtti);
     const auto pronto = [&] { return YWebServer_esperaPronto(outro, std::time(nullptr) + 10); };
-    YWebServer_setPorta(outro, dono->porta());
-    const auto inicio = Relogio::now();
+    YWebServer_setPorta(outro, servidor.porta());
+    Cliente cliente(servidor.porta()); // what is left of it keeps the port from anybody else
+    EXPECT_EQ(cliente.pede(requisicao("GET /")), "ola");
     EXPECT_EQ(pronto(), 0) << "not started";
     YObThread_start(outro);
-    EXPECT_EQ(pronto(), 0) << "the port is taken";
-    EXPECT_LT(Relogio::now() - inicio, seconds(5)) << "it does not wait for the deadline";
-    dono.reset();
+    EXPECT_LT(duracao([&] { EXPECT_EQ(pronto(), 0); }), 5s) << "it does not wait for the deadline";
+    servidor.libera();
     EXPECT_TRUE(acontece([&] { return pronto() == 1; }));
     EXPECT_EQ(diario.quantos("Porta n"), 1);
 }
 
-TEST(Parada, ouvinteQueFalhaEFeitoDeNovo) {
-    const Servidor servidor(ola);
-    const Diario diario;
+TEST_F(Parada, ouvinteQueFalhaEFeitoDeNovo) {
     for (int volta = 0; volta < 3; volta++) {
         for (int fd = 3; fd < 1024; fd++) {
             shutdown(fd, SHUT_RDWR); // the listener's is among them
         }
-        EXPECT_TRUE(acontece([&] {
-            try {
-                return conversa(servidor.porta(), requisicao("GET /")).ends_with("ola");
-            } catch (const std::system_error &) {
-                return false; // nobody listens
-            }
-        }));
+        EXPECT_TRUE(acontece([&] { return pede(servidor.porta()) == "ola"; }));
     }
     EXPECT_EQ(diario.quantos("O ouvinte falhou. Falha aceitando"), 1);
 }
 
-TEST(Parada, semDescritoresContinua) {
-    const Servidor servidor(ola);
-    const Diario diario;
+TEST_F(Parada, semDescritoresContinua) {
     Cliente cliente(servidor.porta());
     EXPECT_EQ(cliente.pede(requisicao("GET /1")), "ola");
     rlimit antes{};
@@ -189,7 +165,7 @@ TEST(Parada, semDescritoresContinua) {
     EXPECT_TRUE(acontece([&] { return diario.quantos("Falha aceitando") > 0; }));
     EXPECT_EQ(cliente.pede(requisicao("GET /2")), "ola") << "connections go on";
     setrlimit(RLIMIT_NOFILE, &antes);
-    serve(servidor.porta());
+    EXPECT_EQ(pede(servidor.porta()), "ola");
     EXPECT_EQ(diario.quantos(""), 1);
 }
 

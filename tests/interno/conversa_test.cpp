@@ -8,16 +8,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-
 using apoio::alocacoes;
 using apoio::NUNCA;
 
 namespace {
 
 void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
-    const auto ficha = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
-    Pramo_Operacao *f = ficha.get();
+    const auto f = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
     Pramo_Operacao_habilitaPeriferico(f, Pramo_Periferico_getPIN());
     Pramo_Operacao_criaBotao(f, "botao", "Botao");
     Pramo_Operacao_guardaMensagem(f, "mensagem");
@@ -32,39 +29,24 @@ void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
     Pramo_Operacao_sinalizaCondicao(f);
 }
 
-pramo::Ponteiro<YSoapServer> novoServidor() {
-    constexpr YDefinicaoMetodo metodos[] = {{"preenche", preenche}, {nullptr, nullptr}};
-    const YDefinicaoPortType caixa = {"Caixa", metodos, YWebService_rtti, nullptr, nullptr};
-    const YDefinicaoPortType alvo = apoio::definicaoDoAlvo();
-    auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
-    YSoapServer_setPorta(servidor, 0);
-    YSoapServer_registraPortType(servidor, &caixa);
-    YSoapServer_registraPortType(servidor, &alvo);
-    return servidor;
-}
+class Conversa : public testing::Test {
+protected:
+    static constexpr YDefinicaoMetodo METODOS[] = {{"preenche", preenche}, {nullptr, nullptr}};
+    apoio::ServidorSoap servidor{
+        {{"Caixa", METODOS, YWebService_rtti, nullptr, nullptr}, apoio::definicaoDoAlvo()}};
 
-std::string soma(YSoapServer *servidor, const std::string &eu = "") {
-    return apoio::chama(static_cast<std::uint32_t>(YSoapServer_getPorta(servidor)), "Alvo", "soma",
-                        eu + "<a>2</a><b>3</b>");
-}
-
-/// The client's part; what fails on the server's side it sees as no answer.
-void conversa(YSoapServer *servidor) {
-    const auto porta = static_cast<std::uint32_t>(YSoapServer_getPorta(servidor));
-    try {
-        apoio::chama(porta, "Alvo", "nada");
-        soma(servidor, apoio::eu(apoio::chama(porta, "Alvo", "constroi")));
-        apoio::chama(porta, "Caixa", "preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
-    } catch (const std::system_error &) {
+    std::string chama(const std::string &metodo, const std::string &parametros = "") {
+        return apoio::chama(servidor.porta(), metodo == "preenche" ? "Caixa" : "Alvo", metodo, parametros);
     }
-}
+    std::string soma(const std::string &eu = "") { return chama("soma", eu + "<a>2</a><b>3</b>"); }
+    void recomeca(const std::string &quem) {
+        YObThread_stop(servidor);
+        servidor.inicia();
+        EXPECT_EQ(soma(), "5") << quem;
+    }
+};
 
-void serve(YSoapServer *servidor, const std::string &quem) {
-    ASSERT_EQ(YSoapServer_esperaPronto(servidor, std::time(nullptr) + 10), 1) << quem;
-    EXPECT_EQ(soma(servidor), "5") << quem;
-}
-
-/// Runs the action with the n-th allocation of the threads that are not spared failing, alone and with twenty
+/// Runs the action with the n-th allocation of the threads that are not spared failing, alone and with five
 /// that follow it, for every n until there is none, and `depois` behind each.
 template <typename ACAO, typename DEPOIS>
 void emCadaAlocacao(ACAO acao, DEPOIS depois) {
@@ -84,9 +66,9 @@ void emCadaAlocacao(ACAO acao, DEPOIS depois) {
     YObLOG_habilita(Y_LOG_ERRO);
 }
 
-TEST(Conversa, semMemoriaNoComecoENoFim) {
-    const auto servidor = novoServidor();
-    const auto comecaEPara = [&] {
+TEST_F(Conversa, semMemoriaNoComecoENoFim) {
+    const auto paraEComeca = [&] {
+        YObThread_stop(servidor);
         try {
             YObThread_start(servidor);
         } catch (const YExcecao &) {
@@ -94,36 +76,35 @@ TEST(Conversa, semMemoriaNoComecoENoFim) {
         }
         YObThread_stop(servidor);
     };
-    emCadaAlocacao(comecaEPara, [&](const std::string &quem) {
-        YObThread_start(servidor);
-        serve(servidor, quem);
-        YObThread_stop(servidor);
-    });
+    emCadaAlocacao(paraEComeca, [&](const std::string &quem) { recomeca(quem); });
 }
 
-TEST(Conversa, semMemoriaNasChamadas) {
-    const auto servidor = novoServidor();
-    YObThread_start(servidor);
-    serve(servidor, "at first");
+TEST_F(Conversa, semMemoriaNasChamadas) {
     apoio::poupada = true; // the client
-    emCadaAlocacao([&] { conversa(servidor); }, [&](const std::string &quem) { serve(servidor, quem); });
+    const auto conversa = [&] {
+        try {
+            chama("nada");
+            soma(apoio::eu(chama("constroi")));
+            chama("preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
+        } catch (const std::system_error &) { // what fails on the server's side
+        }
+    };
+    emCadaAlocacao(conversa, [&](const std::string &quem) { EXPECT_EQ(soma(), "5") << quem; });
     apoio::poupada = false;
 }
 
-TEST(Conversa, semThreadOComecoSeDesfaz) {
+TEST_F(Conversa, semThreadOComecoSeDesfaz) {
     for (int n = 0; n < 2; n++) {
-        const auto servidor = novoServidor();
+        YObThread_stop(servidor);
         apoio::threads.ainda = n;
         EXPECT_EQ(apoio::excecao([&] { YObThread_start(servidor); }),
                   "YExc: N\xE3o foi poss\xEDvel criar a thread.")
             << n;
         apoio::threads.ainda = NUNCA;
         EXPECT_EQ(YObThread_isAlive(servidor), 0);
-        EXPECT_EQ(YObThread_isAlive(servidor->webServer), 0) << "nothing serves";
-        EXPECT_EQ(YSoapServer_getPorta(servidor), 0);
-        YObThread_stop(servidor);
-        YObThread_start(servidor);
-        serve(servidor, "thread " + std::to_string(n));
+        EXPECT_EQ(YObThread_isAlive(static_cast<YSoapServer *>(servidor)->webServer), 0) << "nothing serves";
+        EXPECT_EQ(servidor.porta(), 0U);
+        recomeca("thread " + std::to_string(n));
     }
 }
 
