@@ -10,10 +10,10 @@
  *     ... clean-up common to both paths ...
  *     YContextoTry_finaliza(&contexto);
  *
- * Without a catch this is try/finally, with one try/catch/finally. Every region that was begun is ended with
- * YContextoTry_finaliza, on the thread that began it. C code through which exceptions pass (a body, and
- * whatever it calls) is compiled with -fexceptions; the pkg-config file says so. C++ code uses try and
- * catch with YExcecao.hpp instead. */
+ * Without a catch this is try/finally, with one try/catch/finally. Every region that was begun is
+ * ended with YContextoTry_finaliza, on the thread that began it. C code through which exceptions
+ * pass (a body, and whatever it calls) is compiled with -fexceptions; the pkg-config file says so.
+ * C++ code uses try and catch with YExcecao.hpp instead. */
 #ifndef Y3PRAMO_FOUNDATION_YCONTEXTOTRY_H
 #define Y3PRAMO_FOUNDATION_YCONTEXTOTRY_H
 
@@ -21,7 +21,8 @@
 
 Y_INICIO_C
 
-/* One protected region; owned by the caller, usually a local variable. Only `estado` is the caller's. */
+/* One protected region; owned by the caller, usually a local variable. Only `estado` is the
+ * caller's. */
 typedef struct YContextoTry {
     int32_t estado;  /* set to 0 before YContextoTry_inicia */
     int32_t tratada; /* 1 when a catch took the pending exception */
@@ -31,26 +32,28 @@ typedef struct YContextoTry {
 /* Opens the region. */
 Y_EXPORTA void YContextoTry_inicia(YContextoTry *contexto);
 
-/* Runs the body in the region: 1 when it returned, 0 when an exception ended it, which then is pending
- * in the context as it was raised. For the functions below a standard C++ exception is of the class YExc with
- * its what() as message, a std::bad_alloc with "Memória insuficiente.", any other one with "Exceção
- * desconhecida.". Keeping it takes no memory. */
+/* Runs the body in the region. Keeping its exception takes no memory.
+ * Gives: 1 when it returned; 0 when an exception ended it, which then is pending as it was raised.
+ * For the functions below a standard C++ exception is of the class YExc with its what() as message,
+ * a std::bad_alloc with "Memória insuficiente.", any other one with "Exceção desconhecida."
+ * Raises: YExc "Região protegida não está aberta.", also when an exception is pending. */
 Y_EXPORTA int YContextoTry_executa(YContextoTry *contexto, void (*corpo)(void *argumento), void *argumento);
 
-/* Nonzero when an exception is pending whose class is the given one or derives from it; it is then marked
- * as handled and is the one that YExc_descreve_no_log describes. */
+/* Marks the pending exception as handled when its class is the given one or derives from it.
+ * Gives: nonzero when it is; it is then the one that YExc_descreve_no_log describes. */
 Y_EXPORTA int YContextoTry_catch(YContextoTry *contexto, YFuncaoRtti classe);
 
-/* Closes the region early: the body can no longer run in it, and failures of the clean-up that follows
- * reach the enclosing region by themselves. A pending exception stays pending until YContextoTry_finaliza. */
+/* Closes the region early: the body can no longer run in it, and failures of the clean-up that
+ * follows reach the enclosing region by themselves. A pending exception stays so until
+ * YContextoTry_finaliza. */
 Y_EXPORTA void YContextoTry_voltaContexto(YContextoTry *contexto);
 
-/* Ends the region: a pending exception that no catch took is raised again, the very one that left the body.
- */
+/* Ends the region.
+ * Raises: the pending exception that no catch took, the very one that left the body. */
 Y_EXPORTA void YContextoTry_finaliza(YContextoTry *contexto);
 
-/* The message of the pending or handled exception, detail text in front, valid until
- * YContextoTry_finaliza; null when there is none. */
+/* The message of the pending or handled exception, detail text in front; null when there is none.
+ * Lives: until YContextoTry_finaliza. */
 Y_EXPORTA const char *YContextoTry_mensagem(const YContextoTry *contexto);
 
 Y_FIM_C

@@ -16,10 +16,11 @@ Y_NAO_VOLTA Y_EXPORTA void YContextoTry_throw(YFuncaoRtti classe, const char *me
                                               int linha);
 
 /* Formats a detail text that the next raise on this thread puts in front of its message.
- * End it with a full stop and a blank ("nome: %s. "). A second call replaces the first, also when it
- * raises. Of a text longer than 64 KiB the middle is left out, the end is kept.
+ * End it with a full stop and a blank ("nome: %s. "). A second call replaces the first, also when
+ * it raises. Of a text longer than 64 KiB the middle is left out, the end is kept.
  * Raises: YExc "Memória insuficiente."
- * Lives: until a raise uses it up, and no longer than the function that a thread of the library runs. */
+ * Lives: until a raise uses it up, and no longer than the function that a thread of the library
+ * runs. */
 Y_EXPORTA void YContextoTry_printf(const char *formato, ...) Y_FORMATO(1, 2);
 
 Y_FIM_C

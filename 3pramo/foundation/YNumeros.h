@@ -1,15 +1,17 @@
 /* Integers of 1 to 18 bytes as text.
  *
- * A number is stored as two's complement, least significant byte first, anywhere in memory: nothing needs to
- * be aligned. Its text is a `-` when it is negative, at least four digits (zeros in front), and one blank: 5
- * is "0005 ", -12 is "-0012 ". What is written always reads back as the same number.
+ * A number is stored as two's complement, least significant byte first, anywhere in memory: nothing
+ * needs to be aligned. The range is signed: one byte holds -128 to 127.
  *
- * Reading takes white space in front, a sign, digits, decimal points anywhere among them, which are ignored
- * ("12.50" is 1250), and white space behind. Null, and a text of nothing but white space, is 0. Reading
- * raises YExc "Caractere inválido em número.", "Número sem algarismos." or "Número não cabe no campo.", never
- * with the text itself, and then stores nothing. The range is signed: one byte holds -128 to 127.
+ * Its text is a `-` when it is negative, at least four digits (zeros in front), and one blank: 5 is
+ * "0005 ", -12 is "-0012 ". What is written always reads back as the same number.
  *
- * All functions may be called from any thread. */
+ * Reading takes white space in front, a sign, digits, decimal points anywhere among them, which are
+ * ignored ("12.50" is 1250), and white space behind. Null, and a text of nothing but white space,
+ * is 0.
+ * Raises: YExc "Caractere inválido em número.", "Número sem algarismos." or "Número não cabe no
+ * campo." from reading, never with the text itself; nothing is stored then.
+ * Threads: all functions may be called from any thread. */
 #ifndef Y3PRAMO_FOUNDATION_YNUMEROS_H
 #define Y3PRAMO_FOUNDATION_YNUMEROS_H
 
@@ -31,8 +33,8 @@ Y_EXPORTA void _ato6(void *destino, const char *texto);
 Y_EXPORTA void _ato7(void *destino, const char *texto);
 Y_EXPORTA void _ato8(void *destino, const char *texto);
 
-/* The integer of 1 to 8 bytes at `origem` as text. The third argument is not used; give 0. The texts take,
- * with the terminating zero, up to 7, 8, 10, 13, 15, 18, 20 and 22 bytes. */
+/* The integer of 1 to 8 bytes at `origem` as text. The third argument is not used; give 0. The
+ * texts take, with the terminating zero, up to 7, 8, 10, 13, 15, 18, 20 and 22 bytes. */
 Y_EXPORTA void _1toafixo(char *texto, const void *origem, int32_t reservado);
 Y_EXPORTA void _2toafixo(char *texto, const void *origem, int32_t reservado);
 Y_EXPORTA void _3toafixo(char *texto, const void *origem, int32_t reservado);

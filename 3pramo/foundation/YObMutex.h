@@ -1,5 +1,7 @@
-/* A re-entrant mutex, made with YalocaObjeto(&mutex, YObMutex_rtti) and freed with YliberaObjeto when no
- * thread holds it. */
+/* A re-entrant mutex.
+ *
+ * Made with YalocaObjeto(&mutex, YObMutex_rtti), freed with YliberaObjeto when no thread holds
+ * it. */
 #ifndef Y3PRAMO_FOUNDATION_YOBMUTEX_H
 #define Y3PRAMO_FOUNDATION_YOBMUTEX_H
 
@@ -12,8 +14,8 @@ typedef struct YObMutex YObMutex;
 Y_EXPORTA extern const YRtti YObMutex_definicaoRtti;
 Y_EXPORTA const YRtti *YObMutex_rtti(void);
 
-/* Locks, waiting as long as needed. The thread that holds it may lock it again and unlocks it as many times.
- * File and line say who asked; they are not kept. */
+/* Locks, waiting as long as needed. The thread that holds it may lock it again, and unlocks as
+ * often. File and line say who asked; they are not kept. */
 Y_EXPORTA void YObMutex_requisita0(YObMutex *mutex, const char *arquivo, int linha);
 
 /* Unlocks once; only the thread that holds it may. */

@@ -7,11 +7,11 @@
 
 Y_INICIO_C
 
-/* A thread object. A derived class fills the run slot; its descriptor names the parent's functions for the
- * slots it keeps. Freeing a thread object stops it first (YliberaObjeto). */
+/* A thread object. A derived class fills the run slot; its descriptor names the parent's functions
+ * for the slots it keeps. Freeing a thread object stops it first (YliberaObjeto). */
 Y_CLASSE(YObThread, YOb) {
     Y_PAI(YOb)
-    void *privado;
+    void *privado; /* the implementation's */
 };
 
 typedef struct YObThread YObThread;
@@ -27,29 +27,32 @@ typedef struct YObThread_Rtti {
 Y_EXPORTA extern const YObThread_Rtti YObThread_definicaoRtti;
 Y_EXPORTA const YRtti *YObThread_rtti(void);
 
-/* Start and stop the thread through the slots of the object's class. Any thread may call them: starts, stops
- * and the freeing of one object come one after the other, each whole. On a thread that is working for the
- * object (a handler of a server) both raise YExc "Objeto em uso pela própria thread." and change nothing, but
- * for a start of what is alive already, which does nothing, and for a stop on the object's own thread, which
- * is only asked for. */
+/* Start and stop the thread through the slots of the object's class.
+ * Raises: YExc "Objeto em uso pela própria thread." on a thread that is working for the object (a
+ * handler of a server), and changes nothing; but a start of what is alive does nothing, and a stop
+ * on the object's own thread is only asked for.
+ * Threads: any; starts, stops and the freeing of one object come one after the other, each
+ * whole. */
 Y_EXPORTA void YObThread_start(YObThread *thread);
 Y_EXPORTA void YObThread_stop(YObThread *thread);
 
-/* Nonzero once started, until a stop is asked or `run` has ended: returned, or by an exception (which is
- * logged), or by pthread_exit. It is nonzero before YObThread_start returns. May be asked from any thread. */
+/* Nonzero once started, also before YObThread_start returns, until a stop is asked or `run` has
+ * ended: returned, or by an exception (which is logged), or by pthread_exit.
+ * Threads: any. */
 Y_EXPORTA int YObThread_isAlive(const YObThread *thread);
 
-/* Sleeps on behalf of the thread for up to `milissegundos`, less when a stop is asked; returns what
- * YObThread_isAlive then gives. For use in `run` in place of a sleep. */
+/* Sleeps up to `milissegundos` on behalf of the thread, less when a stop is asked; for use in
+ * `run`.
+ * Gives: what YObThread_isAlive then gives. */
 Y_EXPORTA int YObThread_dorme(YObThread *thread, uint32_t milissegundos);
 
-/* The class's own start: runs the run slot on a new thread. Does nothing when the thread already runs. After
- * a stop it may be started again; one that the thread asked itself ends first. Raises YExc "Não foi possível
- * criar a thread.", and the object is then as it was. */
+/* The class's own start: runs the run slot on a new thread. Does nothing when it is alive. After a
+ * stop it may be started again; one that the thread asked itself ends first.
+ * Raises: YExc "Não foi possível criar a thread.", and the object is as it was. */
 Y_EXPORTA void YObThread_startImpl(YObThread *thread);
 
-/* The class's own stop: makes YObThread_isAlive 0 and returns once `run` has returned, also when another
- * stop is under way. Called on the thread itself it only asks for the stop and returns at once. */
+/* The class's own stop: makes YObThread_isAlive 0 and returns once `run` has returned, also when
+ * another stop is under way. On the thread itself it only asks for the stop and returns at once. */
 Y_EXPORTA void YObThread_stopImpl(YObThread *thread);
 
 Y_FIM_C

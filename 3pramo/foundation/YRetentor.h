@@ -1,7 +1,7 @@
 /* Retainers: objects that applications give resources out by.
  *
- * The library only passes a request on. What the values and the result mean is the retainer's affair; which
- * threads may ask is too. */
+ * The library only passes a request on. What the values and the result mean, and which threads may
+ * ask, is the retainer's affair. */
 #ifndef Y3PRAMO_FOUNDATION_YRETENTOR_H
 #define Y3PRAMO_FOUNDATION_YRETENTOR_H
 
@@ -26,7 +26,8 @@ typedef struct YRetentor_Rtti {
 Y_EXPORTA extern const YRetentor_Rtti YRetentor_definicaoRtti;
 Y_EXPORTA const YRtti *YRetentor_rtti(void);
 
-/* Calls the requisita0 slot of the retainer's class and gives its result. The group may be null. */
+/* Calls the requisita0 slot of the retainer's class. The group may be null.
+ * Gives: the slot's result. */
 Y_EXPORTA int32_t YRetentor_requisita0(YRetentor *retentor, void *grupoDeRecursos, uint32_t a, void *ponteiro,
                                        uint32_t b);
 

@@ -1,6 +1,9 @@
-/* A set of pointers, compared by address. Made with YalocaObjeto; YSetQueDestroi frees its elements with
- * YliberaObjeto when it is destroyed; YSet leaves them to their owner. Adding, removing and asking take
- * constant time. Belongs to one thread at a time. */
+/* A set of pointers, compared by address. Made with YalocaObjeto.
+ *
+ * Adding, removing and asking take constant time.
+ * Owns: YSetQueDestroi frees its elements with YliberaObjeto when it is destroyed; YSet leaves them
+ * to their owner.
+ * Threads: one at a time. */
 #ifndef Y3PRAMO_FOUNDATION_YSET_H
 #define Y3PRAMO_FOUNDATION_YSET_H
 
@@ -10,9 +13,10 @@ Y_INICIO_C
 
 typedef struct YSet YSet;
 
-/* Points to an element's slot: `*it` is the element. Adding ends the validity of iterators; removing the
- * element under an iterator leaves it on one that was not visited yet (the last element moves into the hole),
- * so a walk that removes sees every element once if it asks YSet_fim again after each removal. */
+/* Points to an element's slot: `*it` is the element.
+ * Lives: until an element is added. Removing the element under an iterator leaves it on one that
+ * was not visited yet (the last element moves into the hole), so a walk that removes sees every
+ * element once if it asks YSet_fim again after each removal. */
 typedef void **YSetIt;
 
 Y_EXPORTA extern const YRtti YSet_definicaoRtti;
@@ -20,13 +24,16 @@ Y_EXPORTA extern const YRtti YSetQueDestroi_definicaoRtti;
 Y_EXPORTA const YRtti *YSet_rtti(void);
 Y_EXPORTA const YRtti *YSetQueDestroi_rtti(void);
 
-/* Adds the element if it is absent. Raises YExc "Memória insuficiente." and then holds what it held. */
+/* Adds the element if it is absent.
+ * Raises: YExc "Memória insuficiente." and then holds what it held. */
 Y_EXPORTA void YSet_poe(YSet *set, void *elemento);
 
-/* Adds every element of the other set. Raises YExc "Memória insuficiente." and then holds what it held. */
+/* Adds every element of the other set.
+ * Raises: YExc "Memória insuficiente." and then holds what it held. */
 Y_EXPORTA void YSet_poeTudo(YSet *set, const YSet *outro);
 
-/* Removes the element without freeing it: nonzero when it was there. */
+/* Removes the element without freeing it.
+ * Gives: nonzero when it was there. */
 Y_EXPORTA int YSet_remove(YSet *set, const void *elemento);
 
 /* Nonzero when the element is there. */

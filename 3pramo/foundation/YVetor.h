@@ -1,6 +1,8 @@
-/* An ordered list of pointers. Made with YalocaObjeto; YVetorQueDestroi frees its elements with
- * YliberaObjeto, the last one first, when it is destroyed; YVetor leaves them to their owner. Belongs to one
- * thread at a time. */
+/* An ordered list of pointers. Made with YalocaObjeto.
+ *
+ * Owns: YVetorQueDestroi frees its elements with YliberaObjeto, the last one first, when it is
+ * destroyed; YVetor leaves them to their owner.
+ * Threads: one at a time. */
 #ifndef Y3PRAMO_FOUNDATION_YVETOR_H
 #define Y3PRAMO_FOUNDATION_YVETOR_H
 
@@ -10,8 +12,8 @@ Y_INICIO_C
 
 typedef struct YVetor YVetor;
 
-/* Points to an element's slot: `*it` is the element. Any change of the list ends the validity of its
- * iterators. */
+/* Points to an element's slot: `*it` is the element.
+ * Lives: until the list changes. */
 typedef void **YVetorIt;
 
 Y_EXPORTA extern const YRtti YVetor_definicaoRtti;
@@ -19,11 +21,13 @@ Y_EXPORTA extern const YRtti YVetorQueDestroi_definicaoRtti;
 Y_EXPORTA const YRtti *YVetor_rtti(void);
 Y_EXPORTA const YRtti *YVetorQueDestroi_rtti(void);
 
-/* Appends. Raises YExc "Memória insuficiente." and then holds what it held. */
+/* Appends.
+ * Raises: YExc "Memória insuficiente." and then holds what it held. */
 Y_EXPORTA void YVetor_poe(YVetor *vetor, void *elemento);
 
-/* Removes the first occurrence of the element, keeping the order of the others and without freeing it: 1; 0
- * when it is not there. */
+/* Removes the first occurrence of the element, keeping the order of the others and without freeing
+ * it.
+ * Gives: 1; 0 when it is not there. */
 Y_EXPORTA int YVetor_remove(YVetor *vetor, const void *elemento);
 
 Y_EXPORTA uint64_t YVetor_tam(const YVetor *vetor);

@@ -15,8 +15,8 @@ Y_INICIO_C
  * Raises: YExc "Não foi possível criar a thread." */
 Y_EXPORTA void YexecutaThread(void (*funcao)(void *argumento), void *argumento);
 
-/* Stack size in bytes of the threads that YexecutaThread makes from now on; 1 MiB by default, at least
- * 128 KiB. */
+/* Stack size in bytes of the threads that YexecutaThread makes from now on; 1 MiB by default, at
+ * least 128 KiB. */
 Y_EXPORTA void YexecutaThread_setTamanhoDaPilha(uint64_t bytes);
 
 Y_FIM_C

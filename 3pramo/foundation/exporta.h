@@ -1,6 +1,6 @@
 /* The words every header of the library is written with: what is exported, how a class shows its
- * parent in C and in C++, and how the compiler is told about formats, functions that never
- * return and functions that never raise. */
+ * parent in C and in C++, and how the compiler is told about formats, functions that never return
+ * and functions that never raise. */
 #ifndef Y3PRAMO_FOUNDATION_EXPORTA_H
 #define Y3PRAMO_FOUNDATION_EXPORTA_H
 
@@ -28,9 +28,10 @@
  *
  *     Y_CLASSE(MinhaClasse, YWebService) { Y_PAI(YWebService) int32_t contador; };
  *
- * In C++ the parent is a base class, so an object goes wherever its parent goes and a wrong class does
- * not compile; in C it is the first member, `pai_`, and `&objeto->pai_` is the parent. Both have the same
- * layout as long as no class ends in padding (end it with a pointer or a 64-bit field). */
+ * In C++ the parent is a base class, so an object goes wherever its parent goes and a wrong class
+ * does not compile; in C it is the first member, `pai_`, and `&objeto->pai_` is the parent. Both
+ * have the same layout as long as no class ends in padding (end it with a pointer or a 64-bit
+ * field). */
 #ifdef __cplusplus
 #define Y_CLASSE(nome, mae) struct nome : mae
 #define Y_PAI(mae)
