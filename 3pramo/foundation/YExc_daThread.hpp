@@ -1,4 +1,4 @@
-// What a thread remembers of exceptions between calls.
+// What a thread remembers of exceptions between calls: shared by the sources of YExc and YContextoTry alone.
 #ifndef Y3PRAMO_FOUNDATION_YEXC_DATHREAD_HPP
 #define Y3PRAMO_FOUNDATION_YEXC_DATHREAD_HPP
 

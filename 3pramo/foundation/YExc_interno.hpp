@@ -1,4 +1,4 @@
-// Raising and translating exceptions inside the library.
+// Raising and translating exceptions inside the library, for every room.
 #ifndef Y3PRAMO_FOUNDATION_YEXC_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YEXC_INTERNO_HPP
 

@@ -1,4 +1,4 @@
-// How long identities are kept.
+// How long identities are kept, and how one becomes a pinned object: for the room of the service objects.
 #ifndef Y3PRAMO_FOUNDATION_YIDENTIDADE_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YIDENTIDADE_INTERNO_HPP
 

@@ -1,4 +1,5 @@
-// Memory inside the library: the report of what is alive, and blocks that may have held a secret.
+// Wiping what may have held a secret (apaga, liberaSemApagar), for every room; the report of what is alive is
+// what the sources of YMemoria and YOb share.
 #ifndef Y3PRAMO_FOUNDATION_YMEMORIA_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YMEMORIA_INTERNO_HPP
 

@@ -28,6 +28,24 @@ const char *Y3PRAMO_versao(void) {
 
 namespace {
 
+/// Calls `visita` with the class and its ancestors, the class first, until it gives false.
+template <typename VISITA>
+void percorreClasses(const YRtti *classe, VISITA visita) {
+    while (classe != nullptr && visita(*classe)) {
+        classe = classe->parent != nullptr ? classe->parent() : nullptr;
+    }
+}
+
+/// At least that of its ancestors.
+std::size_t tamanhoDaInstancia(const YRtti *classe) {
+    std::uint64_t tamanho = sizeof(YOb);
+    percorreClasses(classe, [&](const YRtti &c) {
+        tamanho = std::max(tamanho, c.size);
+        return true;
+    });
+    return tamanho;
+}
+
 // Runs every destructor from the class up; gives the first exception, if any.
 // A destructor that ends its thread (pthread_exit) is let through: no catch block may hold that up. The
 // instance is then lost.
@@ -81,15 +99,6 @@ bool podeLiberar(void *objeto, const YRtti *classe) {
 pramo::AntesDeLiberar::AntesDeLiberar(const YRtti &deQual, PodeLiberar pergunta)
     : classe(&deQual), pode(pergunta), seguinte(perguntas) {
     perguntas = this;
-}
-
-std::size_t pramo::tamanhoDaInstancia(const YRtti *classe) {
-    std::uint64_t tamanho = sizeof(YOb);
-    percorreClasses(classe, [&](const YRtti &c) {
-        tamanho = std::max(tamanho, c.size);
-        return true;
-    });
-    return tamanho;
 }
 
 void YliberaObjeto_semLancar(void *objeto) noexcept {

@@ -1,4 +1,5 @@
-// Logging a text that is ready, of any length and content.
+// Logging a text that is ready, of any length and content, for every room. Only escreveNoErroPadrao is what
+// the sources of the log share.
 #ifndef Y3PRAMO_FOUNDATION_YOBLOG_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YOBLOG_INTERNO_HPP
 

@@ -1,4 +1,4 @@
-// Which thread objects the current thread is working for.
+// Which thread objects the current thread is working for, for the rooms whose classes are threads.
 #ifndef Y3PRAMO_FOUNDATION_YOBTHREAD_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YOBTHREAD_INTERNO_HPP
 

@@ -3,8 +3,8 @@
 
 #include <3pramo/foundation/Trinco.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
-#include <3pramo/foundation/YObThread.h>
 #include <3pramo/foundation/YSocket_sistema.hpp>
+#include <3pramo/foundation/YexecutaThread.h>
 #include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>

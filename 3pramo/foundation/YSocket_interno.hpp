@@ -1,4 +1,6 @@
-// What the HTTP layer needs of a socket beyond its public operations.
+// What a server needs of a socket beyond its public operations, for every room. The layout is what the
+// sources of YSocket share; elsewhere it is only read, but for `despertador`, which is set before the socket
+// is used.
 #ifndef Y3PRAMO_FOUNDATION_YSOCKET_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YSOCKET_INTERNO_HPP
 

@@ -1,4 +1,4 @@
-// The layout of a stream, for the parts of the library that work on its bytes directly.
+// The layout of a stream and the functions that keep it, for every room that works on bytes directly.
 #ifndef Y3PRAMO_FOUNDATION_YSTREAM_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YSTREAM_INTERNO_HPP
 

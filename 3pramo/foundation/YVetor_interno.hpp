@@ -1,4 +1,4 @@
-// The layout of a list, for the parts of the library that walk it directly.
+// The layout of a list, for every room that walks it directly.
 #ifndef Y3PRAMO_FOUNDATION_YVETOR_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YVETOR_INTERNO_HPP
 
