@@ -30,7 +30,8 @@ private:
 
 /// A static of namespace scope: from load on, a fork waits until the lock `trinco` of what OBJETO() gives is
 /// free, and in the child, whose only thread is the one that forked, `noFilho()` of it is called before the
-/// lock is let go. Nobody logs, nor takes one such lock, while holding another one.
+/// lock is let go. Nobody logs, nor takes one such lock, while holding another one: a fork takes them all, in
+/// an order that nobody chose.
 template <auto OBJETO>
 class Bifurcavel {
 public:
@@ -39,6 +40,8 @@ public:
 private:
     static void tranca() Y_SEM_ANALISE { OBJETO().trinco.tranca(); }
     static void solta() Y_SEM_ANALISE { OBJETO().trinco.solta(); }
+    // Of what the other threads were doing nothing goes on here; the lock is the forking thread's, as is the
+    // child.
     static void noFilho() Y_SEM_ANALISE {
         OBJETO().noFilho();
         OBJETO().trinco.solta();
