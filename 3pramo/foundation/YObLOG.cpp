@@ -63,13 +63,13 @@ struct Log {
 constinit Log unico;
 static_assert(std::is_trivially_destructible_v<Log>);
 
-Log &registro() {
+Log &oLog() {
     return unico;
 }
 
 constinit thread_local bool naSaida = false; // this thread is inside a sink of the application
 
-const Bifurcavel<registro> bifurcavel;
+const Bifurcavel<oLog> bifurcavel;
 
 // ---- Making a record ----
 
@@ -328,7 +328,7 @@ bool enfileira(Log &log, int mascara, std::string_view texto, bool aSaidas) {
 }
 
 void registra(int mascara, std::string_view texto, bool aSaidas) {
-    Log &log = registro();
+    Log &log = oLog();
     if ((YObLOG_habilitadas() & mascara) == 0) {
         return;
     }
@@ -373,7 +373,7 @@ void pramo::registraAdiado(int mascara, std::string_view texto) noexcept {
 }
 
 void pramo::entregaAdiados() {
-    Log &log = registro();
+    Log &log = oLog();
     Tranca tranca(log.trinco);
     if (log.primeiro == nullptr || log.entregando || naSaida) {
         return;
@@ -398,15 +398,15 @@ void YObLOG_masc_print(int mascara, const char *formato, ...) {
 }
 
 int YObLOG_habilita(int mascaras) {
-    return registro().mascaras.exchange(mascaras);
+    return oLog().mascaras.exchange(mascaras);
 }
 
 int YObLOG_habilitadas(void) {
-    return registro().mascaras.load(std::memory_order_relaxed);
+    return oLog().mascaras.load(std::memory_order_relaxed);
 }
 
 void YObLOG_setSaida(YFuncaoLog funcao, void *contexto) {
-    Log &log = registro();
+    Log &log = oLog();
     Tranca tranca(log.trinco);
     log.funcao = funcao;
     log.contexto = contexto;
