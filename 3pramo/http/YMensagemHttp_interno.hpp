@@ -1,5 +1,5 @@
-// What the web server and the SOAP server use of a message beyond its public operations: reading in two
-// steps, each under a bound and telling how it ended, the memory of bodies, and the texts of header fields.
+// What other sources use of a message beyond its public operations: reading in two steps, each under a bound
+// and telling how it ended; the memory of bodies; and the texts of header fields.
 #ifndef Y3PRAMO_HTTP_YMENSAGEMHTTP_INTERNO_HPP
 #define Y3PRAMO_HTTP_YMENSAGEMHTTP_INTERNO_HPP
 

@@ -83,10 +83,6 @@ Metodo metodoDe(std::string_view nome) {
     lanca(YExcNaoImplementado_rtti, "método HTTP não permitido."_l1, FONTE);
 }
 
-void respondeNaoImplementado(YMensagemHttp &resposta) {
-    YStream_puts(resposta.primeiraLinha, "501 Not Implemented");
-}
-
 /// True when the list of words, separated by commas, has the word in any letter case.
 bool temNaLista(const char *lista, std::string_view procurada) {
     std::string_view resto = lista != nullptr ? lista : "";
@@ -238,7 +234,7 @@ void Atendimento::responde(const char *data) {
     RequestLine linha = analisaRequestLine(conteudo(*requisicao_->primeiraLinha));
     preparaResposta(data);
     if (linha.metodo == Metodo::PUT) {
-        respondeNaoImplementado(*resposta_);
+        YStream_puts(resposta_->primeiraLinha, "501 Not Implemented");
     } else {
         // Asked for each request, and called without a lock: it may set another one for the next.
         const YTratadorHttp tratador = tratadorAtual(servidor_);

@@ -94,7 +94,7 @@ void garanteCapacidade(YMensagemIso &mensagem, std::int32_t minima) {
     // Every block has room for all slots: growing only empties those that come into use.
     const std::int32_t nova = std::max(mensagem.capacidade, minima);
     if (mensagem.privado == nullptr) {
-        Privado *novo = criaBloco(nova, 0);
+        Privado *novo = criaBloco(0, 0);
         mensagem.privado = novo;
         mensagem.bits = novo->slots;
     }

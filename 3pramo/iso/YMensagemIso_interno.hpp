@@ -1,4 +1,4 @@
-// How a message keeps its texts, and what its sources share.
+// What the sources of the ISO message share: how it keeps its texts. Nothing here is for other rooms.
 #ifndef Y3PRAMO_ISO_YMENSAGEMISO_INTERNO_HPP
 #define Y3PRAMO_ISO_YMENSAGEMISO_INTERNO_HPP
 
