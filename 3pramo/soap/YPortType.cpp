@@ -1,3 +1,5 @@
+// Port types. Their fields have no lock of their own: a server reads them under its `trinco`, and they are
+// changed only before it starts.
 #include <3pramo/soap/YPortType.h>
 
 #include <3pramo/soap/YSoapServer_interno.hpp>
@@ -34,6 +36,7 @@ void YPortType_setWsdl(YPortType *portType, const char *wsdl) {
 }
 
 int YPortType_registraTratador(YPortType *portType, const char *metodo, YTratadorSoap tratador) {
+    // A function's address in a map of data pointers: POSIX has them of one size.
     return YMapa_guarda(portType->tratadores, metodo, reinterpret_cast<void *>(tratador));
 }
 
@@ -50,6 +53,7 @@ Ponteiro<YWebService> soap::criaServico(YFuncaoRtti classe, void *grupoDeRecurso
         lanca(YExcSoap_rtti, "PortType sem classe de serviço."_l1, ::FONTE);
     }
     YWebService *novo = nullptr;
+    // The application's constructors run here; one that raises leaves nothing behind.
     YalocaObjeto(&novo, classe);
     YWebService_setGrupoDeRecursos(novo, grupoDeRecursos);
     return Ponteiro<YWebService>(novo);

@@ -15,6 +15,7 @@ constexpr std::int32_t PORTA_INICIAL = 80;
 constexpr std::uint32_t INTERVALO_DA_VARREDURA = 1000; // milliseconds
 constexpr std::int64_t ESPERA_PELA_PORTA = 3;          // seconds
 
+// Also undoes our constructor: the object system undoes only those that had finished.
 void destroiSoapServer(void *objeto);
 void liberaWebServer(YObThread *thread);
 
@@ -23,6 +24,7 @@ void constroiSoapServer(void *objeto) {
     try {
         servidor->privado = semFaltaDeMemoria(FONTE, [] { return new YSoapServer_Privado; });
         servidor->portTypes = cria<YMapa>(YMapaQueDestroi_rtti, FONTE).release();
+        // Before the set, which is emptied under it, also when what follows fails.
         servidor->mutex = cria<YObMutex>(YObMutex_rtti, FONTE).release();
         servidor->servicos = cria<YSet>(YSetQueDestroi_rtti, FONTE).release();
         servidor->macros = YDIC_constroi();
@@ -31,6 +33,7 @@ void constroiSoapServer(void *objeto) {
         throw;
     }
     servidor->porta = PORTA_INICIAL;
+    // Calls end before the first destructor: that of a derived class may free what its handlers use.
     aoLiberar(servidor, liberaWebServer);
 }
 
@@ -43,6 +46,7 @@ void desliga(YSoapServer *servidor) {
     if (!std::exchange(p.servindo, false)) {
         return;
     }
+    // Connections outlive the stop: what they ask from now on goes to the earlier handler.
     YWebServer_setTratador(web, servidor->tratadorAnterior.contexto, servidor->tratadorAnterior.funcao);
     tranca.solta(); // the stop waits, and our handlers may take the lock meanwhile
     YObThread_stop(web);
@@ -53,6 +57,7 @@ void liberaWebServer(YObThread *thread) {
     auto *servidor = static_cast<YSoapServer *>(thread);
     desliga(servidor);
     Tranca tranca(privado(servidor).trinco);
+    // Whoever asks for the address from now on finds none; the free waits for calls, so without the lock.
     YWebServer *web = std::exchange(servidor->webServer, nullptr);
     tranca.solta();
     YliberaObjeto(web);
@@ -60,6 +65,8 @@ void liberaWebServer(YObThread *thread) {
 
 void destroiSoapServer(void *objeto) {
     auto *servidor = static_cast<YSoapServer *>(objeto);
+    // Callers first, then the objects, whose destructors may still ask the server, then what both used.
+    // What a constructor that failed did not make is null.
     if (servidor->privado != nullptr) {
         YObThread_stopImpl(servidor); // a derived class whose constructor failed may have started it
         liberaWebServer(servidor);
@@ -81,6 +88,7 @@ void aplica(YWebServer *web, void (*ajuste)(YWebServer *, VALOR), const std::opt
     }
 }
 
+// What the application never set stays as the web server has it.
 void configura(YWebServer *web, const YSoapServer &servidor, YSoapServer_Privado &p) Y_EXIGE(p.trinco) {
     YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor.porta));
     YWebServer_setDiretorioBase(web, servidor.diretorioBase);
@@ -102,6 +110,7 @@ YWebServer *liga(YSoapServer *servidor) {
         servidor->webServer = cria<YWebServer>(YWebServer_rtti, FONTE).release();
     }
     YWebServer *web = servidor->webServer;
+    // Under one lock with the fields, so a setting made meanwhile is read here or reaches this web server.
     configura(web, *servidor, p);
     servidor->tratadorAnterior = YWebServer_setTratador(web, servidor, trataRequisicao);
     p.servindo = true;
@@ -130,6 +139,7 @@ void inicia(YObThread *thread) {
     desliga(servidor);            // a thread that ended by itself left the web server serving
     try {
         YWebServer *web = liga(servidor);
+        // The sweep's thread comes last: who sees the server alive finds its web server started.
         YObThread_start(web);
         if (portaPedida(servidor) == 0) {
             publicaPortaEscolhida(servidor, web);
@@ -151,6 +161,7 @@ void para(YObThread *thread) {
 
 void roda(YObThread *thread) {
     auto *servidor = static_cast<YSoapServer *>(thread);
+    // The sweep, on the server's own thread: what fails ends this round alone.
     while (YObThread_dorme(servidor, INTERVALO_DA_VARREDURA) != 0) {
         try {
             varre(servidor);
@@ -160,6 +171,7 @@ void roda(YObThread *thread) {
     }
 }
 
+// The address stays good without the lock: only the end of the server frees the web server.
 YWebServer *webServerDe(YSoapServer *servidor) {
     const Tranca tranca(privado(servidor).trinco);
     return servidor->webServer;
@@ -185,6 +197,7 @@ int YSoapServer_esperaPronto(YSoapServer *servidor, int64_t prazo) {
 // ---- Settings ----
 
 void YSoapServer_setPorta(YSoapServer *servidor, int32_t porta) {
+    // First what may lack memory, then the field.
     YSoapServer_registraMacro(servidor, "PORTA", std::to_string(porta).c_str());
     const Tranca tranca(privado(servidor).trinco);
     servidor->porta = porta;
@@ -198,6 +211,7 @@ int32_t YSoapServer_getPorta(YSoapServer *servidor) {
 
 void YSoapServer_setEndereco(YSoapServer *servidor, const char *endereco) {
     semFaltaDeMemoria(FONTE, [&] {
+        // The new text is made before the lock; `novo` takes the old one along, which goes after it.
         auto novo = endereco != nullptr ? std::optional<std::string>(endereco) : std::nullopt;
         const Tranca tranca(privado(servidor).trinco);
         privado(servidor).endereco.swap(novo);
@@ -212,6 +226,7 @@ void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio) 
     }
 }
 
+// Context and group are read by handlers at any moment, without a lock: one atomic word each.
 void YSoapServer_setContexto(YSoapServer *servidor, void *contexto) {
     std::atomic_ref<void *>(servidor->contexto).store(contexto);
 }

@@ -42,6 +42,7 @@ Requisicao leRequisicao(const Chamada &chamada, YStream *entrada) {
     const Ponteiro<YSoapParser> parser = cria<YSoapParser>(YSoapParser_rtti, FONTE);
     limita(parser, chamada.servidor);
     YNo *raiz = nullptr;
+    // What this read leaves of its bounds is the bound of what references copy.
     YSoapParser_leNo(parser, &raiz, entrada);
     Requisicao requisicao{Ponteiro<YNo>(raiz)};
     if (raiz == nullptr) {
@@ -68,6 +69,8 @@ Pino localizaServico(const Chamada &chamada, const YNo *requisicao) {
     if (identidade == nullptr) {
         return {};
     }
+    // The pin holds the object until the call has returned, whoever ends it meanwhile. An identity that
+    // leads nowhere is a fault, not a new object: the client counts on what the old one held.
     Pino pino = pinaVivo(chamada.servidor, identidade);
     if (!pino) {
         servicoNaoConsta();
@@ -78,6 +81,7 @@ Pino localizaServico(const Chamada &chamada, const YNo *requisicao) {
 // An object is called through the port type that carries its class's name, when that one is for such
 // objects, else through the one of the URI. A port type for other objects never gets it.
 YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) {
+    // The object is pinned, so its class can be read. A null handler means: built in, or unknown.
     bool existe = false;
     for (const char *nome : {servico != nullptr ? servico->rtti->name : nullptr, chamada.portType}) {
         const auto portType =
@@ -99,6 +103,7 @@ Pino constroiServico(const Chamada &chamada, Origem origem) {
     if (!portType) {
         lanca(YExcSoap_rtti, "Tentou construir serviço para um PortType inexistente."_l1, FONTE);
     }
+    // Ours until it has entered: the bound, a lack of memory or a server that goes may refuse it.
     Ponteiro<YWebService> novo = criaServico(portType->rttiDoServico, portType->grupoDeRecursos);
     Pino pino = entraNoConjunto(chamada.servidor, novo, origem);
     (void)novo.release(); // the live set owns it
@@ -106,13 +111,16 @@ Pino constroiServico(const Chamada &chamada, Origem origem) {
 }
 
 void chamaEmTemporario(const Chamada &chamada, YTratadorSoap tratador, YNo *requisicao, YNo *resposta) {
+    // It is in the live set as long as the handler runs, which may take it out and keep it.
     Pino temporario = constroiServico(chamada, Origem::CHAMADA);
     try {
         tratador(temporario.servico(), requisicao, resposta);
     } catch (...) {
+        // Not freed here, where its destructor would run amid the handler's exception.
         abandonaTemporario(chamada.servidor, temporario);
         throw;
     }
+    // Its destructors run when the pin goes, and what they raise is this call's fault.
     derruba(chamada.servidor, temporario);
     temporario.solta();
 }
@@ -120,6 +128,7 @@ void chamaEmTemporario(const Chamada &chamada, YTratadorSoap tratador, YNo *requ
 // ---- Built-in methods ----
 
 void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
+    // A client nests calls in calls at will; each is a round of recursion on this thread's stack.
     if (chamada.invocacoes >= MAXIMO_DE_INVOCACOES) {
         lanca(YExcSoap_rtti, "Invocações aninhadas demais."_l1, FONTE);
     }
@@ -129,6 +138,8 @@ void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &
         lanca(YExcSoap_rtti, "Faltou tag."_l1, FONTE);
     }
     Ponteiro<YStream> entrada;
+    // The text is markup that was decoded once; the wrapper stands where a Body would. It is parsed under
+    // the bounds of a whole message again.
     if (const YNo *param = YNo_getFilho(requisicao, "param", 0)) {
         entrada = cria<YStream>(YStream_rtti, FONTE);
         YStream_puts(entrada, "<param>");
@@ -137,6 +148,7 @@ void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &
     }
     const Ponteiro<YStream> saida = cria<YStream>(YStream_rtti, FONTE);
     Chamada interna = {chamada.servidor, chamada.portType, metodo, false, chamada.invocacoes + 1};
+    // The object of the outer call is the inner one's, unless its destructors have run meanwhile.
     processaChamada(interna, entrada, saida, servico.vivo() ? &servico : nullptr);
     YNo_setString(resposta, "return", YStream_str(saida));
 }
@@ -144,9 +156,11 @@ void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &
 void chamaMetodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &servico) {
     const std::string_view metodo = chamada.metodo;
     if (metodo == "constroi") {
+        // Pinned until its identity is written: from now on the server may end it.
         const Pino novo = constroiServico(chamada, Origem::CLIENTE);
         YNo_setPtr(resposta, "return", novo.servico());
     } else if (metodo == "destroi") {
+        // Without an object there is nothing to end, and that is no failure. The caller's pin frees it.
         derruba(chamada.servidor, servico);
     } else if (metodo == "invoca") {
         invoca(chamada, requisicao, resposta, servico);
@@ -159,6 +173,8 @@ void chamaMetodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *res
 // ---- The response ----
 
 void emiteResposta(const Chamada &chamada, YNo *resposta, YStream *saida) {
+    // The method's name was registered, or is built in, so it is no markup; the port type's may be whatever
+    // the client's URI held, when the object's class chose another one.
     const char *prefixo = chamada.comPrefixo ? "ns1:" : "";
     for (const char *pedaco : {"<", prefixo, chamada.metodo, "Response"}) {
         YStream_puts(saida, pedaco);
@@ -183,6 +199,7 @@ void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *sa
     const Requisicao lida = leRequisicao(chamada, entrada);
     YNo *requisicao = lida.elemento;
     Pino proprio;
+    // An inner call borrows the outer one's pin; only one of its own is let go below.
     if (dado == nullptr) {
         proprio = localizaServico(chamada, requisicao);
         dado = &proprio;
@@ -197,5 +214,6 @@ void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *sa
         chamaEmTemporario(chamada, tratador, requisicao, resposta);
     }
     proprio.solta(); // what "destroi" ended goes now, and its failure is this call's
+    // Last, so that a call that failed has written nothing in front of its fault.
     emiteResposta(chamada, resposta, saida);
 }

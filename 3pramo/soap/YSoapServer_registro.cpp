@@ -1,4 +1,7 @@
 // The registry: live service objects and port types.
+// An object is in a live set when it is in `servicos` and `conjunto` of its record names the server; both
+// change together under that server's registry lock. The lock is held for these few steps, for one server
+// at a time, and never while application code runs: destructors come after it, when the last pin goes.
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
 #include <3pramo/foundation/YIdentidade_interno.hpp>
@@ -20,6 +23,7 @@ bool tira(YSoapServer *servidor, YWebService_Privado &p, std::uint32_t marca = 0
     if (servidor->servicos == nullptr || p.conjunto.load() != servidor) {
         return false;
     }
+    // The set is first and `conjunto` last: another server may take the object in as soon as that is null.
     YSet_remove(servidor->servicos, p.servico);
     privado(servidor).temporarios -= std::exchange(p.temporario, false) ? 1 : 0;
     p.palavra.fetch_or(marca);
@@ -40,16 +44,20 @@ bool tentaEntrar(YSoapServer *servidor, const Pino &pino, Origem origem) {
         lanca(YExcSoap_rtti, "Limite de serviços ativos atingido."_l1, FONTE);
     }
     if (origem != Origem::CHAMADA) {
+        // Should the object not enter, this is harmless: `conjunto` does not name us, and pinaVivo looks
+        // there.
         conservaIdentidade(&servico, &p);
     }
     // What can fail comes before the object is seen to be in the set.
     YSet_poe(servidor->servicos, &servico);
+    // Two servers may try at once, each under its own lock: one of them turns the null into itself.
     YSoapServer *onde = nullptr;
     if (!p.conjunto.compare_exchange_strong(onde, servidor) && onde != servidor) {
         YSet_remove(servidor->servicos, &servico);
         return false;
     }
     const bool temporario = origem == Origem::CHAMADA;
+    // An object that was here already counts as what it is now.
     privado(servidor).temporarios += temporario ? 1 : 0;
     privado(servidor).temporarios -= std::exchange(p.temporario, temporario) ? 1 : 0;
     servidorDe(servico).store(servidor);
@@ -77,6 +85,9 @@ Pino soap::entraNoConjunto(YSoapServer *servidor, YWebService *servico, Origem o
 
 void soap::saiDoConjunto(YWebService &servico) {
     YWebService_Privado &p = privado(servico);
+    // Read without a lock, and looked at again under it, as the object may have moved. That the server is
+    // still there is the caller's part: a handler's server waits for it, and elsewhere nobody else may end
+    // them.
     while (YSoapServer *servidor = p.conjunto.load()) {
         const TrancaDoRegistro tranca(servidor);
         if (tira(servidor, p)) {
@@ -86,12 +97,15 @@ void soap::saiDoConjunto(YWebService &servico) {
 }
 
 Pino soap::pinaVivo(YSoapServer *servidor, const char *identidade) {
+    // The pin first: the object cannot go between the look at its set and the call. To this server an
+    // object of another one is as unknown as none.
     Pino pino = Pino::daIdentidade(identidade);
     return pino && pino.privado().conjunto.load() == servidor ? std::move(pino) : Pino();
 }
 
 void soap::derruba(YSoapServer *servidor, const Pino &pino) {
     const TrancaDoRegistro tranca(servidor);
+    // The mark is all that happens here; the pin's holder frees it, after the lock.
     if (pino.vivo()) {
         tira(servidor, pino.privado(), CONDENADO);
     }
@@ -102,6 +116,7 @@ void soap::abandonaTemporario(YSoapServer *servidor, const Pino &pino) {
     if (!pino.vivo() || pino.privado().conjunto.load() != servidor) {
         return; // the handler took it
     }
+    // Calls may fail faster than sweeps come: beyond the bound its last pin frees it at once.
     if (privado(servidor).temporarios > privado(servidor).limiteDeServicos.load()) {
         tira(servidor, pino.privado(), CONDENADO);
     } else {
@@ -115,6 +130,7 @@ namespace {
 // Downwards: what leaves meanwhile puts the last one, which was looked at, in its place.
 Pino tiraVencido(YSoapServer *servidor, std::int64_t agora, std::uint64_t &i) {
     const TrancaDoRegistro tranca(servidor);
+    // The lock is held for one object at a time: calls go on between them, and the set may have shrunk.
     i = std::min(i, YSet_tam(servidor->servicos));
     while (i > 0) {
         auto *servico = static_cast<YWebService *>(YSet_inicio(servidor->servicos)[--i]);
@@ -145,6 +161,7 @@ void soltaSemLancar(Pino pino) {
 void soap::varre(YSoapServer *servidor) {
     const std::int64_t agora = std::time(nullptr);
     std::uint64_t i = UINT64_MAX;
+    // Each goes without the lock: its destructors are the application's, and may use this server.
     while (Pino vencido = tiraVencido(servidor, agora, i)) {
         soltaSemLancar(std::move(vencido));
     }
@@ -167,6 +184,7 @@ void soap::esvazia(YSoapServer *servidor) {
                 todos.poe(std::move(pino));
             }
         }
+        // From now on nothing enters, not even what the destructors below would put in.
         servicos = std::exchange(servidor->servicos, nullptr);
     }
     YliberaObjeto(servicos);
@@ -209,6 +227,7 @@ YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoP
     YPortType_setGrupoDeRecursos(novo, definicao->grupoDeRecursos);
 
     const Tranca tranca(privado(servidor).trinco);
+    // The one of that name goes under the lock: its destructor runs no application code.
     YMapa_guarda(servidor->portTypes, definicao->nome, novo.get());
     return novo.release();
 }
@@ -225,6 +244,7 @@ std::optional<PortTypeLido> soap::procuraPortType(YSoapServer *servidor, const c
     if (portType == nullptr) {
         return std::nullopt;
     }
+    // Copied out: the port type itself may be replaced as soon as the lock is let go.
     return PortTypeLido{YPortType_obtemTratador(portType, metodo), portType->rttiDoServico,
                         portType->grupoDeRecursos};
 }

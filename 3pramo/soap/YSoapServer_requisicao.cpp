@@ -39,6 +39,7 @@ const char *interpretaSoapAction(const char *uri, const char *acao, char (&metod
     }
     std::string_view nome = std::string_view(sustenido + 1).substr(0, BUFFER_DO_METODO - 1);
     nome = nome.substr(0, nome.find('"'));
+    // Cut to the buffer: a longer name names no method, or one that was registered under the cut name.
     metodo[nome.copy(metodo, nome.size())] = 0;
     const char *barra = std::strrchr(uri, '/');
     return barra != nullptr ? barra + 1 : uri;
@@ -79,6 +80,7 @@ std::string descricaoParaOCliente() {
 }
 
 void emiteFalha(YStream *saida) {
+    // Nothing is written before the text is there: its making may raise, and so end the request.
     const std::string descricao = descricaoParaOCliente();
     acrescenta(*saida, INICIO_DA_FALHA);
     emiteTextoDaFalha(saida, descricao);
@@ -102,11 +104,14 @@ void trataChamadaSoap(YSoapServer *servidor, const char *acao, const char *uri, 
                       YMensagemHttp *resposta) {
     char metodo[BUFFER_DO_METODO];
     YDIC_guarda(resposta->header, "Content-Type", TIPO_XML);
+    // What raises up to the envelope goes to the web server, which ends the connection without an answer.
     const char *portType = interpretaSoapAction(uri, acao, metodo);
+    // Before the call, which converts the text where it stands.
     registraCorpo("requisição"_l1, portType, metodo, requisicao->body);
     acrescenta(*resposta->body, INICIO_DO_ENVELOPE);
     YStream_puts(resposta->primeiraLinha, "200 OK");
     try {
+        // From here on the answer is an envelope, whatever the handler raises.
         processaChamada({servidor, portType, metodo, true, 0}, requisicao->body, resposta->body, nullptr);
     } catch (...) {
         emiteFalha(resposta->body);
@@ -120,6 +125,7 @@ void trataChamadaSoap(YSoapServer *servidor, const char *acao, const char *uri, 
 void soap::trataRequisicao(void *contexto, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta) {
     constexpr std::string_view WSDL = "/wsdl/";
     auto *servidor = static_cast<YSoapServer *>(contexto);
+    // A handler that starts, stops or frees this server would wait for itself: on this thread they raise.
     const EmUso emUso(servidor);
     if (const char *acao = YDIC_recupera(requisicao->header, "SOAPAction")) {
         // Copied: a handler may change the header of its request.
@@ -132,6 +138,7 @@ void soap::trataRequisicao(void *contexto, char *uri, YMensagemHttp *requisicao,
         YDIC_guarda(resposta->header, "Content-Type", TIPO_XML);
         return;
     }
+    // Read as a pair and called without the lock: it may wait for the peer or for a disk.
     const YTratadorHttp anterior = tratadorAnterior(servidor);
     anterior.funcao(anterior.contexto, uri, requisicao, resposta);
 }

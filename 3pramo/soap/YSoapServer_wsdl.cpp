@@ -42,6 +42,7 @@ const char *valorDaMacro(const YDIC *macros, const YDIC *header, std::string_vie
 
 void expandeMacros(const YDIC *macros, YStream *saida, const YDIC *header, std::string_view texto) {
     for (;;) {
+        // What a macro gives is not looked through again: no text can make the expansion endless.
         const std::size_t inicio = texto.find("$(");
         acrescenta(*saida, texto.substr(0, inicio));
         if (inicio == std::string_view::npos) {
@@ -70,6 +71,7 @@ bool soap::emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header
     if (portType == nullptr || portType->wsdl == nullptr) {
         return false;
     }
+    // Under the lock to the end, for port type and macros; writing into memory waits for nobody.
     const Ponteiro<YStream> texto = cria<YStream>(YStream_rtti, FONTE);
     YStream_putExpandindo(texto, portType->wsdl);
     expandeMacros(servidor->macros, saida, header, conteudo(*texto));

@@ -1,3 +1,6 @@
+// The base class of service objects: its fields, and the pins that say who frees an object. Whoever ends
+// one ("destroi", the sweep, the end of the server, YliberaObjeto) takes it out of its set and condemns it;
+// it goes with its last pin.
 #include <3pramo/soap/YWebService_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -25,6 +28,7 @@ void destroiServico(void *objeto) {
     YWebService_Privado &p = privado(*servico);
     saiDoConjunto(*servico); // it is still there only when a derived class's constructor failed
     esqueceIdentidade(servico);
+    // The record goes with the last who knows it: this destructor or, behind it, a pin.
     if ((p.palavra.fetch_or(MORTO) & PINOS) == 0) {
         delete &p;
     }
@@ -75,6 +79,8 @@ bool YWebService_Privado::pina() {
 
 Pino Pino::daIdentidade(const char *texto) {
     Pino pino;
+    // Found and counted in one step, under the lock that the destructor takes in esqueceIdentidade: the
+    // record cannot go between the two.
     pino.privado_ = static_cast<YWebService_Privado *>(
         pinaIdentidade(texto, [](void *deste) { return static_cast<YWebService_Privado *>(deste)->pina(); }));
     return pino;
@@ -82,6 +88,7 @@ Pino Pino::daIdentidade(const char *texto) {
 
 Pino::~Pino() {
     try {
+        // The object may go here, amid another exception: what its destructor raises is only logged.
         solta();
     } catch (...) {
         registraExcecaoAdiada("YWebService");
@@ -96,9 +103,11 @@ void Pino::solta() {
     // Read before the pin goes: whoever lets go last frees the record.
     YWebService *servico = p->servico;
     const std::uint32_t antes = p->palavra.fetch_sub(1);
+    // A condemned object gets no new pin, so for it the count comes to zero once, on one thread.
     if ((antes & PINOS) > 1) {
         return;
     }
+    // Its destructors have run already: nothing but the record is left.
     if ((antes & MORTO) != 0) {
         delete p;
     } else if ((antes & CONDENADO) != 0) {
@@ -107,12 +116,14 @@ void Pino::solta() {
 }
 
 void Fila::poe(Pino pino) {
+    // The chain runs through the records: a set is emptied also when there is no memory.
     YWebService_Privado *p = std::exchange(pino.privado_, nullptr);
     p->proximo = std::exchange(primeiro_, p);
 }
 
 Pino Fila::toma() {
     Pino pino;
+    // The pin that was put in, handed on: it is not counted anew.
     pino.privado_ = primeiro_;
     primeiro_ = primeiro_ != nullptr ? primeiro_->proximo : nullptr;
     return pino;
@@ -143,6 +154,7 @@ void YWebService_setSoapServer(YWebService *servico, YSoapServer *servidor) {
         return;
     }
     saiDoConjunto(*servico);
+    // Out of its set neither sweep nor server condemns it any more: the mark that is taken off stays off.
     servidorDe(*servico).store(nullptr);
     privado(*servico).palavra.fetch_and(~CONDENADO); // the library frees it no more
 }

@@ -1,3 +1,4 @@
+// Works on the bytes as they came, before any parser has accepted them: where it is in doubt it shows less.
 #include <3pramo/soap/mascara.hpp>
 
 #include <3pramo/foundation/caracteres.hpp>

@@ -1,3 +1,10 @@
+// The element is walked down with a stack of its own, not by recursion: how deep a message is, its sender
+// says. A node that refers to a target takes the target's attributes and value when it is entered, and
+// copies of its children one by one as they are visited; so every copy is counted before it is made, and a
+// message whose references multiply meets its bounds, not the end of memory. A target is open as long as
+// what reads as it is on the way down: a reference to an open one is a circle.
+//
+// Nothing is taken out of the tree meanwhile, so addresses of nodes hold.
 #include <3pramo/soap/referencias.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
@@ -36,6 +43,7 @@ std::uint64_t nivelDe(const YNo *no) {
 class Resolucao {
 public:
     Resolucao(const YNo &corpo, const YNo &elemento, const Sobra &sobra) : sobra_(sobra) {
+        // The walk counts its levels from the element; the bound counts them from the root.
         sobra_.niveis -= std::min(sobra_.niveis, nivelDe(elemento.pai));
         for (void *filho : filhosDe(corpo)) {
             anotaAlvo(*static_cast<const YNo *>(filho), elemento);
@@ -45,6 +53,7 @@ public:
 
     void resolve(YNo &elemento) {
         for (entra(elemento, elemento); !visitas_.empty();) {
+            // Not to be used after `entra`, which may move the stack.
             Visita &visita = visitas_.back();
             const auto modelos = filhosDe(*visita.modelo);
             if (visita.proximo == modelos.size()) {
@@ -108,6 +117,7 @@ private:
             abre(*alvo);
             modelo = alvo->no;
             conta(1, textoOuNada(modelo->valor).size());
+            // A target that is a reference too gives its own href along: the next turn takes it off again.
             YDIC_remove(no.atributos, "href");
             copiaAtributos(no, *modelo);
             YNo_setValor(&no, modelo->valor);

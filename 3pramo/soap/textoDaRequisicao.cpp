@@ -29,9 +29,12 @@ Caractere decodifica(std::string_view texto) {
     }
     const std::size_t bytes = primeiro >= 0xF0 ? 4 : primeiro >= 0xE0 ? 3 : 2;
     constexpr std::uint32_t MENORES[] = {0, 0, 0x80, 0x800, 0x10000};
+    // 80 to BF continue a character, C0 and C1 would begin an overlong form, F5 lies beyond the last
+    // character.
     if (primeiro < 0xC2 || primeiro > 0xF4 || texto.size() < bytes) {
         return {0, 0};
     }
+    // As many of the first byte's low bits as the length in front of them leaves.
     std::uint32_t codigo = primeiro & (0xFFU >> (bytes + 1));
     for (std::size_t i = 1; i < bytes; i++) {
         const auto c = static_cast<unsigned char>(texto[i]);
@@ -40,6 +43,7 @@ Caractere decodifica(std::string_view texto) {
         }
         codigo = codigo << 6 | (c & 0x3FU);
     }
+    // Halves of a pair, overlong forms and numbers beyond Unicode are no characters.
     const bool substituto = codigo >= 0xD800 && codigo <= 0xDFFF;
     return codigo < MENORES[bytes] || codigo > 0x10FFFF || substituto ? Caractere{0, 0}
                                                                       : Caractere{codigo, bytes};
@@ -63,6 +67,7 @@ bool soAscii(std::string_view texto) {
 
 // Converts the unread part in place: what is written never overtakes what is read.
 void converte(YStream &stream) {
+    // All is checked before a byte changes; only a character that does not fit stops halfway, and raises.
     std::string_view resto = naoLido(stream);
     if (soAscii(resto) || !ehUtf8(resto)) {
         return;
@@ -109,6 +114,7 @@ void preparaTexto(YStream &stream) {
     if (!texto.starts_with(DECLARACAO)) {
         return;
     }
+    // Without an end all of the text is declaration, and nothing is left to read.
     const std::size_t fim = texto.find('>');
     const std::string_view declaracao =
         texto.substr(0, fim != std::string_view::npos ? fim + 1 : texto.size());
