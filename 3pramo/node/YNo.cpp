@@ -88,6 +88,7 @@ void anotaLigacao(YNo &pai, YNo *no) {
 }
 
 void esqueceLigacao(YNo &no) {
+    // From the end, where soltaLigados takes them; their order means nothing, so the last fills the gap.
     auto &nos = ligacoes(*no.pai)->nos;
     *std::find(nos.rbegin(), nos.rend(), &no) = nos.back();
     nos.pop_back();
@@ -108,21 +109,25 @@ void soltaLigados(YNo &no) {
 // ---- Texts ----
 
 bool ehDaPropriaClasse(const YNo &no) {
+    // Behind a YNo of a derived class stand that class's fields, not texts, and it has a destructor to run.
     return no.rtti == &YNo_definicaoRtti;
 }
 
 bool estaNoBloco(const YNo &no, const char *texto) {
+    // Texts may lie anywhere: std::less orders pointers of different blocks too.
     const std::less<const void *> antes;
     return ehDaPropriaClasse(no) && !antes(texto, &no + 1) && antes(texto, endereco(no));
 }
 
 void liberaTexto(YNo &no, char *texto) {
+    // A text in the node's own block goes with the node; one that a setter made is a block of its own.
     if (!estaNoBloco(no, texto)) {
         YliberaMemoria(texto);
     }
 }
 
 void trocaTexto(YNo &no, char *&campo, const char *novo) {
+    // First, as it may fail and as the new text may be part of the old one.
     char *copia = YduplicaString(novo);
     liberaTexto(no, campo);
     campo = copia;
@@ -145,6 +150,7 @@ void poeFilhosEmEspera(YNo &no, YNo *&espera) {
         mudaPai(*filho, espera);
         espera = filho;
     }
+    // The list frees what is in it; these wait for their turn.
     no.filhos->tam = 0;
     YliberaObjeto(std::exchange(no.filhos, nullptr));
 }
@@ -159,6 +165,7 @@ void soltaConteudo(YNo &no, YNo *&espera) {
     liberaTexto(no, no.valor);
     liberaTexto(no, no.prefixo);
     if (ehDaPropriaClasse(no) && no.privado != nullptr) {
+        // They may have held a password or a card number; YliberaMemoria wipes texts in their own blocks.
         auto *textos = reinterpret_cast<char *>(&no + 1);
         apaga(textos, static_cast<std::size_t>(static_cast<char *>(endereco(no)) - textos));
     }
@@ -169,11 +176,13 @@ YNo *tiraDaEspera(YNo *&espera) {
     while (espera != nullptr) {
         YNo *no = std::exchange(espera, espera->pai);
         no->pai = nullptr;
+        // YliberaObjeto frees it, and so calls destroiNo, which finds our list here and adds the children.
         if (!ehDaPropriaClasse(*no)) {
             poeEndereco(*no, &espera);
             return no;
         }
         soltaConteudo(*no, espera);
+        // What YliberaObjeto would do for a class without other destructors, without a call for each node.
         anotaLiberacao(no);
         std::free(no);
     }
@@ -183,10 +192,12 @@ YNo *tiraDaEspera(YNo *&espera) {
 void destroiNo(void *objeto) {
     auto *no = static_cast<YNo *>(objeto);
     desligaDoPai(*no);
+    // Given out by tiraDaEspera: its children wait with the others, so no depth makes this recurse.
     if (!ehDaPropriaClasse(*no) && endereco(*no) != nullptr) {
         soltaConteudo(*no, *static_cast<YNo **>(endereco(*no)));
         return;
     }
+    // The top of what is freed. An exception of one destructor does not keep the others from running.
     YNo *espera = nullptr;
     soltaConteudo(*no, espera);
     liberaTodos([&] { return espera == nullptr; }, [&] { return tiraDaEspera(espera); });
@@ -202,11 +213,14 @@ const YRtti *YNo_rtti(void) {
 
 Ponteiro<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
     const auto espaco = [](std::string_view texto) { return texto.data() != nullptr ? texto.size() + 1 : 0; };
+    // One block: the node, its name, its content, each with its zero. Rounded up, so that the address
+    // behind it has no bit where the marks stand.
     const std::size_t tamanho = (sizeof(YNo) + espaco(nome) + espaco(valor) + MARCAS) & ~MARCAS;
     auto *no = static_cast<YNo *>(std::malloc(tamanho));
     if (no == nullptr) {
         faltaMemoria(FONTE, __LINE__);
     }
+    // As the object system leaves an instance: all zero, the descriptor set, in the allocation report.
     std::memset(static_cast<void *>(no), 0, sizeof *no);
     no->rtti = &YNo_definicaoRtti;
     auto *fim = reinterpret_cast<char *>(no + 1);
@@ -228,8 +242,10 @@ Ponteiro<YNo> pramo::criaNo(std::string_view nome, std::string_view valor) {
 }
 
 void pramo::assume(YNo &destino, Ponteiro<YNo> origem) {
+    // Texts are copied, as those of `origem` may stand in its block; after that nothing fails.
     Ponteiro<char> nome(YduplicaString(origem->nome));
     Ponteiro<char> valor(YduplicaString(origem->valor));
+    // Swapped: what `destino` had is freed with `origem`.
     std::swap(destino.filhos, origem->filhos);
     std::swap(destino.atributos, origem->atributos);
     for (void *filho : filhosDe(destino)) {
@@ -254,6 +270,7 @@ const char *YNo_getNome(const YNo *no) {
 }
 
 void YNo_setNome(YNo *no, const char *nome) {
+    // What follows the prefix ends where the name ends, so it is a text itself.
     trocaTexto(*no, no->nome, nome != nullptr ? semPrefixo(nome).data() : nullptr);
 }
 
@@ -312,6 +329,7 @@ void poeNaLista(YNo &no, YNo *filho) {
         YVetor_poe(no.filhos, filho);
         return;
     }
+    // The node gets the list only with a child in it: one that could not be appended leaves no list behind.
     auto lista = cria<YVetor>(YVetorQueDestroi_rtti, FONTE);
     YVetor_poe(lista, filho);
     no.filhos = lista.release();
@@ -344,6 +362,7 @@ void YNo_setPai(YNo *no, YNo *pai) {
     }
     semFaltaDeMemoria(FONTE, [&] { anotaLigacao(*pai, no); });
     desligaDoPai(*no); // takes one note away when the parent is the same: there are two now
+    // Not through mudaPai: the note of this link is there already.
     no->pai = pai;
     marca(*no, LIGADO);
 }
@@ -358,6 +377,7 @@ YNo *YNo_getFilho(const YNo *no, const char *nome, uint32_t indice) {
 
 YNo *pramo::pendura(YNo &no, Ponteiro<YNo> filho) {
     poeNaLista(no, filho);
+    // Linked by the list alone: only the links of YNo_setPai are noted.
     filho->pai = &no;
     return filho.release();
 }

@@ -42,6 +42,7 @@ Ponteiro<YNo> converte(const YNo &entrada) {
     YNo *valor = YNo_getFilho(&entrada, "value", 0);
     if (valor != nullptr && valor->filhos != nullptr) {
         Ponteiro<YNo> novo = criaNo(nome);
+        // The children move without being copied; the entry keeps neither them nor a list.
         adota(*novo, std::exchange(valor->filhos, nullptr));
         return novo;
     }
@@ -49,12 +50,17 @@ Ponteiro<YNo> converte(const YNo &entrada) {
 }
 
 void corrigeMapa(YNo &mapa) {
+    // The map keeps its entries until all of them are converted: an entry that is none leaves it as it was,
+    // but for the children that were taken over. What was made until then goes with the list.
     auto novos = cria<YVetor>(YVetorQueDestroi_rtti, FONTE);
     for (void *entrada : elementos(*mapa.filhos)) {
         Ponteiro<YNo> novo = converte(*static_cast<const YNo *>(entrada));
         YVetor_poe(novos.get(), novo.get());
+        // The list, which frees its elements, has it.
         (void)novo.release();
     }
+    // Nothing below fails. The entries forget the map, or each would look for itself among the new children
+    // when it is freed.
     const Ponteiro<YVetor> entradas(mapa.filhos);
     for (void *entrada : elementos(*entradas)) {
         mudaPai(*static_cast<YNo *>(entrada), nullptr);
@@ -71,12 +77,15 @@ void corrige(YNo &raiz) {
     };
     std::vector<Visita> visitas{{&raiz, 0}};
     while (!visitas.empty()) {
+        // A stack of our own: how deep a tree is, its sender says. The two names are not used after a push,
+        // which may move it.
         auto &[no, proximo] = visitas.back();
         const auto filhos = filhosDe(*no);
         if (proximo < filhos.size()) {
             visitas.push_back({static_cast<YNo *>(filhos[proximo++]), 0});
             continue;
         }
+        // Its descendants are corrected: a map that is an entry's value is plain elements by now.
         if (no->filhos != nullptr && ehMapa(*no)) {
             corrigeMapa(*no);
         }

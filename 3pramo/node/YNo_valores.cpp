@@ -33,6 +33,7 @@ Texto textoInteiro(std::int64_t valor) {
     return texto;
 }
 
+// The type of this name has 32 bits on the wire, whatever the caller's has.
 Texto textoLong(std::int64_t valor) {
     return textoInteiro(static_cast<std::int32_t>(valor));
 }
@@ -55,6 +56,7 @@ INTEIRO leInteiro(const char *texto) {
 }
 
 double leDouble(const char *texto) {
+    // strtod would take the decimal point of the process's locale.
     const LocaleC c;
     return texto != nullptr ? std::strtod(texto, nullptr) : 0;
 }
@@ -152,6 +154,8 @@ int *campoDaData(struct tm &quando, char letra) {
 
 struct tm leDataTexto(const char *texto) {
     struct tm lido = {};
+    // The text may end anywhere: what it does not reach stays 0. Four characters at most make up a field,
+    // so no number overflows, whatever characters they are.
     const char *modelo = "CCYY-MM-DDThh:mm:ss";
     for (const char *c = texto != nullptr ? texto : ""; *c != 0; c++, modelo++) {
         if (int *campo = campoDaData(lido, *modelo)) {
@@ -163,6 +167,7 @@ struct tm leDataTexto(const char *texto) {
     if (lido.tm_year > 1899) {
         lido.tm_year -= 1900;
     }
+    // The record counts months from 0. A text without month gives -1, which is none of the calendar's.
     lido.tm_mon--;
     return lido;
 }
@@ -176,6 +181,7 @@ time_t leDateTime(const char *texto) {
     if (!ehDoCalendario(lido)) {
         dataInvalida();
     }
+    // tm_isdst is 0: standard time, also where and when daylight-saving time holds.
     return std::mktime(&lido);
 }
 

@@ -28,6 +28,7 @@ public:
     }
 
 private:
+    // An element whose start tag is written. The views are of the tree's texts; a null data() is none.
     struct Aberto {
         const YNo *no;
         std::size_t proximo; // index of the next child
@@ -41,6 +42,7 @@ private:
 
     void escreveAbertos() {
         while (!abertos_.empty()) {
+            // Not to be used after `abre`, which may move the stack.
             Aberto &aberto = abertos_.back();
             const auto filhos = filhosDe(*aberto.no);
             if (aberto.proximo < filhos.size()) {
@@ -59,6 +61,7 @@ private:
     // Writes the node as far as its children, and all of it when it has none.
     void abre(const YNo &no, std::string_view prefixo) {
         if (no.nome == nullptr) {
+            // It has no tags, but its children and its content are written.
             return empilha(no, prefixo, {});
         }
         const std::string_view nome = no.nome;
@@ -71,6 +74,7 @@ private:
             poeAtributos(*no.atributos);
             acrescenta(stream_, fim);
         }
+        // A leaf, the usual case, is written at once and never put on the stack.
         if (no.filhos != nullptr) {
             empilha(no, prefixo, nome);
         } else if (!vazio) {
@@ -81,6 +85,7 @@ private:
 
     void poeTag(std::string_view inicio, std::string_view prefixo, std::string_view nome,
                 std::string_view fim) {
+        // Room for all of the tag at once, the colon included: nothing below fails.
         char *destino = reserva(stream_, inicio.size() + prefixo.size() + 1 + nome.size() + fim.size());
         const char *antes = destino;
         const auto poe = [&](std::string_view texto) {
@@ -111,6 +116,7 @@ private:
 
 template <typename ESCREVE>
 void escreveTudoOuNada(YStream &stream, ESCREVE escreve) {
+    // What was appended goes again, and is wiped, unless all of it was.
     TudoOuNada acrescimo(stream);
     semFaltaDeMemoria("YNo", [&] {
         Escritor escritor(stream);
@@ -140,5 +146,6 @@ void YNo_leDe(YNo *no, YStream *stream) {
     if (lido == nullptr) {
         lanca(YExcSoap_rtti, "Mensagem SOAP mal formada.", "YNo");
     }
+    // The node stays where it is and what it is to its owner; only what it holds is replaced.
     assume(*no, Ponteiro<YNo>(lido));
 }

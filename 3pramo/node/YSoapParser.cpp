@@ -1,3 +1,7 @@
+// One pass over the bytes of the stream, without recursion: the elements that are still open are a chain,
+// and a closing tag ends the last of it. Words and texts are views of the input until a node copies them;
+// only a text with references is decoded aside. What the sender can multiply (levels, nodes, bytes) is
+// counted before anything is made of it.
 #include <3pramo/node/YSoapParser_interno.hpp>
 
 #include <3pramo/foundation/YDIC_interno.hpp>
@@ -37,6 +41,8 @@ void constroi(void *objeto) {
     auto *parser = static_cast<YSoapParser *>(objeto);
     auto texto = cria<YStream>(YStream_rtti, FONTE);
     auto palavra = cria<YStream>(YStream_rtti, FONTE);
+    // A constructor that raises is not undone by its own destructor: until here the two owners free the
+    // streams, and nothing below raises.
     parser->privado = YalocaMemoria_debug(sizeof(YSoapParser_Privado), FONTE, __LINE__);
     privado(*parser) = {};
     std::copy_n(PADRAO, LIMITES, privado(*parser).limites);
@@ -83,6 +89,7 @@ struct Cabeca {
     std::string_view nome;
     Ponteiro<YDIC> atributos;
 
+    // May be asked for once: the attributes move into the node.
     Ponteiro<YNo> no(std::string_view valor = {}) {
         Ponteiro<YNo> novo = criaNo(nome, valor);
         novo->atributos = atributos.release();
@@ -113,11 +120,13 @@ public:
     [[nodiscard]] YNo &ultimo() const { return *ultimo_; }
 
     void abre(Ponteiro<YNo> no) {
+        // The chain takes no memory. Whatever ends the read frees it from the last one up, each alone.
         no->pai = ultimo_;
         ultimo_ = no.release();
         quantos_++;
     }
 
+    // The node is on its own then: it never was in its parent's list.
     Ponteiro<YNo> fecha() {
         Ponteiro<YNo> no(ultimo_);
         ultimo_ = std::exchange(no->pai, nullptr);
@@ -140,11 +149,13 @@ public:
     Leitor(YSoapParser &parser, YStream &entrada)
         : parser_(parser), entrada_(entrada), p_(YStream_str(&entrada) + entrada.lido),
           fim_(p_ + naoLido(entrada).size()) {
+        // The bounds are copied: a read uses up its own.
         std::copy_n(privado(parser).limites, LIMITES, resta_);
         privado(parser).temHref = false;
     }
     Leitor(const Leitor &) = delete;
     Leitor &operator=(const Leitor &) = delete;
+    // The position is where the reader stands, also when it stands at a failure.
     ~Leitor() { entrada_.lido = entrada_.tam - static_cast<std::size_t>(fim_ - p_); }
 
     // The root, or nothing.
@@ -167,6 +178,7 @@ public:
             if (abertos_.vazio()) {
                 return completo;
             }
+            // Complete, and no xsi:nil: now it joins its parent. One that is left out has counted, too.
             if (!ehNulo(*completo)) {
                 pendura(abertos_.ultimo(), std::move(completo));
             }
@@ -178,6 +190,7 @@ public:
         std::copy_n(resta_, LIMITES, privado(parser_).resta);
         YStream_clear(parser_.palavra);
         acrescenta(*parser_.palavra, palavra_);
+        // A decoded text is in the field already, and would be cleared under its own view.
         if (texto_.data() != conteudo(*parser_.texto).data()) {
             YStream_clear(parser_.texto);
             acrescenta(*parser_.texto, texto_);
@@ -191,6 +204,7 @@ private:
     Tag leElemento(Ponteiro<YNo> &completo) {
         exigeToken('<');
         pulaBrancos();
+        // Looked at, not read: the "!" becomes the first character of the name.
         const bool declaracao = *p_ == '!';
         Cabeca cabeca;
         const Tag tag = leTag(cabeca);
@@ -198,6 +212,7 @@ private:
         if (declaracao || tag == TAG_FECHAMENTO) {
             return declaracao ? TAG_DECLARACAO : TAG_FECHAMENTO;
         }
+        // Levels are not used up by an element that is closed: the bound itself is compared.
         if (abertos_.quantos() >= resta_[NIVEIS]) {
             malFormada();
         }
@@ -207,12 +222,14 @@ private:
         }
         pulaBrancos();
         if (*p_ == '<') {
+            // White space alone is no content: what follows are children, or at once the closing tag.
             abertos_.abre(cabeca.no());
             return TAG_ABERTURA;
         }
         leTexto('<');
         conta(BYTES, texto_.size());
         completo = cabeca.no(texto_);
+        // A text ends at a "<", which must begin the closing tag: content is never mixed.
         leFechamento();
         return TAG_VAZIA;
     }
@@ -236,6 +253,7 @@ private:
             return TAG_FECHAMENTO;
         }
         exigeToken(TOKEN_PALAVRA);
+        // The view is of the input, so it outlives the words read after it.
         cabeca.nome = semPrefixo(palavra_);
         conta(NOS, 1);
         conta(BYTES, cabeca.nome.size());
@@ -251,6 +269,7 @@ private:
     void leAtributos(Cabeca &cabeca) {
         while (parser_.token == TOKEN_PALAVRA) {
             const std::string_view nome = semPrefixo(palavra_);
+            // Spares most messages the search for references.
             privado(parser_).temHref |= nome == "href";
             leToken();
             exigeToken('=');
@@ -258,6 +277,7 @@ private:
             if (parser_.token != TOKEN_PALAVRA && parser_.token != TOKEN_STRING) {
                 malFormada();
             }
+            // Copied into the dictionary below, before another text is decoded.
             const std::string_view valor = parser_.token == TOKEN_STRING ? texto_ : palavra_;
             conta(NOS, 1);
             conta(BYTES, nome.size() + valor.size());

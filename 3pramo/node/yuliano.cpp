@@ -15,6 +15,7 @@ void yuliano_to_tm(uint32_t dia, struct tm *registro) {
 }
 
 uint32_t tm_to_yuliano(const struct tm *registro) {
+    // In 64 bits: no field of the record, whatever it holds, overflows here.
     const std::int64_t ano = std::int64_t{registro->tm_year} + 1900;
     if (ano < PRIMEIRO_ANO || registro->tm_mon < 0 || registro->tm_mon > 11) {
         return 0;
