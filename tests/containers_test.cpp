@@ -156,11 +156,10 @@ TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
     }
     EXPECT_EQ(YMapa_guarda(m, "a", ponteiro(3)) + YMapa_guarda(m, nullptr, ponteiro(4)), 0);
     EXPECT_NE(YMapa_busca(m, "b"), nullptr) << "a null value is there, unlike an unknown key";
-    for (const char *desconhecida : {"", "A", "c", static_cast<const char *>(nullptr)}) {
-        EXPECT_EQ(YMapa_busca(m, desconhecida), nullptr);
-    }
     EXPECT_EQ(YMapa_retira(m, "a"), ponteiro(3));
-    EXPECT_EQ(YMapa_retira(m, "a"), nullptr);
+    for (const char *desconhecida : {"", "a", "A", "c", static_cast<const char *>(nullptr)}) {
+        EXPECT_TRUE(YMapa_busca(m, desconhecida) == nullptr && YMapa_retira(m, desconhecida) == nullptr);
+    }
 }
 
 TEST(Retentor, semOperacaoDaZeroERegistra) {

@@ -12,10 +12,7 @@ using namespace pramo::literais;
 
 namespace {
 
-struct Par {
-    void (*deTexto)(void *destino, const char *texto);
-    void (*paraTexto)(char *texto, const void *origem);
-};
+using Par = std::pair<void (*)(void *destino, const char *texto), void (*)(char *texto, const void *origem)>;
 
 // By size, from 1 byte on.
 #define PEQUENO(N)                                                                                           \
@@ -37,11 +34,11 @@ struct Campo {
     std::vector<unsigned char> bytes = std::vector<unsigned char>(tamanho + 2, 0xA5);
 
     std::string le(const std::string &texto) {
-        return excecao([&] { PARES[tamanho - 1].deTexto(&bytes[1], texto.c_str()); });
+        return excecao([&] { PARES[tamanho - 1].first(&bytes[1], texto.c_str()); });
     }
     std::string texto() {
         std::vector<char> buffer(Y_TAMANHO_NUMERO, '#'); // the sanitizer watches its end
-        PARES[tamanho - 1].paraTexto(buffer.data(), &bytes[1]);
+        PARES[tamanho - 1].second(buffer.data(), &bytes[1]);
         return buffer.data();
     }
     /// Its text is read as what it is, also in the form with three decimals; gives the text.
@@ -63,18 +60,17 @@ TEST(Numeros, idaEVoltaELimitesDeCadaTamanho) {
         std::generate_n(&campo.bytes[1], campo.tamanho, [&] { return static_cast<unsigned char>(acaso()); });
         campo.idaEVolta();
     }
-    for (std::size_t tamanho = 1; tamanho <= 18; tamanho++) {
-        for (const bool negativo : {false, true}) {
-            Campo extremo{tamanho};
-            std::fill_n(&extremo.bytes[1], tamanho, static_cast<unsigned char>(negativo ? 0 : 0xFF));
-            extremo.bytes[tamanho] = negativo ? 0x80 : 0x7F;
-            std::string texto = extremo.idaEVolta();
-            texto[texto.size() - 2]++; // all end in 7, or 8 when negative
-            for (const std::string &maior : {texto, texto.substr(0, texto.size() - 1) + "000000000000"}) {
-                Campo lido = extremo;
-                EXPECT_EQ(lido.le(maior), "YExc: Número não cabe no campo."_l1);
-                EXPECT_TRUE(lido.bytes == extremo.bytes) << maior;
-            }
+    for (std::size_t caso = 0; caso < 2 * 18; caso++) { // the largest and the smallest of each size
+        const bool negativo = caso % 2 != 0;
+        Campo extremo{1 + caso / 2};
+        std::fill_n(&extremo.bytes[1], extremo.tamanho, static_cast<unsigned char>(negativo ? 0 : 0xFF));
+        extremo.bytes[extremo.tamanho] ^= 0x80;
+        std::string texto = extremo.idaEVolta();
+        texto[texto.size() - 2]++; // all end in 7, or 8 when negative
+        for (const std::string &maior : {texto, texto.substr(0, texto.size() - 1) + "000000000000"}) {
+            Campo lido = extremo;
+            EXPECT_EQ(lido.le(maior), "YExc: Número não cabe no campo."_l1);
+            EXPECT_TRUE(lido.bytes == extremo.bytes) << maior;
         }
     }
     Campo maior{18};
@@ -104,17 +100,16 @@ TEST(Numeros, formasDoTexto) {
 // Against a calendar that is walked day by day, and every packed form.
 TEST(Datas, todoDiaAte2150) {
     constexpr int DIAS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    struct tm lido;
     uint32_t dia = 0;
     for (int mes = 0; mes < 170 * 12; mes++) {
         const int ano = 80 + mes / 12;
         const int dias = DIAS[mes % 12] + (mes % 12 == 1 && ano % 4 == 0 ? 1 : 0); // 2100 too
         for (int i = 1; i <= dias; i++) {
-            struct tm lido = {};
             lido.tm_hour = lido.tm_wday = lido.tm_isdst = 5;
             yuliano_to_tm(++dia, &lido);
             ASSERT_TRUE(lido.tm_year == ano && lido.tm_mon == mes % 12 && lido.tm_mday == i) << dia;
-            ASSERT_TRUE(lido.tm_hour == 0 && lido.tm_wday == 0 && lido.tm_isdst == 0);
-            lido.tm_hour = 23;
+            ASSERT_EQ(lido.tm_hour | lido.tm_wday | lido.tm_isdst, 0);
             ASSERT_EQ(tm_to_yuliano(&lido), dia);
         }
     }

@@ -210,19 +210,17 @@ TEST(Log, saidaPresaSeguraUmaThreadSo) {
 }
 
 TEST(Memoria, relatorioMostraOQueEstaVivo) { // it is on in every test
+    const pramo::Ponteiro<char> texto(YduplicaString("texto"));
     YStream *stream = nullptr;
-    YalocaObjeto_debug(&stream, YStream_rtti, "outro.c", 7);
-    void *bloco = YrealocaMemoria_debug(YalocaMemoria(10), 5000, "arquivo.c", 6);
-    std::string vivos;
-    const auto anotaVivo = [](void *onde, const char *classe, uint64_t tamanho, const char *fonte,
-                              int linha) {
-        const std::string oQue = classe != nullptr ? classe : std::to_string(tamanho);
-        *static_cast<std::string *>(onde) += oQue + " " + fonte + ":" + std::to_string(linha) + "; ";
+    YalocaObjeto_debug(&stream, YStream_rtti, "fonte.c", 7);
+    std::ostringstream vivos;
+    const auto escreve = [](void *onde, const char *classe, uint64_t, const char *fonte, int linha) {
+        *static_cast<std::ostringstream *>(onde)
+            << (classe != nullptr ? classe : "") << fonte << linha << ";";
     };
-    YMemoria_relatorio(anotaVivo, &vivos);
-    YliberaMemoria(bloco);
+    YMemoria_relatorio(escreve, &vivos);
     YliberaObjeto(stream);
-    EXPECT_EQ(vivos, "YStream outro.c:7; 5000 arquivo.c:6; ");
+    EXPECT_EQ(vivos.str(), "?0;YStreamfonte.c7;");
     EXPECT_THROW(YalocaMemoria(uint64_t{1} << 62), YExcecao);
 }
 

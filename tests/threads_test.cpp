@@ -133,9 +133,12 @@ TEST(ExecutaThread, oFilhoDeUmForkNaoContaComAsThreadsDoPai) {
 }
 
 TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
-    static std::atomic<int> chamadas;
     using Funcao = void (*)();
-    const Funcao nada = [] {};
+    static std::atomic<int> chamadas;
+    static const auto chama = [](void *funcao) {
+        chamadas++;
+        (*static_cast<Funcao *>(funcao))();
+    };
     const Funcao sai = [] { pthread_exit(nullptr); };
     const Funcao lanca = [] { throw 42; };
     const Funcao registra = [] { YObLOG_masc_print(Y_LOG_ERRO, "registro"); };
@@ -146,22 +149,14 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
             YExc_descreve_no_log();
         }
     };
-    struct {
-        Funcao naThread, naSaida;
-        int chamadas;
-    } casos[] = {{registra, sai, 2}, {registraApanhada, sai, 2},   {lanca, sai, 2},
-                 {sai, nada, 1},     {registraApanhada, lanca, 2}, {registra, registra, 2}};
-    const auto faz = [](void *funcao) {
-        chamadas++;
-        (*static_cast<Funcao *>(funcao))();
-    };
-    for (auto &[naThread, naSaida, quantas] : casos) {
+    std::pair<Funcao, Funcao> casos[] = {// on the thread, and in the sink
+                                         {registra, sai}, {registraApanhada, sai},   {lanca, sai},
+                                         {sai, nullptr},  {registraApanhada, lanca}, {registra, registra}};
+    for (auto &[naThread, naSaida] : casos) {
         chamadas = 0;
-        YObLOG_setSaida(
-            [](void *funcao, int, const char *) { chamadas++, (*static_cast<Funcao *>(funcao))(); },
-            &naSaida);
-        YexecutaThread(faz, &naThread);
-        EXPECT_TRUE(acontece([&] { return chamadas == quantas; }));
+        YObLOG_setSaida([](void *funcao, int, const char *) { chama(funcao); }, &naSaida);
+        YexecutaThread(chama, &naThread);
+        EXPECT_TRUE(acontece([&, quantas = naSaida != nullptr ? 2 : 1] { return chamadas == quantas; }));
         const apoio::Diario diario;
         YObLOG_masc_print(Y_LOG_ERRO, "adiante");
         EXPECT_TRUE(acontece([&] { return diario.quantos("adiante") == 1; }));
@@ -172,16 +167,15 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
 TEST(Mutex, reentraEExclui) {
     const auto m = pramo::cria<YObMutex>(YObMutex_rtti);
     int total = 0;
-    const auto soma = [&] {
+    EXPECT_TRUE(rodam(2, [&] {
         for (int n = 0; n < 1000; n++) {
-            YObMutex_requisita0(m, "teste", __LINE__);
-            YObMutex_requisita0(m, "teste", __LINE__);
+            YObMutex_requisita0(m, "teste", 1);
+            YObMutex_requisita0(m, "teste", 2);
             total++;
             YObMutex_libera(m);
             YObMutex_libera(m);
         }
-    };
-    { const std::jthread uma(soma), outra(soma); }
+    }));
     EXPECT_EQ(total, 2000);
 }
 

@@ -127,9 +127,10 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
     });
     falhaEmCada("relatório", [] {
         std::uint64_t linhas = 0;
-        YMemoria_relatorio(
-            [](void *n, const char *, uint64_t, const char *, int) { ++*static_cast<uint64_t *>(n); },
-            &linhas);
+        const auto conta = [](void *n, const char *, uint64_t, const char *, int) {
+            ++*static_cast<uint64_t *>(n);
+        };
+        YMemoria_relatorio(conta, &linhas);
         confere(linhas == YMemoria_vivos());
         YexecutaThread([](void *) {}, nullptr);
     });

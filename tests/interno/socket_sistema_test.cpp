@@ -55,10 +55,10 @@ std::atomic<int> perguntas{0};
 } // namespace
 
 // The linker sends the searches for names here (-Wl,--wrap): one name's server does not answer.
-// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
-int __real_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido, addrinfo **achados);
-int __wrap_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido, addrinfo **achados) {
+decltype(getaddrinfo) __real_getaddrinfo; // NOLINT(bugprone-reserved-identifier)
+int __wrap_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido,
+                       addrinfo **achados) { // NOLINT
     if (nome != std::string_view("mudo.invalid") || pedido->ai_flags != 0) {
         return __real_getaddrinfo(nome, porta, pedido, achados);
     }
@@ -68,7 +68,6 @@ int __wrap_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedi
     return EAI_AGAIN;
 }
 }
-// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
