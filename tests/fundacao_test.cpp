@@ -189,11 +189,10 @@ TEST(Log, saidaPresaSeguraUmaThreadSo) {
     for (int i = 0; i < 2000; i++) {
         YObLOG_masc_print(Y_LOG_ERRO, "%d", i);
     }
-    EXPECT_TRUE(apoio::noFilho([] { // where nobody is inside the sink
-        close(STDERR_FILENO);
-        YObLOG_setSaida(nullptr, nullptr);
+    EXPECT_TRUE(apoio::noFilho([&] { // where nobody is inside the sink
+        YObLOG_setSaida(Saida::passa, &livre);
         YObLOG_masc_print(Y_LOG_ERRO, "no filho");
-        return true;
+        return livre.passaram == 1;
     }));
     const std::jthread abre([&] { presa.solta = true; });
     YObLOG_setSaida(Saida::passa, &livre);

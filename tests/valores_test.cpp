@@ -94,7 +94,8 @@ TEST_F(Valores, aLocaleDoProcessoNadaMuda) {
     ASSERT_STREQ(std::setlocale(LC_ALL, "tr_TR"), "tr_TR");
     EXPECT_TRUE(std::tolower('I') != 'i' && *std::localeconv()->decimal_point == ',');
     EXPECT_EQ(escrito(YNo_setDoubleVal, 1234567.5), "1234567.500000");
-    EXPECT_EQ(lido(YNo_getDoubleVal, "1.5") + lido(YNo_getFloatVal, "1,5"), 2.5);
+    EXPECT_EQ(lido(YNo_getDoubleVal, "1.5"), 1.5);
+    EXPECT_EQ(lido(YNo_getFloatVal, "1,5"), 1);
     const auto s = pramo::cria<YStream>(YStream_rtti);
     const std::string longo(2000, 'y');
     YStream_printf(s, "%.2f %s", 1.25, longo.c_str());
