@@ -8,33 +8,30 @@
 
 namespace {
 
-const std::string ITEM =
-    "valor=0000 ;quantidade=0.000;data=1980-01-00;hora=00:00;identificacao=0000 ;=cancelamento;=consulta;";
-
-std::string item(const std::string &hora) {
-    return "<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo><campo nome=\"hora\">" + hora +
-           "</campo><campo nome=\"valor\">12.50</campo><campo nome=\"identificacao\">123456789</campo>"
-           "<campo nome=\"data\">2024-03-05</campo>";
-}
-
-// What the terminal fills in, and the next form: its fields, with their values, and its buttons; or the
-// fault.
-const std::pair<std::string, std::string> RODADAS[] = {
-    {"", ITEM},
-    {item("1430"), "YExcSoap: campo: hora. Conteudo de hora mal formado."},
-    {"", ITEM}, // nothing was taken: all can be corrected
-    {item("14:30"), "parcelas=;senha=0000 ;autorizacao=;=cancelamento;=consulta;"},
-    {"<campo nome=\"parcelas\" opcao=\"3\">3</campo><campo nome=\"senha\" periferico=\"PIN\">987654</campo>"
-     "<campo nome=\"autorizacao\">AUT 42</campo>",
-     "total=1875 ;=cancelamento;=consulta;"},
-};
-
 TEST(Formulario, umaVendaComUmCampoRecusado) {
+    // What the terminal fills in, and the next form: its fields, with their values, and its buttons; or the
+    // fault.
+    const std::string inicio = "valor=0000 ;quantidade=0.000;data=1980-01-00;hora=00:00;identificacao=0000 "
+                               ";=cancelamento;=consulta;";
+    const std::string item =
+        "<campo nome=\"quantidade\" periferico=\"TECLADO\">1.500</campo><campo nome=\"valor\">12.50"
+        "</campo><campo nome=\"identificacao\">123456789</campo><campo nome=\"data\">2024-03-05</campo>";
+    const std::pair<std::string, std::string> rodadas[] = {
+        {"", inicio},
+        {item + "<campo nome=\"hora\">1430</campo>", "YExcSoap: campo: hora. Conteudo de hora mal formado."},
+        {"", inicio}, // nothing was taken: all can be corrected
+        {item + "<campo nome=\"hora\">14:30</campo>",
+         "parcelas=;senha=0000 ;autorizacao=;=cancelamento;=consulta;"},
+        {"<campo nome=\"parcelas\" opcao=\"3\">3</campo><campo nome=\"senha\" "
+         "periferico=\"PIN\">987654</campo>"
+         "<campo nome=\"autorizacao\">AUT 42</campo>",
+         "total=1875 ;=cancelamento;=consulta;"},
+    };
     apoio::Programa programa("formulario", {"--log-corpo"});
     const std::string eu = apoio::eu(apoio::chama(programa.porta(), "Formulario", "constroi"));
     const std::regex elemento(
         "<ns1:campo nome=\"(\\w+)\".*?<ns1:valor>(.*?)<|<ns1:botao nomeDaOperacao=\"(\\w+)\"");
-    for (const auto &[campos, esperada] : RODADAS) {
+    for (const auto &[campos, esperada] : rodadas) {
         const auto resposta = apoio::chamaComCorpo(programa.porta(), "Formulario", "preenche",
                                                    apoio::envelope("preenche", eu + campos));
         std::string formulario;
@@ -45,14 +42,11 @@ TEST(Formulario, umaVendaComUmCampoRecusado) {
         EXPECT_EQ(formulario.empty() ? apoio::resultado(resposta) : formulario, esperada);
     }
     EXPECT_EQ(apoio::chama(programa.porta(), "Formulario", "destroi", eu), "");
-
     EXPECT_EQ(programa.termina(), 0) << programa.erros();
-    const std::string diario = programa.erros();
-    EXPECT_NE(diario.find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"), std::string::npos)
-        << diario;
-    for (const char *segredo : {"987654", "AUT 42", "123456789"}) {
-        EXPECT_EQ(diario.find(segredo), std::string::npos) << segredo;
-    }
+    EXPECT_NE(programa.erros().find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"),
+              std::string::npos)
+        << programa.erros();
+    EXPECT_FALSE(std::regex_search(programa.erros(), std::regex("987654|AUT 42|123456789")));
 }
 
 } // namespace

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""3pramo-iso8583 as a person runs it: what it writes, byte for byte, what it refuses, and how it ends."""
-import argparse
-import functools
+"""3pramo-iso8583 as a person runs it: what it writes, byte for byte, what it refuses, and how it ends.
+Arguments: --programa PROGRAM [--sem-memoria], the second where sanitizers need memory of their own."""
 import pathlib
 import subprocess
 import sys
 import tempfile
 
+_, _, PROGRAMA, *SEM_MEMORIA = sys.argv
 CARTAO, TRILHA, PIN = "4111111111111111", "4111111111111111=30121010000012300000", "0123456789ABCDEF"
 COMPRA = f"0200702000002080100016{CARTAO}00300000000001234500012337{TRILHA}TERM0001{PIN}".encode()
 REDE = b"0800822000000000000004000000000000001122093015000126301"
@@ -14,56 +14,55 @@ FIO_DOS_NOMES = ("0200" "0000000000200006" + "PADARIA SÃO JOÃO".ljust(40) + "0
 TEXTO_DA_COMPRA = (f"200\n002 {CARTAO}\n003 003000\n004 000000012345\n011 000123\n035 {TRILHA}\n041 TERM0001\n"
                    f"052 {PIN}\n").encode()
 TEXTO_DA_REDE = b"800\n007 1122093015\n011 000126\n070 301\n"
-
-falhas = 0
+falhas = []
 
 
 def confere(oque, obtido, esperado):
-    global falhas
     if obtido != esperado:
-        falhas += 1
+        falhas.append(oque)
         print(f"{oque}\n  expected {esperado!r}\n  got      {obtido!r}")
 
 
-def chama(programa, *argumentos, entrada=b"", saida=subprocess.PIPE):
+def iso(*argumentos, entrada=b"", saida=subprocess.PIPE, antes=()):
     """(status, standard output, standard error as text)"""
-    feito = subprocess.run([*programa, *map(str, argumentos)], input=entrada, stdout=saida, stderr=subprocess.PIPE,
-                           timeout=60, check=False)
+    feito = subprocess.run([*antes, PROGRAMA, *map(str, argumentos)], input=entrada, stdout=saida,
+                           stderr=subprocess.PIPE, timeout=60, check=False)
     return feito.returncode, feito.stdout, feito.stderr.decode()
 
 
-def formas(iso):
+def formas():
     """decode and encode undo each other; lines may end in CR LF, be empty, or lack their end."""
     for fio, texto in ((COMPRA + b"\n\r\n\n" + REDE + b"\r\n" + COMPRA,
                         TEXTO_DA_COMPRA + b"\n" + TEXTO_DA_REDE + b"\n" + TEXTO_DA_COMPRA),
-                       (FIO_DOS_NOMES, None), (b"0800\n", b"800\n"), (b"", b"")):
+                       (FIO_DOS_NOMES, None), (b"0800\n", b"800\n"), (b"", b""),
+                       (b"02008" + b"0" * 31, b"200\n001 0000000000000000\n")):  # a second bitmap of nothing
         feito = iso("decode", entrada=fio)
         confere(f"decode, {fio}", feito, (0, feito[1] if texto is None else texto, ""))
         linhas = [linha + b"\n" for linha in fio.replace(b"\r", b"").split(b"\n") if linha]
         confere(f"encode, {fio}", iso("encode", entrada=feito[1]), (0, b"".join(linhas), ""))
     confere("encode, order and blanks", iso("encode", entrada=b"\n0800\n70 301\n11 000126\n007 1122093015")[:2],
             (0, REDE + b"\n"))
+    confere("decode, bitmap of nothing", iso("decode", entrada=b"0200" + b"0" * 16),
+            (2, b"", "3pramo-iso8583: -:1: bitmap vazio, que a forma de texto não guarda\n"))
+    if not SEM_MEMORIA:
+        confere("17 MB of messages with 4 MB of memory",
+                iso("decode", entrada=(COMPRA + b"\n") * 100_000, saida=subprocess.DEVNULL,
+                    antes=("sh", "-c", 'ulimit -d 4096 && exec "$@"', "sh")), (0, None, ""))
 
 
-def mostra(iso):
+def vistas(a, b):
     """Secrets are masked unless asked for; texts of the message become UTF-8."""
     nome = f'43 Card acceptor name/location : "{"PADARIA SÃO JOÃO":40}"\n'
-    for opcoes, claro in (([], False), (["--clear"], True)):
+    for opcoes in ([], ["--clear"]):
         visto = iso("dump", *opcoes, entrada=COMPRA + b"\n" + FIO_DOS_NOMES)[1].decode()
-        confere(f"dump {opcoes}", [texto in visto for texto in (nome, CARTAO, TRILHA, PIN)], [True] + [claro] * 3)
+        confere(f"dump {opcoes}", [t in visto for t in (nome, CARTAO, TRILHA, PIN)], [True] + [bool(opcoes)] * 3)
 
-
-def conferencia(iso):
     ruim = COMPRA.replace(b"TERM", b"TE\tM").replace(b"003000", b"00300x")
     falhas_de = "".join(f"-:{n}: elemento 3 (Processing code): caractere 6 fora da classe n\n-:{n}: elemento 41 "
                         "(Card acceptor terminal identification): caractere 3 fora da classe ans\n" for n in (3, 5))
-    for entrada, esperado in ((COMPRA + b"\n" + REDE, (0, b"", "")),
-                              (COMPRA + b"\n\n" + ruim + b"\n" + REDE + b"\n" + ruim, (1, falhas_de.encode(), ""))):
-        confere(f"check, {entrada}", iso("check", entrada=entrada), esperado)
+    confere("check", iso("check", entrada=COMPRA + b"\n" + REDE), (0, b"", ""))
+    confere("check, wrong", iso("check", entrada=b"\n".join((COMPRA, b"", ruim, REDE, ruim))), (1, falhas_de.encode(), ""))
 
-
-def comparacao(iso, pasta):
-    a, b = pasta / "a", pasta / "b"
     a.write_bytes(REDE + b"\n" + COMPRA + b"\n")
     outra = COMPRA.replace(b"0200", b"0220", 1).replace(CARTAO.encode(), b"4111119999991111", 1)
     b.write_bytes(REDE + b"\n\n" + outra + b"\n" + REDE + b"\n")
@@ -75,7 +74,7 @@ def comparacao(iso, pasta):
     confere("diff --clear", CARTAO.encode() in iso("diff", "--clear", "-", b, entrada=a.read_bytes())[1], True)
 
 
-def recusas(iso, arquivo):
+def recusas(arquivo):
     for fio, motivo in (  # what follows a good message, and what is said of it
             (b"02x0" + COMPRA[4:], "código da transação: caractere 3 inválido"),
             (REDE[:25] + b"x" + REDE[26:], "bitmap 2: caractere 6 inválido"),
@@ -94,15 +93,11 @@ def recusas(iso, arquivo):
             (b"200\n003x", "4: falta um espaço depois do número do elemento"),
             (b"200\n003 003000\n003 003000", "5: elemento 3 (Processing code): repetido"),
             (b"200\n003  003000", "4: elemento 3 (Processing code): tamanho 7, exatamente 6"),
-            (b"200\n063 x\r", "4: elemento 63 (Reserved private): "
-             "a mensagem termina em CR, que o fim da linha absorveria")):
+            (b"200\n063 x\r", "4: elemento 63 (Reserved private): a mensagem termina em CR, que o fim da linha absorveria")):
         confere(f"encode, {texto}", iso("encode", entrada=b"800\n\n" + texto),
                 (2, b"0800\n", f"3pramo-iso8583: -:{motivo}\n"))
-
-
-def uso(iso, pasta):
     for argumentos in ([], ["mostra"], ["dump", "--claro"], ["check", "--clear"], ["diff", "a"], ["diff", "-", "-"],
-                       ["dump", pasta], ["dump", pasta / "nada"]):
+                       ["dump", arquivo.parent], ["dump", arquivo.parent / "nada"]):
         status, saida, erros = iso(*argumentos)
         confere(f"{argumentos}", (status, saida, erros.count("\n")), (2, b"", 1))
     confere("help and version", (iso("--help")[0], iso("--version")[0]), (0, 0))
@@ -110,28 +105,9 @@ def uso(iso, pasta):
         confere("full output", iso("dump", entrada=COMPRA, saida=cheio)[0], 2)
 
 
-def main():
-    opcoes = argparse.ArgumentParser(description=__doc__)
-    opcoes.add_argument("--programa", required=True)
-    opcoes.add_argument("--sem-memoria", action="store_true", help="sanitizers need memory of their own")
-    args = opcoes.parse_args()
-
-    iso = functools.partial(chama, [args.programa])
-    if not args.sem_memoria:
-        com_pouca = ["sh", "-c", 'ulimit -d 4096 && exec "$@"', "sh", args.programa]
-        confere("17 MB of messages with 4 MB of memory",
-                chama(com_pouca, "decode", entrada=(COMPRA + b"\n") * 100_000, saida=subprocess.DEVNULL), (0, None, ""))
-    formas(iso)
-    mostra(iso)
-    conferencia(iso)
-    with tempfile.TemporaryDirectory() as nome:
-        pasta = pathlib.Path(nome)
-        comparacao(iso, pasta)
-        recusas(iso, pasta / "ruim")
-        uso(iso, pasta)
-    print(f"{falhas} failed")
-    return 1 if falhas else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+formas()
+with tempfile.TemporaryDirectory() as nome_da_pasta:
+    vistas(pathlib.Path(nome_da_pasta, "a"), pathlib.Path(nome_da_pasta, "b"))
+    recusas(pathlib.Path(nome_da_pasta, "ruim"))
+print(f"{len(falhas)} failed")
+sys.exit(1 if falhas else 0)
