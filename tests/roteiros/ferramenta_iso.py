@@ -76,7 +76,7 @@ def vistas(a, b):
 
 def recusas(arquivo):
     for fio, motivo in (  # what follows a good message, and what is said of it
-            (b"02x0" + COMPRA[4:], "código da transação: caractere 3 inválido"),
+            (b"020x", "código da transação: caractere 4 inválido"),
             (REDE[:25] + b"x" + REDE[26:], "bitmap 2: caractere 6 inválido"),
             (COMPRA + b"\0", "depois da mensagem sobram 1 bytes"),
             (COMPRA[:20] + b"1x" + COMPRA[22:],
