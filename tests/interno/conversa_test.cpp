@@ -39,10 +39,11 @@ protected:
         return apoio::chama(servidor.porta(), metodo == "preenche" ? "Caixa" : "Alvo", metodo, parametros);
     }
     std::string soma(const std::string &eu = "") { return chama("soma", eu + "<a>2</a><b>3</b>"); }
+    [[nodiscard]] YWebServer *web() const { return static_cast<YSoapServer *>(servidor)->webServer; }
     void recomeca(const std::string &quem) {
-        YObThread_stop(servidor);
         servidor.inicia();
         EXPECT_EQ(soma(), "5") << quem;
+        YObThread_stop(servidor);
     }
 };
 
@@ -67,16 +68,19 @@ void emCadaAlocacao(ACAO acao, DEPOIS depois) {
 }
 
 TEST_F(Conversa, semMemoriaNoComecoENoFim) {
-    const auto paraEComeca = [&] {
-        YObThread_stop(servidor);
+    YObThread_stop(servidor);
+    const auto comecaEPara = [&] {
         try {
+            const auto novo = pramo::cria<YSoapServer>(YSoapServer_rtti);
+            YSoapServer_setPorta(novo, 0);
+            YObThread_start(novo);
             YObThread_start(servidor);
         } catch (const YExcecao &) {
             EXPECT_EQ(YObThread_isAlive(servidor), 0);
         }
         YObThread_stop(servidor);
     };
-    emCadaAlocacao(paraEComeca, [&](const std::string &quem) { recomeca(quem); });
+    emCadaAlocacao(comecaEPara, [&](const std::string &quem) { recomeca(quem); });
 }
 
 TEST_F(Conversa, semMemoriaNasChamadas) {
@@ -94,18 +98,31 @@ TEST_F(Conversa, semMemoriaNasChamadas) {
 }
 
 TEST_F(Conversa, semThreadOComecoSeDesfaz) {
+    YObThread_stop(servidor);
     for (int n = 0; n < 2; n++) {
-        YObThread_stop(servidor);
         apoio::threads.ainda = n;
         EXPECT_EQ(apoio::excecao([&] { YObThread_start(servidor); }),
                   "YExc: N\xE3o foi poss\xEDvel criar a thread.")
             << n;
         apoio::threads.ainda = NUNCA;
         EXPECT_EQ(YObThread_isAlive(servidor), 0);
-        EXPECT_EQ(YObThread_isAlive(static_cast<YSoapServer *>(servidor)->webServer), 0) << "nothing serves";
+        EXPECT_EQ(YObThread_isAlive(web()), 0) << "nothing serves";
         EXPECT_EQ(servidor.porta(), 0U);
         recomeca("thread " + std::to_string(n));
     }
+}
+
+TEST_F(Conversa, semThreadAConexaoAcaba) {
+    const apoio::Diario diario;
+    apoio::threads.ainda = 0;
+    std::vector<apoio::Cliente> clientes; // as many as threads wait for work, and one
+    EXPECT_TRUE(apoio::acontece([&] {
+        clientes.emplace_back(servidor.porta());
+        return apoio::threads.ainda == NUNCA;
+    }));
+    clientes.clear();
+    EXPECT_TRUE(apoio::acontece([&] { return YWebServer_getConexoes(web()) == 0; }));
+    EXPECT_EQ(soma(), "5");
 }
 
 } // namespace
