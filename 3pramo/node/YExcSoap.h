@@ -1,5 +1,5 @@
-/* YExcSoap: the exception class of nodes, typed values, the parser, forms and everything SOAP. Adds no
- * fields. */
+/* YExcSoap: the exception class of nodes, typed values, the parser, forms and everything SOAP.
+ * Adds no fields. */
 #ifndef Y3PRAMO_NODE_YEXCSOAP_H
 #define Y3PRAMO_NODE_YEXCSOAP_H
 

@@ -1,7 +1,7 @@
 /* One registered port type: its methods' handlers, the class of its service objects, its WSDL.
  *
- * YSoapServer_registraPortType makes and owns them; a port type is changed only before its server starts (to
- * change one later, register it again). */
+ * YSoapServer_registraPortType makes and owns them. A port type is changed only before its server
+ * starts; to change one later, register it again. */
 #ifndef Y3PRAMO_SOAP_YPORTTYPE_H
 #define Y3PRAMO_SOAP_YPORTTYPE_H
 
@@ -11,14 +11,18 @@
 
 Y_INICIO_C
 
-/* A method handler: runs on the thread of the connection that brought the call. `servico` is the object that
- * the call names, or a temporary one; `requisicao` the method's element, null when the request has no body;
- * `resposta` an empty, nameless node that the results are written into, usually with the typed setters. The
- * nodes live until the handler returns. An exception of the library's classes, or of a class derived from
- * them, that leaves it becomes a SOAP fault with its class, message and place. Any other (a std::exception)
- * is logged, with what may be card data masked, and answered as YExc "Erro interno.": its text was not
- * written for a client. A handler that runs long asks YObThread_isAlive of its server whether a stop has been
- * asked. */
+/* A method handler.
+ *   servico     the object that the call names, or a temporary one
+ *   requisicao  the method's element; null when the request has no body
+ *   resposta    an empty, nameless node that the results are written into, usually with the
+ *               typed setters
+ * A handler that runs long asks YObThread_isAlive of its server whether a stop has been asked.
+ * Raises: an exception of the library's classes, or of a class derived from them, becomes a SOAP
+ *   fault with its class, message and place. Any other (a std::exception) is logged, with what may
+ *   be card data masked, and answered as YExc "Erro interno.": its text was not written for a
+ *   client.
+ * Lives: the nodes, until the handler returns.
+ * Threads: runs on that of the connection that brought the call. */
 typedef void (*YTratadorSoap)(YWebService *servico, YNo *requisicao, YNo *resposta);
 
 Y_CLASSE(YPortType, YOb) {
@@ -34,25 +38,29 @@ typedef struct YPortType YPortType;
 Y_EXPORTA extern const YRtti YPortType_definicaoRtti;
 Y_EXPORTA const YRtti *YPortType_rtti(void);
 
-/* The WSDL document, with macros; kept by reference, so it must live as long as the port type. Null: none. */
+/* The WSDL document, with macros; null for none.
+ * Lives: kept by reference, so it must live as long as the port type. */
 Y_EXPORTA const char *YPortType_getWsdl(const YPortType *portType);
 Y_EXPORTA void YPortType_setWsdl(YPortType *portType, const char *wsdl);
 
-/* Stores the handler under the method name, replacing an earlier one: 1 when the name is new, else 0. */
+/* Stores the handler under the method name, in place of an earlier one.
+ * Gives: 1 when the name is new, else 0. */
 Y_EXPORTA int YPortType_registraTratador(YPortType *portType, const char *metodo, YTratadorSoap tratador);
 
-/* The handler of the method, null when there is none. */
+/* The handler of the method; null when there is none. */
 Y_EXPORTA YTratadorSoap YPortType_obtemTratador(const YPortType *portType, const char *metodo);
 
 /* The class of the service objects; it must derive from YWebService. */
 Y_EXPORTA void YPortType_setRttiDoServico(YPortType *portType, YFuncaoRtti classe);
 
-/* Makes a service object into `servico`, which the caller then owns, and gives it the port type's resource
- * group. Raises YExcSoap "PortType sem classe de serviço." when the port type has no class or one that does
- * not derive from YWebService, and what the class's constructors raise. */
-Y_EXPORTA void YPortType_constroiObjeto(YPortType *portType, YWebService **servico);
-
+/* The resource group that its service objects are given; not owned. */
 Y_EXPORTA void YPortType_setGrupoDeRecursos(YPortType *portType, void *grupo);
+
+/* Makes a service object into `servico`, and gives it the port type's resource group.
+ * Raises: YExcSoap "PortType sem classe de serviço." when the port type has no class or one that
+ *   does not derive from YWebService; what the class's constructors raise.
+ * Owns: the caller owns the object. */
+Y_EXPORTA void YPortType_constroiObjeto(YPortType *portType, YWebService **servico);
 
 Y_FIM_C
 

@@ -8,26 +8,35 @@
  *     ...
  *     YliberaObjeto(servidor);
  *
- * Calls go to the port type named by the last segment of the URI; the method is the text after # in the
- * SOAPAction header. A call with an "eu" goes to the live service object of that identity; a call without
- * one, or with one that holds nothing (<eu></eu>), to a temporary object. An object is called through the
- * port type that carries its class's name, when that one is for objects of its class, else through the one of
- * the URI; never through a port type for other objects. Without a handler of their own, three methods are
- * built in: "constroi" makes a service object and answers its identity in "return", "destroi" ends the one
- * named by "eu", "invoca" calls the method named by "metodo" with the text of "param" as its request.
- * Failures are answered as SOAP faults, with HTTP status 200. A GET for /wsdl/NAME is answered with the WSDL
- * of that port type; everything else with the files under the base directory.
+ * Calls
+ * - A call goes to the port type named by the last segment of the URI; the method is the text after
+ *   # in the SOAPAction header.
+ * - With an "eu" it goes to the live service object of that identity; without one, or with one that
+ *   holds nothing (<eu></eu>), to a temporary object.
+ * - An object is called through the port type that carries its class's name, when that one is for
+ *   objects of its class, else through the one of the URI; never through a port type for other
+ *   objects.
+ * - Without a handler of their own, three methods are built in: "constroi" makes a service object
+ *   and answers its identity in "return"; "destroi" ends the one named by "eu"; "invoca" calls the
+ *   method named by "metodo" with the text of "param" as its request.
+ * - Failures are answered as SOAP faults, with HTTP status 200.
+ * - A GET for /wsdl/NAME is answered with the WSDL of that port type; everything else with the
+ *   files under the base directory.
  *
- * Life: start and stop it with YObThread_start and YObThread_stop; it may be started again after a stop, and
- * then keeps its port types, service objects, settings and the connections that are still open. A start that
- * raises has undone itself. Freeing it stops it, lets calls in flight finish, before the destructors of
- * derived classes run too, and frees all service objects and port types. From one of its handlers starting,
- * stopping and freeing raise. Unless said otherwise, its functions may be called from any thread, also while
- * it serves.
+ * Text
+ * - A request whose XML declaration names UTF-8 is converted; other requests are taken as
+ *   ISO-8859-1.
+ * - Answers are plain ASCII but for accents in the names of elements and attributes.
+ * - An element of the request without content that points at another one of the Body (href="#id")
+ *   reads as that one.
  *
- * A request whose XML declaration names UTF-8 is converted; other requests are taken as ISO-8859-1. Answers
- * are plain ASCII but for accents in the names of elements and attributes. An element of the request without
- * content that points at another one of the Body (href="#id") reads as that one. */
+ * Life: started and stopped with YObThread_start and YObThread_stop. It may be started again after
+ * a stop, and then keeps its port types, service objects, settings and the connections that are
+ * still open. A start that raises has undone itself. Freeing it stops it, lets calls in flight
+ * finish, before the destructors of derived classes run too, and frees all service objects and port
+ * types. From one of its handlers starting, stopping and freeing raise.
+ *
+ * Threads: unless said otherwise, any thread may call its functions, also while it serves. */
 #ifndef Y3PRAMO_SOAP_YSOAPSERVER_H
 #define Y3PRAMO_SOAP_YSOAPSERVER_H
 
@@ -71,31 +80,36 @@ Y_CLASSE(YSoapServer, YObThread) {
 
 typedef struct YSoapServer YSoapServer;
 
-/* A derived class takes from it the slots that it keeps: run sweeps, start and stop conduct the web server. */
+/* A derived class takes from it the slots that it keeps: its run sweeps, its start and stop conduct
+ * the web server. */
 Y_EXPORTA extern const YObThread_Rtti YSoapServer_definicaoRtti;
 Y_EXPORTA const YRtti *YSoapServer_rtti(void);
 
 /* ---- Settings ---- */
 
-/* The port for the next start, also registered as the WSDL macro "PORTA". With 0 the system chooses a free
- * port, and starting waits until it is known and registers that as "PORTA". */
+/* The port for the next start, also registered as the WSDL macro "PORTA".
+ * With 0 the system chooses a free port; starting waits until it is known and registers that as
+ * "PORTA". */
 Y_EXPORTA void YSoapServer_setPorta(YSoapServer *servidor, int32_t porta);
 
 /* The port in use while it listens, otherwise the one that was set last. */
 Y_EXPORTA int32_t YSoapServer_getPorta(YSoapServer *servidor);
 
-/* The address to listen on from the next start ("127.0.0.1", "::1"), copied; null, as at first: everywhere.
- */
+/* The address to listen on from the next start ("127.0.0.1", "::1"), copied.
+ * Null, as at first: everywhere. */
 Y_EXPORTA void YSoapServer_setEndereco(YSoapServer *servidor, const char *endereco);
 
-/* The directory of static files, copied; null, as at first, serves none. Reaches a running server at once. */
+/* The directory of static files, copied; null, as at first, serves none.
+ * Reaches a running server at once. */
 Y_EXPORTA void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio);
 
-/* Stores copies of a WSDL macro's name and text: $(NAME) in a WSDL becomes the text, $(*NAME) the header
- * field NAME of the request. Names count up to 31 characters in a WSDL. A macro without its ")" or of no such
- * name ends the /wsdl/ request with a YExcSoap ("Faltou fechar a macro em WSDL.", "Macro desconhecida em
- * WSDL.") and no answer; so does a field that holds markup (< > & or a quote) and a Host that is no name or
- * address with a port ("Valor inválido para o WSDL."). */
+/* Stores copies of a WSDL macro's name and text.
+ * $(NAME) in a WSDL becomes the text, $(*NAME) the header field NAME of the request. Names count up
+ * to 31 characters in a WSDL. A /wsdl/ request that cannot be expanded ends without an answer, with
+ *   YExcSoap "Faltou fechar a macro em WSDL." for a macro without its ")";
+ *   YExcSoap "Macro desconhecida em WSDL." for one of no such name;
+ *   YExcSoap "Valor inválido para o WSDL." for a field that holds markup (< > & or a quote), and
+ *   for a Host that is no name or address with a port. */
 Y_EXPORTA void YSoapServer_registraMacro(YSoapServer *servidor, const char *nome, const char *texto);
 
 /* The application's own pointer, which handlers reach through YWebService_getSoapServer. */
@@ -108,19 +122,19 @@ Y_EXPORTA void *YSoapServer_getGrupoDeRecursos(const YSoapServer *servidor);
 
 /* ---- Bounds ---- */
 
-/* Most live service objects; 100,000 by default. Beyond it "constroi" is answered with the fault "Limite de
- * serviços ativos atingido.". Objects that the application attaches itself count, but are not refused. The
- * temporary objects of calls do not count; those of failed calls wait for the next sweep, as many as this
- * bound. */
+/* Most live service objects; 100,000 by default.
+ * Beyond it "constroi" is answered with the fault "Limite de serviços ativos atingido.". Objects
+ * that the application attaches itself count, but are not refused. The temporary objects of calls
+ * do not count; those of failed calls wait for the next sweep, as many as this bound. */
 Y_EXPORTA void YSoapServer_setLimiteDeServicos(YSoapServer *servidor, uint64_t servicos);
 
-/* Bounds of one request's tree, as YSoapParser has them: levels, nodes, bytes of text. 0 means the default.
- */
+/* Bounds of one request's tree, as YSoapParser has them: levels, nodes, bytes of text.
+ * 0 means the default. */
 Y_EXPORTA void YSoapServer_setLimitesDaMensagem(YSoapServer *servidor, uint64_t niveis, uint64_t nos,
                                                 uint64_t bytes);
 
-/* Those of the web server, and its promise to close promptly (YWebServer.h); kept over starts, and for a
- * server that serves from now on. */
+/* Those of the web server, and its promise to close promptly (YWebServer.h).
+ * Kept over starts, and for a server that serves from now on. */
 Y_EXPORTA void YSoapServer_setLimiteDoCabecalho(YSoapServer *servidor, uint64_t bytes);
 Y_EXPORTA void YSoapServer_setLimiteDoCorpo(YSoapServer *servidor, uint64_t bytes);
 Y_EXPORTA void YSoapServer_setLimiteDosCorpos(YSoapServer *servidor, uint64_t bytes);
@@ -131,23 +145,29 @@ Y_EXPORTA void YSoapServer_setFechaLogo(YSoapServer *servidor, int fechaLogo);
 
 /* ---- Port types ---- */
 
-/* Registers a port type, in place of one of the same name, and returns it; the server owns it. Texts of the
- * definition other than the WSDL are copied. Raises YExcSoap "PortType sem nome." for a null name. */
+/* Registers a port type, in place of one of the same name.
+ * Texts of the definition other than the WSDL are copied.
+ * Gives: the port type.
+ * Raises: YExcSoap "PortType sem nome." for a null name.
+ * Owns: the server owns the port type. */
 Y_EXPORTA YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoPortType *definicao);
 
-/* The port type of the name, or null; valid until another one is registered under its name. */
+/* The port type of the name; null when there is none.
+ * Lives: until another one is registered under its name. */
 Y_EXPORTA YPortType *YSoapServer_recuperaPortType(YSoapServer *servidor, const char *nome);
 
 /* ---- Live service objects ---- */
 
-/* Puts the object into the live set, which then owns it, with a new deadline; it leaves that of another
- * server, and the object's server becomes this one. YWebService_setSoapServer calls this. Nothing happens to
- * an object that is being ended. Raises YExcSoap "O servidor está sendo liberado.", and nothing has changed
- * then. */
+/* Puts the object into the live set, with a new deadline; YWebService_setSoapServer calls this.
+ * It leaves the live set of another server, and the object's server becomes this one. Nothing
+ * happens to an object that is being ended.
+ * Raises: YExcSoap "O servidor está sendo liberado."; nothing has changed then.
+ * Owns: the live set owns the object from now on. */
 Y_EXPORTA void YSoapServer_registraServico(YSoapServer *servidor, YWebService *servico);
 
-/* Takes the object out of the live set without freeing it: nonzero when it was there, and then it has no
- * server and belongs to the caller. */
+/* Takes the object out of the live set without freeing it.
+ * Gives: nonzero when it was there; it then has no server.
+ * Owns: the caller owns what was taken out. */
 Y_EXPORTA int32_t YSoapServer_removeServico(YSoapServer *servidor, YWebService *servico);
 
 /* How many service objects are live, temporary ones too. */
@@ -155,8 +175,9 @@ Y_EXPORTA uint64_t YSoapServer_getServicos(YSoapServer *servidor);
 
 /* ---- Life ---- */
 
-/* Waits until the started server listens, or the deadline (absolute seconds, as time() gives them): 1 when it
- * listens, 0 when the deadline passed, the port cannot be used or the server is not alive. */
+/* Waits until the started server listens, or the deadline (absolute seconds, as time() gives them).
+ * Gives: 1 when it listens; 0 when the deadline passed, the port cannot be used or the server is
+ *   not alive. */
 Y_EXPORTA int YSoapServer_esperaPronto(YSoapServer *servidor, int64_t prazo);
 
 Y_FIM_C
