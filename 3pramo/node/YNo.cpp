@@ -109,7 +109,7 @@ void soltaLigados(YNo &no) {
 // ---- Texts ----
 
 bool ehDaPropriaClasse(const YNo &no) {
-    // Behind a YNo of a derived class stand that class's fields, not texts, and destructors of its own may run.
+    // Behind a YNo of a derived class stand that class's fields, not texts, and it may have a destructor.
     return no.rtti == &YNo_definicaoRtti;
 }
 
