@@ -136,8 +136,9 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
     using Funcao = void (*)();
     static std::atomic<int> chamadas;
     static const auto chama = [](void *funcao) {
-        chamadas++;
-        (*static_cast<Funcao *>(funcao))();
+        const Funcao qual = *static_cast<Funcao *>(funcao);
+        chamadas++; // from here on the test may go on
+        qual();
     };
     const Funcao sai = [] { pthread_exit(nullptr); };
     const Funcao lanca = [] { throw 42; };
