@@ -19,10 +19,16 @@ constexpr std::int64_t ESPERA_PELA_PORTA = 3;          // seconds
 void destroiSoapServer(void *objeto);
 void liberaWebServer(YObThread *thread);
 
+void poeWebServer(YSoapServer *servidor, Ponteiro<YWebServer> web) {
+    const Tranca tranca(privado(servidor).trinco);
+    privado(servidor).web = web.release();
+}
+
 void constroiSoapServer(void *objeto) {
     auto *servidor = static_cast<YSoapServer *>(objeto);
     try {
         servidor->privado = semFaltaDeMemoria(FONTE, [] { return new YSoapServer_Privado; });
+        poeWebServer(servidor, cria<YWebServer>(YWebServer_rtti, FONTE));
         servidor->portTypes = cria<YMapa>(YMapaQueDestroi_rtti, FONTE).release();
         // Before the set, which is emptied under it, also when what follows fails.
         servidor->mutex = cria<YObMutex>(YObMutex_rtti, FONTE).release();
@@ -41,7 +47,7 @@ void constroiSoapServer(void *objeto) {
 void desliga(YSoapServer *servidor) {
     YSoapServer_Privado &p = privado(servidor);
     Tranca tranca(p.trinco);
-    YWebServer *web = servidor->webServer;
+    YWebServer *web = p.web;
     recusaEmUso(web); // before anything changes: a thread of the web server cannot wait for its own end
     if (!std::exchange(p.servindo, false)) {
         return;
@@ -56,9 +62,11 @@ void desliga(YSoapServer *servidor) {
 void liberaWebServer(YObThread *thread) {
     auto *servidor = static_cast<YSoapServer *>(thread);
     desliga(servidor);
-    Tranca tranca(privado(servidor).trinco);
+    YSoapServer_Privado &p = privado(servidor);
+    Tranca tranca(p.trinco);
     // Whoever asks for the address from now on finds none; the free waits for calls, so without the lock.
-    YWebServer *web = std::exchange(servidor->webServer, nullptr);
+    YWebServer *web = std::exchange(p.web, nullptr);
+    servidor->webServer = nullptr;
     tranca.solta();
     YliberaObjeto(web);
 }
@@ -81,37 +89,13 @@ void destroiSoapServer(void *objeto) {
     delete static_cast<YSoapServer_Privado *>(servidor->privado);
 }
 
-template <typename VALOR>
-void aplica(YWebServer *web, void (*ajuste)(YWebServer *, VALOR), const std::optional<VALOR> &valor) {
-    if (valor) {
-        ajuste(web, *valor);
-    }
-}
-
-// What the application never set stays as the web server has it.
-void configura(YWebServer *web, const YSoapServer &servidor, YSoapServer_Privado &p) Y_EXIGE(p.trinco) {
-    YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor.porta));
-    YWebServer_setDiretorioBase(web, servidor.diretorioBase);
-    YWebServer_setEndereco(web, p.endereco ? p.endereco->c_str() : nullptr);
-    aplica(web, YWebServer_setLimiteDoCabecalho, p.limiteDoCabecalho);
-    aplica(web, YWebServer_setLimiteDoCorpo, p.limiteDoCorpo);
-    aplica(web, YWebServer_setLimiteDosCorpos, p.limiteDosCorpos);
-    aplica(web, YWebServer_setLimiteDeConexoes, p.limiteDeConexoes);
-    aplica(web, YWebServer_setPrazoDaRequisicao, p.prazoDaRequisicao);
-    aplica(web, YWebServer_setPrazoDeEncerramento, p.prazoDeEncerramento);
-    aplica(web, YWebServer_setFechaLogo, p.fechaLogo);
-}
-
-// The web server with our settings and our handler in front of what it had.
+// The web server with our port, our files and our handler in front of what it had.
 YWebServer *liga(YSoapServer *servidor) {
     YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);
-    if (servidor->webServer == nullptr) {
-        servidor->webServer = cria<YWebServer>(YWebServer_rtti, FONTE).release();
-    }
-    YWebServer *web = servidor->webServer;
-    // Under one lock with the fields, so a setting made meanwhile is read here or reaches this web server.
-    configura(web, *servidor, p);
+    YWebServer *web = servidor->webServer = p.web;
+    YWebServer_setPorta(web, static_cast<std::uint32_t>(servidor->porta));
+    YWebServer_setDiretorioBase(web, servidor->diretorioBase);
     servidor->tratadorAnterior = YWebServer_setTratador(web, servidor, trataRequisicao);
     p.servindo = true;
     return web;
@@ -209,15 +193,6 @@ int32_t YSoapServer_getPorta(YSoapServer *servidor) {
     return static_cast<int32_t>(escuta ? YWebServer_getPorta(web) : portaPedida(servidor));
 }
 
-void YSoapServer_setEndereco(YSoapServer *servidor, const char *endereco) {
-    semFaltaDeMemoria(FONTE, [&] {
-        // The new text is made before the lock; `novo` takes the old one along, which goes after it.
-        auto novo = endereco != nullptr ? std::optional<std::string>(endereco) : std::nullopt;
-        const Tranca tranca(privado(servidor).trinco);
-        privado(servidor).endereco.swap(novo);
-    });
-}
-
 void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio) {
     const Tranca tranca(privado(servidor).trinco);
     trocaTexto(servidor->diretorioBase, diretorio);
@@ -255,44 +230,46 @@ void YSoapServer_setLimitesDaMensagem(YSoapServer *servidor, uint64_t niveis, ui
 
 namespace {
 
-// Keeps a setting for the next start and passes it on to a web server that is there.
+// The web server keeps the setting; a destructor of a service object may set one when it has gone.
 template <typename VALOR>
-void ajusta(YSoapServer *servidor, std::optional<VALOR> YSoapServer_Privado::*campo,
-            void (*ajuste)(YWebServer *, VALOR), VALOR valor) {
+void ajusta(YSoapServer *servidor, void (*ajuste)(YWebServer *, VALOR), VALOR valor) {
     YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);
-    p.*campo = valor;
-    if (servidor->webServer != nullptr) {
-        ajuste(servidor->webServer, valor);
+    if (p.web != nullptr) {
+        ajuste(p.web, valor);
     }
 }
 
 } // namespace
 
+void YSoapServer_setEndereco(YSoapServer *servidor, const char *endereco) {
+    ajusta(servidor, YWebServer_setEndereco, endereco);
+}
+
 void YSoapServer_setLimiteDoCabecalho(YSoapServer *servidor, uint64_t bytes) {
-    ajusta(servidor, &YSoapServer_Privado::limiteDoCabecalho, YWebServer_setLimiteDoCabecalho, bytes);
+    ajusta(servidor, YWebServer_setLimiteDoCabecalho, bytes);
 }
 
 void YSoapServer_setLimiteDoCorpo(YSoapServer *servidor, uint64_t bytes) {
-    ajusta(servidor, &YSoapServer_Privado::limiteDoCorpo, YWebServer_setLimiteDoCorpo, bytes);
+    ajusta(servidor, YWebServer_setLimiteDoCorpo, bytes);
 }
 
 void YSoapServer_setLimiteDosCorpos(YSoapServer *servidor, uint64_t bytes) {
-    ajusta(servidor, &YSoapServer_Privado::limiteDosCorpos, YWebServer_setLimiteDosCorpos, bytes);
+    ajusta(servidor, YWebServer_setLimiteDosCorpos, bytes);
 }
 
 void YSoapServer_setPrazoDaRequisicao(YSoapServer *servidor, uint32_t segundos) {
-    ajusta(servidor, &YSoapServer_Privado::prazoDaRequisicao, YWebServer_setPrazoDaRequisicao, segundos);
+    ajusta(servidor, YWebServer_setPrazoDaRequisicao, segundos);
 }
 
 void YSoapServer_setPrazoDeEncerramento(YSoapServer *servidor, uint32_t segundos) {
-    ajusta(servidor, &YSoapServer_Privado::prazoDeEncerramento, YWebServer_setPrazoDeEncerramento, segundos);
+    ajusta(servidor, YWebServer_setPrazoDeEncerramento, segundos);
 }
 
 void YSoapServer_setLimiteDeConexoes(YSoapServer *servidor, uint32_t conexoes) {
-    ajusta(servidor, &YSoapServer_Privado::limiteDeConexoes, YWebServer_setLimiteDeConexoes, conexoes);
+    ajusta(servidor, YWebServer_setLimiteDeConexoes, conexoes);
 }
 
 void YSoapServer_setFechaLogo(YSoapServer *servidor, int fechaLogo) {
-    ajusta(servidor, &YSoapServer_Privado::fechaLogo, YWebServer_setFechaLogo, fechaLogo);
+    ajusta(servidor, YWebServer_setFechaLogo, fechaLogo);
 }

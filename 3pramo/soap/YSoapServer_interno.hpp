@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <optional>
-#include <string>
 
 namespace pramo::soap {
 
@@ -25,19 +24,12 @@ struct LimitesDaMensagem {
 
 /// What stands behind YSoapServer.privado. `trinco` also guards the fields porta, webServer,
 /// tratadorAnterior, portTypes, macros and diretorioBase of the server itself; no application code runs under
-/// it. The web server is made by the first start and freed with the server, so whoever reads its address may
-/// use it.
+/// it. The web server is there from the beginning, so that a setting stands in one place only, and is freed
+/// with the server; the field webServer names it from the first start on.
 struct YSoapServer_Privado {
     Trinco trinco;
     LimitesDaMensagem limites Y_GUARDADO_POR(trinco);
-    std::optional<std::string> endereco Y_GUARDADO_POR(trinco);
-    std::optional<std::uint64_t> limiteDoCabecalho Y_GUARDADO_POR(trinco);
-    std::optional<std::uint64_t> limiteDoCorpo Y_GUARDADO_POR(trinco);
-    std::optional<std::uint64_t> limiteDosCorpos Y_GUARDADO_POR(trinco);
-    std::optional<std::uint32_t> limiteDeConexoes Y_GUARDADO_POR(trinco);
-    std::optional<std::uint32_t> prazoDaRequisicao Y_GUARDADO_POR(trinco);
-    std::optional<std::uint32_t> prazoDeEncerramento Y_GUARDADO_POR(trinco);
-    std::optional<int> fechaLogo Y_GUARDADO_POR(trinco);
+    YWebServer *web Y_GUARDADO_POR(trinco) = nullptr; // null once its server ends
     bool servindo Y_GUARDADO_POR(trinco) =
         false; // the web server was started with our handler and not stopped since
     std::atomic<std::uint64_t> limiteDeServicos{100'000};

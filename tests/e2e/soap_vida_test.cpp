@@ -97,6 +97,46 @@ TEST_F(SoapVida, muitosChamamUmObjetoAteQueAlguemODestrua) {
     }
 }
 
+// Set before the first start, on the web server that does not listen yet.
+TEST(SoapAjustes, valemDesdeOPrimeiroComecoEDepoisDeUmRecomeco) {
+    const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
+    YSoapServer_setPorta(servidor, 0);
+    const YDefinicaoPortType alvo = apoio::definicaoDoAlvo();
+    YSoapServer_registraPortType(servidor, &alvo);
+    YSoapServer_setLimiteDoCabecalho(servidor, 300);
+    YSoapServer_setLimiteDoCorpo(servidor, 200'000);
+    YSoapServer_setLimiteDosCorpos(servidor, 100'000);
+    YSoapServer_setLimiteDeConexoes(servidor, 1);
+    YSoapServer_setPrazoDaRequisicao(servidor, 1);
+    YSoapServer_setFechaLogo(servidor, 1);
+    const std::string um = apoio::pedidoSoap("Alvo", "total", apoio::envelope("total", ""));
+    const std::pair<std::string, std::string> casos[] = {
+        {apoio::requisicao("GET /" + std::string(300, 'x')),
+         "HTTP/1.1 431 Request Header Fields Too Large.\n"},
+        {apoio::requisicao("POST /", "", std::string(200'001, ' ')), "HTTP/1.1 413 Content Too Large.\n"},
+        {apoio::requisicao("POST /", "", std::string(100'001, ' ')), "HTTP/1.1 503 Service Unavailable.\n"},
+        {apoio::requisicao("GET /", "Connection: close\r\n") + um, ""}, // the second is not answered
+    };
+    for (int vez = 0; vez < 2; vez++) {
+        YObThread_start(servidor);
+        const auto porta = static_cast<std::uint32_t>(YSoapServer_getPorta(servidor));
+        for (const auto &[pedido, resposta] : casos) {
+            const std::string veio = apoio::conversa(porta, pedido);
+            EXPECT_TRUE(resposta.empty() ? !veio.ends_with("</SOAP-ENV:Envelope>") : veio == resposta)
+                << veio;
+        }
+        apoio::Cliente ocioso(porta);
+        ocioso.pede(um);
+        apoio::Cliente lento(porta);
+        EXPECT_TRUE(ocioso.fechou()) << "it made room for the next";
+        const auto inicio = std::chrono::steady_clock::now();
+        lento.envia("POST / HTTP/1.1\n");
+        EXPECT_TRUE(lento.fechou());
+        EXPECT_LT(std::chrono::steady_clock::now() - inicio, std::chrono::milliseconds(1700));
+        YObThread_stop(servidor);
+    }
+}
+
 template <auto ACAO>
 void noServidor(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) {
     YObThread_start(YWebService_getSoapServer(servico)); // alive already: nothing to do
