@@ -47,8 +47,12 @@ TEST(Objetos, constroemDaRaizEDestroemDaClasseOQueTerminou) {
         }
         EXPECT_EQ(ordem, esperada);
     }
+    struct Guarda {
+        YOb *objeto = pramo::cria<YOb>(da<queLanca>).release();
+        ~Guarda() noexcept(false) { YliberaObjeto(objeto); }
+    };
     const auto lancaDuas = [] {
-        const auto guarda = pramo::cria<YOb>(da<queLanca>);
+        const Guarda guarda;
         throw std::logic_error("primeira");
     };
     EXPECT_THROW(lancaDuas(), std::logic_error) << "while one is in flight another one does not leave";
