@@ -60,17 +60,13 @@ def vistas(a, b):
     ruim = COMPRA.replace(b"TERM", b"TE\tM").replace(b"003000", b"00300x")
     falhas_de = "".join(f"-:{n}: elemento 3 (Processing code): caractere 6 fora da classe n\n-:{n}: elemento 41 "
                         "(Card acceptor terminal identification): caractere 3 fora da classe ans\n" for n in (3, 5))
-    confere("check", iso("check", entrada=COMPRA + b"\n" + REDE), (0, b"", ""))
-    confere("check, wrong", iso("check", entrada=b"\n".join((COMPRA, b"", ruim, REDE, ruim))), (1, falhas_de.encode(), ""))
+    confere("check", iso("check", entrada=b"\n".join((COMPRA, b"", ruim, REDE, ruim))), (1, falhas_de.encode(), ""))
 
     a.write_bytes(REDE + b"\n" + COMPRA + b"\n")
-    outra = COMPRA.replace(b"0200", b"0220", 1).replace(CARTAO.encode(), b"4111119999991111", 1)
-    b.write_bytes(REDE + b"\n\n" + outra + b"\n" + REDE + b"\n")
-    confere("diff, same", iso("diff", a, a), (0, b"", ""))
+    b.write_bytes(REDE + b"\n\n0220" + COMPRA[4:].replace(CARTAO.encode(), b"4111119999991111", 1) + b"\n" + REDE)
     cartao = '2 Primary account number (PAN) : "411111******1111"'
-    esperado = (f"--- {a}:2\n+++ {b}:3\n-Código da Transação: 200\n+Código da Transação: 220\n"
-                f"-  {cartao}\n+  {cartao}\n+{b}:4\n")
-    confere("diff", iso("diff", a, b), (1, esperado.encode(), ""))
+    confere("diff", iso("diff", a, b), (1, (f"--- {a}:2\n+++ {b}:3\n-Código da Transação: 200\n+Código da "
+            f"Transação: 220\n-  {cartao}\n+  {cartao}\n+{b}:4\n").encode(), ""))
     confere("diff --clear", CARTAO.encode() in iso("diff", "--clear", "-", b, entrada=a.read_bytes())[1], True)
 
 
@@ -84,11 +80,10 @@ def recusas(arquivo):
             (COMPRA[:-1], "Elemento 52 (Personal identification number data). Mensagem ISO 8583 incompleta."),
             (b"0200" + b"0" * 70000, "linha com mais de 65536 bytes")):
         arquivo.write_bytes(REDE + b"\r\n\r\n" + fio + b"\r\n" + REDE)
-        for comando, antes in (("decode", TEXTO_DA_REDE), ("check", b"")):
-            confere(f"{comando}, {fio[:60]}", iso(comando, arquivo),
-                    (2, antes, f"3pramo-iso8583: {arquivo}:3: {motivo}\n"))
+        confere(f"decode, {fio[:60]}", iso("decode", arquivo),
+                (2, TEXTO_DA_REDE, f"3pramo-iso8583: {arquivo}:3: {motivo}\n"))
     for texto, motivo in (  # the second message, its wrong line, and what is said of it
-            *((codigo, "3: código da transação inválido") for codigo in (b"200 ", b"20000", b"-200")),
+            *((codigo, "3: código da transação inválido") for codigo in (b"200 ", b"20000", b"-200", b"-0")),
             (b"200\n0003 x", "4: número do elemento inválido"),
             (b"200\n003x", "4: falta um espaço depois do número do elemento"),
             (b"200\n003 003000\n003 003000", "5: elemento 3 (Processing code): repetido"),
@@ -100,7 +95,9 @@ def recusas(arquivo):
                        ["dump", arquivo.parent], ["dump", arquivo.parent / "nada"]):
         status, saida, erros = iso(*argumentos)
         confere(f"{argumentos}", (status, saida, erros.count("\n")), (2, b"", 1))
-    confere("help and version", (iso("--help")[0], iso("--version")[0]), (0, 0))
+    arquivo.write_bytes(COMPRA + b"\n" + REDE)
+    for argumentos in (["--help"], ["--version"], ["check", arquivo], ["diff", arquivo, arquivo]):
+        confere(f"{argumentos}, nothing wrong", iso(*argumentos)[::2], (0, ""))
     with open("/dev/full", "wb") as cheio:
         confere("full output", iso("dump", entrada=COMPRA, saida=cheio)[0], 2)
 
