@@ -38,7 +38,7 @@ protected:
 
     // A class derived from the web server, which is whole until the last call of its handler has ended.
     static const YRtti *derivada() {
-        static YObThread_Rtti descritor = *reinterpret_cast<const YObThread_Rtti *>(YWebServer_rtti());
+        static YObThread_Rtti descritor = YWebServer_definicaoRtti;
         descritor.rtti = {YWebServer_rtti, "Derivada", sizeof(YWebServer), nullptr, [](void *objeto) {
                               void *teste = static_cast<YWebServer *>(objeto)->contextoTratador;
                               static_cast<Parada *>(teste)->demolido = true;
@@ -62,7 +62,6 @@ TEST_F(Parada, ociosoParaLogoERecomecaEAsConexoesVivemAlem) {
         Cliente cliente(porta); // with it the system gives the port to nobody who asks for any
         EXPECT_EQ(cliente.pede(requisicao("GET /1")), "ola");
         EXPECT_LT(duracao([&] { YObThread_stop(servidor); }), 1s);
-        EXPECT_EQ(YWebServer_esperaPronto(servidor, std::time(nullptr) + 10), 0) << "not alive";
         EXPECT_EQ(pede(porta), "");
         EXPECT_EQ(cliente.pede(requisicao("GET /2")), "ola");
         YWebServer_setPorta(servidor, porta);
@@ -137,7 +136,6 @@ TEST_F(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
     YWebServer_setPorta(outro, servidor.porta());
     Cliente cliente(servidor.porta()); // what is left of it keeps the port from anybody else
     EXPECT_EQ(cliente.pede(requisicao("GET /")), "ola");
-    EXPECT_EQ(pronto(), 0) << "not started";
     YObThread_start(outro);
     EXPECT_LT(duracao([&] { EXPECT_EQ(pronto(), 0); }), 5s) << "it does not wait for the deadline";
     servidor.libera();
@@ -162,11 +160,10 @@ TEST_F(Parada, semDescritoresContinua) {
     getrlimit(RLIMIT_NOFILE, &antes);
     const rlimit nenhum{0, antes.rlim_max};
     setrlimit(RLIMIT_NOFILE, &nenhum);
-    EXPECT_TRUE(acontece([&] { return diario.quantos("Falha aceitando") > 0; }));
+    EXPECT_TRUE(acontece([&] { return diario.quantos("Falha aceitando") == 1; }));
     EXPECT_EQ(cliente.pede(requisicao("GET /2")), "ola") << "connections go on";
     setrlimit(RLIMIT_NOFILE, &antes);
     EXPECT_EQ(pede(servidor.porta()), "ola");
-    EXPECT_EQ(diario.quantos(""), 1);
 }
 
 } // namespace

@@ -80,7 +80,7 @@ struct Caixa : YSoapServer {
 
 const YRtti *Caixa_rtti() {
     static const YObThread_Rtti descritor = [] {
-        YObThread_Rtti d = *reinterpret_cast<const YObThread_Rtti *>(YSoapServer_rtti());
+        YObThread_Rtti d = YSoapServer_definicaoRtti;
         d.rtti = {YSoapServer_rtti, "Caixa", sizeof(Caixa),
                   [](void *eu) { static_cast<Caixa *>(eu)->gaveta = new std::string("aberta"); },
                   [](void *eu) { delete std::exchange(static_cast<Caixa *>(eu)->gaveta, nullptr); }};
