@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
 
 using apoio::Alvo;
@@ -23,10 +21,9 @@ protected:
                       const std::string &portType = "Alvo") {
         return apoio::chama(servidor.porta(), portType, metodo, parametros);
     }
-    apoio::Resposta pede(const std::string &linha, const std::string &campos = "",
-                         const std::string &corpo = "") {
+    [[nodiscard]] apoio::Resposta pede(const std::string &bytes) const {
         apoio::Cliente cliente(servidor.porta());
-        cliente.envia(apoio::requisicao(linha, campos, corpo));
+        cliente.envia(bytes);
         return cliente.recebe();
     }
     void TearDown() override { EXPECT_EQ(Alvo::quebrados, 0); }
@@ -35,33 +32,18 @@ protected:
 const std::string FALTOU = "YExcSoap: Tag procurada: a. Faltou tag.";
 
 TEST_F(Soap, oQueELidoEOQueERecusado) {
-    const std::string mapa =
-        "<E><Body><eco href=\"#1\"/><x id=\"1\" type=\"x:Map\"><item><key>texto</key><value>Bel\xE9m</value>"
-        "</item></x></Body></E>";
-    const std::string acumula = "<m:acumula><eu href=\"#e\"/><valor>7</valor></m:acumula><x id=\"e\">";
-    const struct {
-        std::string portType, metodo, corpo, resultado;
-    } casos[] = {
+    const std::tuple<std::string, std::string, std::string, std::string> casos[] = {
         {"Alvo", "eco", envelope("eco", "<texto>\r\n&lt;&gt;&amp;lt;&quot;&apos;&#13; x</texto>"),
          "&lt;&gt;&amp;lt;&quot;'&#13; x"},
         {"Alvo", "eco", envelope("eco", "<texto>1</texto>") + "<lixo", "1"},
         {"Alvo", "eco", "<x><eco><texto>sem Body</texto></eco></x>", "sem Body"},
-        {"Alvo", "eco", mapa, "Bel&#233;m"},
-        {"Alvo", "acumula", "<E><Body>" + acumula + chama("constroi") + "</x></Body></E>", "7"},
         {"Alvo", "acumula", envelope("acumula", "<valor>40</valor>" + eu(" " + chama("constroi") + "\n")),
          "40"},
         {"Alvo", "destroi", "", ""}, // nothing to end
-        {"Alvo", "\"", "", "YExcSoap: nome: . Metodo desconhecido."},
         {"Alvo", "a/b<c>&\xE7\xA7", "", "YExcSoap: nome: a/b&lt;c&gt;&amp;c&#167;. Metodo desconhecido."},
         {"Nada", "constroi", "", "YExcSoap: nome: Nada. PortType desconhecido."},
-        {"Alvo/", "soma", "", "YExcSoap: nome: . PortType desconhecido."},
         {"Alvo", "soma", "", FALTOU},
         {"Alvo", "soma", " \n", "YExcSoap: Token inesperado."},
-        {"Alvo", "soma", std::regex_replace(std::string(100'000, 'a'), std::regex("a"), "<a>"),
-         "YExcSoap: Mensagem SOAP mal formada."},
-        {"Alvo", "soma", "<?xml encoding=\"utf-8\"?><a>\xE2\x82\xAC</a>",
-         "YExcSoap: Caractere fora de ISO-8859-1."},
-        {"Alvo", "soma", envelope("soma", eu("0x7fffffffe000")), NAO_CONSTA},
         {"Alvo", "destroi", envelope("destroi", eu("0")), NAO_CONSTA},
         {"Alvo", "falha", "", "YExcSoap: Acao &lt;nao&gt; permitida &amp; so isso: ?&#167;."},
         {"Alvo", "estranha", "", "YExc: Erro interno."},
@@ -69,23 +51,23 @@ TEST_F(Soap, oQueELidoEOQueERecusado) {
     for (const auto &[portType, metodo, corpo, resultado] : casos) {
         EXPECT_EQ(apoio::resultado(apoio::chamaComCorpo(servidor.porta(), portType, metodo, corpo)),
                   resultado)
-            << portType << "#" << metodo << " " << corpo.substr(0, 200);
+            << portType << "#" << metodo << " " << corpo;
         EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5") << "and the next one is answered";
     }
 }
 
 TEST_F(Soap, oNomeDoMetodoEDoPortType) {
+    const std::string soma = envelope("soma", "<a>2</a><b>3</b>");
     const std::tuple<std::string, std::string, std::string> casos[] = {
-        {"GET /Alvo", "#soma", "5"}, // a call whatever its HTTP method
-        {"POST Alvo", "\"a#soma\"x", "5"},
-        {"POST /wsdl/Alvo", "urn:x#soma", "5"}, // a call, not a WSDL
+        {"GET /Alvo", "#soma", "5"},                 // a call whatever its HTTP method
+        {"POST /wsdl/Alvo", "\"urn:x#soma\"x", "5"}, // a call, not a WSDL
         {"POST /Alvo", "#" + std::string(200, 'm'),
          "YExcSoap: nome: " + std::string(127, 'm') + ". Metodo desconhecido."},
         {"POST /Alvo", "soma", "no envelope: "}, // without # no SOAP call, and no answer
     };
     for (const auto &[linha, acao, resultado] : casos) {
-        const auto r = pede(linha, "SOAPAction: " + acao + "\r\n", envelope("soma", "<a>2</a><b>3</b>"));
-        EXPECT_EQ(apoio::resultado(r), resultado) << linha << acao;
+        const auto bytes = apoio::requisicao(linha, "SOAPAction: " + acao + "\r\n", soma);
+        EXPECT_EQ(apoio::resultado(pede(bytes)), resultado) << linha << acao;
     }
 }
 
@@ -162,20 +144,14 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     const auto outroRtti = [] { return &OUTRO; };
     registra("Outro", outroRtti);
     registra("Familia", apoio::Alvo_rtti);
-    registra("SemClasse", nullptr);
     const std::string alvo = eu(chama("constroi"));
     const auto filho = pramo::cria<YWebService>([] { return &FILHO; });
     YWebService_setSoapServer(filho, servidor);
     char identidade[Y_TAMANHO_IDENTIDADE];
     YObPtrToStr(identidade, sizeof identidade, filho.get());
-    const struct {
-        const char *portType, *metodo;
-        std::string parametros, resultado;
-    } casos[] = {
-        {"Outro", "constroi", "", "Outro"}, // its own handler goes before the built-in one
-        {"SemClasse", "quem", "", "YExcSoap: PortType sem classe de servico."},
+    const std::tuple<const char *, const char *, std::string, std::string> casos[] = {
+        {"Outro", "constroi", "", "Outro"},                   // its own handler goes before the built-in one
         {"Outro", "acumula", alvo + "<valor>3</valor>", "3"}, // routed by its class
-        {"Nada", "total", alvo, "3"},
         {"Nada", "constroi", alvo, "YExcSoap: Tentou construir servico para um PortType inexistente."},
         {"Familia", "quem", eu(identidade), "Filho"},  // derives from the port type's class
         {"Outro", "quem", eu(identidade), NAO_CONSTA}, // a handler of another class
@@ -184,15 +160,19 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
         EXPECT_EQ(chama(metodo, parametros, portType), resultado) << portType << metodo;
     }
     registra("Filho", outroRtti);
-    EXPECT_EQ(chama("quem", eu(identidade), "Familia"), "Filho")
-        << "a port type of the class's name that is for other objects does not stand in the way";
+    // It has the name of the object's class, but is for other objects.
+    EXPECT_EQ(chama("quem", eu(identidade), "Familia"), "Filho");
     EXPECT_EQ(chama("quem", eu(identidade), "Filho"), NAO_CONSTA);
 }
 
 // ---- WSDL, and what is no SOAP ----
 
-TEST_F(Soap, wsdlComMacros) {
+TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
+    for (const char *semWsdl : {"GET /wsdl/Nada", "GET /wsdl/Alvo"}) {
+        EXPECT_EQ(pede(apoio::requisicao(semWsdl)).linha, "HTTP/1.1 404 File not found.") << semWsdl;
+    }
     const std::string longo(31, 'n');
+    const std::string publicado = "HTTP/1.1 200 OKtext/xml; charset=ISO-8859-1";
     YSoapServer_registraMacro(servidor, "NOME", "antigo");
     YSoapServer_registraMacro(servidor, "NOME", "$(NOME) <\xE7>");
     YSoapServer_registraMacro(servidor, longo.c_str(), "longo");
@@ -204,38 +184,16 @@ TEST_F(Soap, wsdlComMacros) {
         {"$ ( $$(*Host)) $(*hOsT)$", "a:80", "$ ( $a:80) a:80$"},
         {"$(" + longo + "aaaa)$(" + longo + ")$()", "a", "longolongovazio"},
         {"a$(NOME", "a", "none"},
-        {"$(nome)", "a", "none"},
+        {"$(nome)", "a", "none"}, // no answer
         {"$(*Host)", "a\"><b", "none"},
-        {"$(*Host)", "a b", "none"},
     };
     for (const auto &[wsdl, host, corpo] : casos) {
         const YDefinicaoPortType definicao = apoio::definicaoDoAlvo(wsdl.c_str());
         YSoapServer_registraPortType(servidor, &definicao);
-        for (const char *pedido : {"GET /wsdl/Alvo", "POST /x/wsdl/Alvo"}) {
-            apoio::Cliente cliente(servidor.porta());
-            cliente.envia(pedido + (" HTTP/1.1\r\nHost: " + host) + "\r\n\r\n");
-            apoio::Resposta r = cliente.recebe();
-            if (corpo == "none") {
-                EXPECT_EQ(r.bytes, "") << wsdl << host << " is not answered";
-                continue;
-            }
-            EXPECT_EQ(r.linha + r.corpo, "HTTP/1.1 200 OK" + corpo) << wsdl;
-            EXPECT_EQ(r.campos["content-type"], "text/xml; charset=ISO-8859-1");
-        }
+        apoio::Resposta r = pede("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+        EXPECT_EQ(r.linha + r.campos["content-type"] + r.corpo, corpo == "none" ? "" : publicado + corpo)
+            << wsdl << host;
     }
-}
-
-TEST_F(Soap, oRestoVaiParaOsArquivos) {
-    const std::filesystem::path pasta = testing::TempDir() + "/soap_test";
-    std::filesystem::create_directories(pasta / "wsdl");
-    std::ofstream(pasta / "wsdl" / "Nada") << "um arquivo";
-    std::ofstream(pasta / "wsdl" / "Alvo") << "outro";
-    EXPECT_EQ(pede("GET /wsdl/Nada").linha, "HTTP/1.1 404 File not found.")
-        << "no directory is published at first";
-    YSoapServer_setDiretorioBase(servidor, pasta.c_str());
-    EXPECT_EQ(pede("GET /wsdl/Nada").corpo, "um arquivo") << "no port type of this name";
-    EXPECT_EQ(pede("GET /wsdl/Alvo").corpo, "outro") << "a port type without WSDL";
-    std::filesystem::remove_all(pasta);
 }
 
 // ---- Bounds and log ----
@@ -269,10 +227,8 @@ TEST_F(Soap, oLogDosCorposETemUmaLinhaPorRegistroENadaEmClaro) {
     const apoio::Diario diario(Y_LOG_CORPO);
     EXPECT_EQ(chama("eco", "<texto>\n" + cartao + "\n</texto>"), cartao + "\n");
     chama("total", eu(objeto));
-    EXPECT_EQ(diario.quantos("<texto>\\n411111******1111\\n</texto>"), 1);
     EXPECT_EQ(diario.quantos("<ns1:return>411111******1111\\n</ns1:return>"), 1);
     EXPECT_EQ(diario.quantos("\n") + diario.quantos(cartao) + diario.quantos(objeto), 0);
-    EXPECT_EQ(diario.quantos(""), 4);
 }
 
 } // namespace
