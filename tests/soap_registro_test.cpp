@@ -2,12 +2,11 @@
 // types.
 #include "apoio/alvo.hpp"
 #include "apoio/arvore.hpp"
+#include "apoio/servidor.hpp"
 
 #include <gtest/gtest.h>
 
 #include <ctime>
-#include <thread>
-#include <vector>
 
 using apoio::Alvo;
 
@@ -40,7 +39,6 @@ TEST_F(SoapRegistro, entraESaiDoConjuntoVivo) {
     }
     YWebService_setMomentoLimite(s, 7);
     YWebService_setSoapServer(s, nullptr);
-    estaEm(nullptr);
     EXPECT_EQ(YWebService_getMomentoLimite(s), 7) << "stays as it was";
     YSoapServer_registraServico(outro, s);
     estaEm(outro);
@@ -53,15 +51,11 @@ TEST_F(SoapRegistro, entraESaiDoConjuntoVivo) {
 }
 
 TEST_F(SoapRegistro, muitasThreadsDeixamNumSoConjunto) {
-    std::vector<std::jthread> threads;
-    for (YSoapServer *este : {servidor.get(), outro.get(), servidor.get()}) {
-        threads.emplace_back([&, este] {
-            for (int i = 0; i < 2000; i++) {
-                YWebService_setSoapServer(s, este);
-            }
-        });
-    }
-    threads.clear();
+    apoio::emThreads(3, [&](int qual) {
+        for (int i = 0; i < 2000; i++) {
+            YWebService_setSoapServer(s, qual == 0 ? outro : servidor);
+        }
+    });
     estaEm(YWebService_getSoapServer(s));
 }
 
@@ -80,7 +74,6 @@ const YRtti TEIMOSO = {YWebService_rtti, "Teimoso", 0, nullptr, [](void *objeto)
                                YliberaObjeto(dono);
                            } else {
                                YWebService_setSoapServer(servico, dono);
-                               YWebService_setSoapServer(servico, nullptr);
                                YSoapServer_registraServico(dono, servico);
                            }
                            Alvo::quebrados++;
@@ -94,45 +87,38 @@ const YRtti PAR = {YWebService_rtti, "Par", sizeof(Par), nullptr, [](void *objet
                    }};
 
 TEST_F(SoapRegistro, oServidorLiberaOsSeusComoQuerQueTerminem) {
-    const int antes = YObLOG_habilita(0); // the failures are logged
+    const apoio::Diario diario; // the failures are logged
     auto teimoso = pramo::cria<YWebService>([] { return &TEIMOSO; });
     YWebService_setSoapServer(teimoso, outro);
     teimoso.reset();
     EXPECT_EQ(Alvo::quebrados.exchange(0), 1) << "its destructor ran once";
     EXPECT_EQ(YSoapServer_getServicos(outro), 0U) << "who ends does not come back";
 
+    const auto entra = [&](YFuncaoRtti classe) {
+        YWebService *novo = pramo::cria<YWebService>(classe).release();
+        YWebService_setSoapServer(novo, servidor);
+        return novo;
+    };
     for (int i = 0; i < 10; i++) {
-        YWebService *queFalha = pramo::cria<YWebService>([] { return &QUE_FALHA; }).release();
-        Par *par = pramo::cria<Par>([] { return &PAR; }).release();
-        par->outro = pramo::cria<YWebService>(apoio::Alvo_rtti).release();
-        for (YWebService *este : {queFalha, static_cast<YWebService *>(par), par->outro}) {
-            YWebService_setSoapServer(este, servidor);
-        }
+        entra([] { return &QUE_FALHA; });
+        auto *par = static_cast<Par *>(entra([] { return &PAR; }));
+        par->outro = entra(apoio::Alvo_rtti);
     }
-    YWebService_setSoapServer(pramo::cria<YWebService>([] { return &TEIMOSO; }).release(), servidor);
+    entra([] { return &TEIMOSO; });
     emLiberacao = true;
     EXPECT_NO_THROW(servidor.reset());
     EXPECT_EQ(Alvo::vivos, 1);
     EXPECT_EQ(Alvo::quebrados.exchange(0), 1) << "a server that goes is not started, nor freed again";
-    YObLOG_habilita(antes);
 }
 
 TEST_F(SoapRegistro, quemNasceNoLugarDeOutroNaoHerdaASuaIdentidade) {
-    struct {
-        void *bloco;
-        char texto[Y_TAMANHO_IDENTIDADE];
-    } outros[50]; // some addresses are used again, or all
-    for (auto &velho : outros) {
-        velho.bloco = YalocaMemoria(sizeof(Alvo));
-        YObPtrToStr(velho.texto, sizeof velho.texto, velho.bloco);
-    }
-    for (auto &velho : outros) {
-        YliberaMemoria(velho.bloco);
-    }
-    std::vector<pramo::Ponteiro<YWebService>> novos;
-    for (const auto &velho : outros) {
-        novos.push_back(pramo::cria<YWebService>(apoio::Alvo_rtti));
-        EXPECT_NE(YObStrToPtr(velho.texto), novos.back().get());
+    for (int vez = 0; vez < 50; vez++) { // mostly at the address that was left just before
+        void *velho = YalocaMemoria(sizeof(Alvo));
+        char identidade[Y_TAMANHO_IDENTIDADE];
+        YObPtrToStr(identidade, sizeof identidade, velho);
+        YliberaMemoria(velho);
+        const auto novo = pramo::cria<YWebService>(apoio::Alvo_rtti);
+        EXPECT_NE(YObStrToPtr(identidade), novo.get());
     }
 }
 
@@ -163,19 +149,22 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
     const YDefinicaoMetodo primeiros[] = {{"um", um}, {"dois", dois}, {nullptr, nullptr}};
     const YDefinicaoMetodo segundos[] = {{"dois", um}, {nullptr, nullptr}};
     std::string nome = "Tipo";
-    YDefinicaoPortType definicao = {nome.c_str(), primeiros, apoio::Alvo_rtti, "wsdl", &grupo};
-    YPortType *portType = YSoapServer_registraPortType(servidor, &definicao);
-    nome = "Outr"; // the name was copied
-    EXPECT_EQ(YSoapServer_recuperaPortType(servidor, "Tipo"), portType);
-    YWebService *novo = nullptr;
-    const auto constroi = [&] { YPortType_constroiObjeto(portType, &novo); };
+    YPortType *portType = nullptr;
+    const auto registra = [&](const YDefinicaoPortType &definicao) {
+        portType = YSoapServer_registraPortType(servidor, &definicao);
+        nome = "Outr"; // the name was copied
+        EXPECT_EQ(YSoapServer_recuperaPortType(servidor, "Tipo"), portType);
+    };
+    registra({nome.c_str(), primeiros, apoio::Alvo_rtti, "wsdl", &grupo});
+    const auto constroi = [&] {
+        YWebService *novo = nullptr;
+        YPortType_constroiObjeto(portType, &novo);
+        servico.reset(novo);
+    };
     constroi();
-    EXPECT_EQ(YWebService_getGrupoDeRecursos(novo), &grupo);
-    YliberaObjeto(novo);
+    EXPECT_EQ(YWebService_getGrupoDeRecursos(servico), &grupo);
 
-    definicao = {"Tipo", segundos, nullptr, nullptr, nullptr};
-    portType = YSoapServer_registraPortType(servidor, &definicao);
-    EXPECT_EQ(YSoapServer_recuperaPortType(servidor, "Tipo"), portType);
+    registra({"Tipo", segundos, nullptr, nullptr, nullptr});
     EXPECT_EQ(YPortType_obtemTratador(portType, "um"), nullptr) << "a method of the one that is gone";
     EXPECT_EQ(YPortType_registraTratador(portType, "dois", dois), 0);
     EXPECT_EQ(YPortType_obtemTratador(portType, "dois"), dois);
@@ -183,8 +172,7 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
         YPortType_setRttiDoServico(portType, classe);
         EXPECT_EQ(apoio::excecao(constroi), "YExcSoap: PortType sem classe de servi\xE7o.");
     }
-    definicao.nome = nullptr;
-    EXPECT_THROW(YSoapServer_registraPortType(servidor, &definicao), YExcecao);
+    EXPECT_THROW(registra({nullptr, segundos, nullptr, nullptr, nullptr}), YExcecao);
 }
 
 } // namespace
