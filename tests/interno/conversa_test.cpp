@@ -29,8 +29,7 @@ void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
     Pramo_Operacao_sinalizaCondicao(f);
 }
 
-class Conversa : public testing::Test {
-protected:
+struct Conversa : testing::Test {
     static constexpr YDefinicaoMetodo METODOS[] = {{"preenche", preenche}, {nullptr, nullptr}};
     apoio::ServidorSoap servidor{
         {{"Caixa", METODOS, YWebService_rtti, nullptr, nullptr}, apoio::definicaoDoAlvo()}};
@@ -38,7 +37,7 @@ protected:
     std::string chama(const std::string &metodo, const std::string &parametros = "") {
         return apoio::chama(servidor.porta(), metodo == "preenche" ? "Caixa" : "Alvo", metodo, parametros);
     }
-    std::string soma(const std::string &eu = "") { return chama("soma", eu + "<a>2</a><b>3</b>"); }
+    std::string soma() { return chama("soma", "<a>2</a><b>3</b>"); }
     [[nodiscard]] YWebServer *web() const { return static_cast<YSoapServer *>(servidor)->webServer; }
     void recomeca(const std::string &quem) {
         servidor.inicia();
@@ -88,7 +87,7 @@ TEST_F(Conversa, semMemoriaNasChamadas) {
     const auto conversa = [&] {
         try {
             chama("nada");
-            soma(apoio::eu(chama("constroi")));
+            chama("acumula", apoio::eu(chama("constroi")) + "<valor>1</valor>");
             chama("preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
         } catch (const std::system_error &) { // what fails on the server's side
         }
@@ -102,12 +101,9 @@ TEST_F(Conversa, semThreadOComecoSeDesfaz) {
     for (int n = 0; n < 2; n++) {
         apoio::threads.ainda = n;
         EXPECT_EQ(apoio::excecao([&] { YObThread_start(servidor); }),
-                  "YExc: N\xE3o foi poss\xEDvel criar a thread.")
-            << n;
+                  "YExc: N\xE3o foi poss\xEDvel criar a thread.");
         apoio::threads.ainda = NUNCA;
-        EXPECT_EQ(YObThread_isAlive(servidor), 0);
-        EXPECT_EQ(YObThread_isAlive(web()), 0) << "nothing serves";
-        EXPECT_EQ(servidor.porta(), 0U);
+        EXPECT_EQ(YObThread_isAlive(servidor) + YObThread_isAlive(web()), 0) << "nothing serves";
         recomeca("thread " + std::to_string(n));
     }
 }
