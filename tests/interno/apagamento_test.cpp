@@ -47,18 +47,18 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
     const auto op = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
     Pramo_Operacao_setCargaEstrita(op, 1);
     Pramo_Operacao_setRespostaDoPopup(op, "p", cartao);
-    Pramo_Tipo *const tipos[] = {Pramo_Tipo_getTipoSenha(), Pramo_Tipo_getTipoEscolhaMultipla(),
-                                 Pramo_Tipo_getTipoQTDE3(), Pramo_Tipo_getTipoId()};
-    for (int i = 0; i < 4; i++) {
-        const std::string nome(1, "scqi"[i]);
-        Pramo_Variavel *variavel = Pramo_Operacao_criaVariavel(op, nome.c_str(), tipos[i], nullptr, 16);
+    const std::pair<const char *, Pramo_Tipo *> campos[] = {{"s", Pramo_Tipo_getTipoSenha()},
+                                                            {"c", Pramo_Tipo_getTipoEscolhaMultipla()},
+                                                            {"i", Pramo_Tipo_getTipoId()}};
+    for (const auto &[nome, tipo] : campos) {
+        Pramo_Variavel *variavel = Pramo_Operacao_criaVariavel(op, nome, tipo, nullptr, 16);
         Pramo_Variavel_acrescentaOpcao(variavel, cartao, cartao);
         Pramo_Variavel_marcaUsada(variavel);
     }
     EXPECT_NE(apoio::excecao([&] { Pramo_Operacao_carregaDaRequisicao(op, requisicao); }), "");
-    YNo_setStringVal(YNo_getFilho(requisicao, "campo", 3), "1");
+    YNo_setStringVal(YNo_getFilho(requisicao, "campo", 2), "1");
     Pramo_Operacao_carregaDaRequisicao(op, requisicao);
-    for (const char *nome : {"s", "c", "q", "i"}) {
+    for (const auto &[nome, tipo] : campos) {
         Pramo_Variavel_marcaUsada(Pramo_Operacao_getVariavel(op, nome));
     }
     Pramo_Operacao_descarregaNaResposta(op, resposta);
@@ -67,7 +67,6 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
     const auto copia = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     const auto fio = pramo::cria<YStream>(YStream_rtti);
     YMensagemIso_setBit(mensagem, 2, cartao);
-    YMensagemIso_setBit(mensagem, 48, cartao);
     YMensagemIso_setBit(mensagem, 52, SEGREDOS[2].data());
     YMensagemIso_copiaDe(copia, mensagem);
     YMensagemIso_setBit(mensagem, 2, "1");
@@ -96,7 +95,7 @@ TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
         const std::string senha(SEGREDOS[1]);
         std::string corpo = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><e><Body><preenche t=\"" + cartao +
                             "\"><cartao>" + cartao + "</cartao><z>\xC3\xA7" + std::string(3000, 'z') + "</z>";
-        for (const std::string &campo : {"s\">" + senha, "c\">" + cartao, "q\">" + senha, "i\">x" + senha}) {
+        for (const std::string &campo : {"s\">" + senha, "c\">" + cartao, "i\">x" + senha}) {
             corpo += "<campo opcao=\"" + cartao + "\" nome=\"" + campo + "</campo>";
         }
         corpo += "<b>" + cartao + "&amp;</b></preenche></Body></e>";

@@ -33,7 +33,8 @@ Envio enviaA(std::size_t porMilissegundo, std::int64_t exigidos) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     });
-    const Envio fim = sistema::envia(par[0], partes, Prazo::daqui(20'000), {exigidos, JANELA});
+    // A window that began anew at every signal would last until the deadline.
+    const Envio fim = sistema::envia(par[0], partes, Prazo::daqui(5'000), {exigidos, JANELA});
     leitor = {};
     close(par[0]);
     close(par[1]);
@@ -42,10 +43,8 @@ Envio enviaA(std::size_t porMilissegundo, std::int64_t exigidos) {
 
 TEST(Ritmo, quemLeDevagarDemaisAcabaTambemComSinais) {
     signal(SIGUSR1, [](int) {});
-    const auto inicio = std::chrono::steady_clock::now();
     EXPECT_EQ(enviaA(0, 1), Envio::LENTO) << "no progress";
     EXPECT_EQ(enviaA(1, 60'000), Envio::LENTO) << "too little";
-    EXPECT_LT(std::chrono::steady_clock::now() - inicio, std::chrono::seconds(10)) << "no window began anew";
     EXPECT_EQ(enviaA(65536, 60'000), Envio::FEITO);
 }
 
