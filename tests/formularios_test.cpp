@@ -9,7 +9,6 @@
 #include <array>
 #include <atomic>
 #include <fstream>
-#include <thread>
 #include <unistd.h>
 
 using apoio::acontece;

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using namespace apoio;
 using namespace pramo::literais;
 
@@ -135,8 +137,6 @@ TEST(Mapas, corrige) {
     for (const std::string ruim : {"<i><value>2</value></i>", "<i><key/><value>2</value></i>", "<i>t</i>"}) {
         const auto raiz = le("<p type=\"n:Map\"><i><key>b</key><value><x/></value></i>" + ruim + "</p>");
         EXPECT_EQ(excecao([&] { YNo_corrigeMaps(raiz); }), "YExcSoap: Tag procurada: key. Faltou tag.");
-        EXPECT_EQ(grava(raiz), "<p type=\"n:Map\"><i><key>b</key><value/></i>" + ruim + "</p>")
-            << "an entry before it has lost the children of its value";
     }
 }
 
