@@ -112,13 +112,17 @@ TEST_F(SoapRegistro, oServidorLiberaOsSeusComoQuerQueTerminem) {
 }
 
 TEST_F(SoapRegistro, quemNasceNoLugarDeOutroNaoHerdaASuaIdentidade) {
-    for (int vez = 0; vez < 50; vez++) { // mostly at the address that was left just before
-        void *velho = YalocaMemoria(sizeof(Alvo));
-        char identidade[Y_TAMANHO_IDENTIDADE];
-        YObPtrToStr(identidade, sizeof identidade, velho);
-        YliberaMemoria(velho);
-        const auto novo = pramo::cria<YWebService>(apoio::Alvo_rtti);
-        EXPECT_NE(YObStrToPtr(identidade), novo.get());
+    char identidades[50][Y_TAMANHO_IDENTIDADE];
+    std::vector<void *> velhos;
+    for (auto &identidade : identidades) {
+        velhos.push_back(YalocaMemoria(sizeof(Alvo)));
+        YObPtrToStr(identidade, sizeof identidade, velhos.back());
+    }
+    std::ranges::for_each(velhos, YliberaMemoria);
+    std::vector<pramo::Ponteiro<YWebService>> novos(50); // most of them at these addresses
+    std::ranges::generate(novos, [] { return pramo::cria<YWebService>(apoio::Alvo_rtti); });
+    for (const char *identidade : identidades) {
+        EXPECT_EQ(std::ranges::count(novos, YObStrToPtr(identidade), &pramo::Ponteiro<YWebService>::get), 0);
     }
 }
 
@@ -133,7 +137,6 @@ TEST_F(SoapRegistro, oGrupoEDoObjetoOuDoSeuServidor) {
     int doServidor = 2000;
     int ponteiro = 300;
     YWebService_setSoapServer(s, servidor);
-    EXPECT_EQ(YWebService_getGrupoDeRecursos(s), nullptr);
     YSoapServer_setGrupoDeRecursos(servidor, &doServidor);
     EXPECT_EQ(YWebService_getGrupoDeRecursos(s), &doServidor);
     YWebService_setGrupoDeRecursos(s, &proprio);
