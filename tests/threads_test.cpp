@@ -116,13 +116,10 @@ TEST(ExecutaThread, oFilhoDeUmForkNaoContaComAsThreadsDoPai) {
     ASSERT_TRUE(rodam(20)); // and then wait for more
     EXPECT_TRUE(apoio::noFilho([] {
         YexecutaThread_setTamanhoDaPilha(uint64_t{1} << 60);
-        try {
-            rodam(1); // nobody waits here: it needs a new thread, which cannot be made
-            return false;
-        } catch (const YExcecao &e) {
-            YexecutaThread_setTamanhoDaPilha(0);
-            return e.what() == std::string("Não foi possível criar a thread."_l1) && rodam(20) && rodam(70);
-        }
+        // Nobody waits here: it needs a new thread, which cannot be made.
+        const std::string recusa = apoio::excecao([] { rodam(1); });
+        YexecutaThread_setTamanhoDaPilha(0);
+        return recusa == "YExc: Não foi possível criar a thread."_l1 && rodam(20) && rodam(70);
     }));
     EXPECT_TRUE(rodam(20));
 }

@@ -50,11 +50,9 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
     YObLOG_habilita(0);
     falhaEmCada("parser, mapas e escrita", [] {
         const auto entrada = pramo::cria<YStream>(YStream_rtti);
-        YStream_puts(
-            entrada,
-            "<e:Body xmlns:e='x'><a tipo=\"x:int\" b=\"2\">3 &amp; &#231;</a><dados x:type=\"n:Map\">"
-            "<item><key>um</key><value>1</value></item>"
-            "<item><key>dois</key><value><i>2</i></value></item></dados></e:Body>");
+        YStream_puts(entrada, "<e:Body xmlns:e='x'><a tipo='x:int' b='2'>3 &amp; &#231;</a><d x:type='n:Map'>"
+                              "<item><key>um</key><value>1</value></item>"
+                              "<item><key>dois</key><value><i>2</i></value></item></d></e:Body>");
         const auto no = pramo::cria<YNo>(YNo_rtti);
         YNo_leDe(no, entrada);
         YNo_corrigeMaps(no);
