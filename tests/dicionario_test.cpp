@@ -57,10 +57,9 @@ TEST_F(Dicionario, chavesQueUmaOpcaoNovaIgualaFicamSeparadas) {
     YDIC_guarda(d, "k", "primeira");
     YDIC_guarda(d, "K", "segunda");
     YDIC_muda_opcoes(d, YDIC_SEM_CAIXA);
-    for (const char *chave : {"a mudança", "a nova chave"}) { // searched through, then by the index again
-        EXPECT_STREQ(YDIC_recupera(d, "K"), "primeira");
-        YDIC_guarda(d, chave, "");
-    }
+    EXPECT_STREQ(YDIC_recupera(d, "K"), "primeira"); // searched through, then by the index again
+    YDIC_guarda(d, "nova", "");
+    EXPECT_STREQ(YDIC_recupera(d, "K"), "primeira");
     YDIC_remove(d, "k");
     EXPECT_STREQ(YDIC_recupera(d, "k"), "segunda");
 }
