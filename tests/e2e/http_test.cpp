@@ -88,7 +88,10 @@ TEST_F(Http, requisicoesEstranhas) {
         // Bodies.
         {"POST /x HTTP/1.1\ncontent-LENGTH:  3  \n\na\0\n"s, "POST /x HTTP/1.1|/x|a\0\n"s},
         {"POST /x HTTP/1.1\nContent-Length: +3\n\nabc" + outra, "POST /x HTTP/1.1|/x|abc"},
+        {"POST /x HTTP/1.1\nContent-Length: -1\n\n" + outra, ""},
         {"POST /x HTTP/1.1\nContent-Length: 99999999999999999999\n\n" + outra, LINHA_413},
+        {"POST /x HTTP/1.1\nContent-Length: 3\ntransfer-encoding: identity\n\nabc" + outra,
+         "HTTP/1.1 411 Length Required.\n"},
     };
     for (const std::string malFormada : {"\r", "GET /x", "     ", "GET /x FTP/1.0", "GET /x http/1.1",
                                          "GET /x HTTP/1.2", "GET /x HTTP/1.", "DELETE /x HTTP/2.0"}) {

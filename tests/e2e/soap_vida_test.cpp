@@ -64,6 +64,9 @@ TEST_F(SoapVida, umObjetoEmUsoTerminaASuaChamada) {
         EXPECT_EQ(naAlvo("total", eu(objeto)), NAO_CONSTA);
     }
     EXPECT_EQ(Alvo::vivos, 4) << "but freed by the last call on it";
+    char identidade[Y_TAMANHO_IDENTIDADE];
+    YObPtrToStr(identidade, sizeof identidade, YObStrToPtr(derrubado.c_str()));
+    EXPECT_EQ(identidade, derrubado) << "which still knows it by its name";
 
     const std::jthread fim([&] { servidor.libera(); }); // it waits for the calls
     Alvo::aberto = true;
