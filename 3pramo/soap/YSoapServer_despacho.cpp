@@ -1,7 +1,6 @@
 // One SOAP call: its request read, the service object and the handler found, the response written.
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
-#include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/soap/referencias.hpp>
 #include <3pramo/soap/textoDaRequisicao.hpp>
 
