@@ -1,8 +1,12 @@
-// Which thread objects the current thread is working for, for the rooms whose classes are threads.
+// Which thread objects the current thread is working for, for the rooms whose classes are threads, and how
+// long threads are kept.
 #ifndef Y3PRAMO_FOUNDATION_YOBTHREAD_INTERNO_HPP
 #define Y3PRAMO_FOUNDATION_YOBTHREAD_INTERNO_HPP
 
 #include <3pramo/foundation/YObThread.h>
+
+#include <atomic>
+#include <chrono>
 
 namespace pramo {
 
@@ -29,6 +33,9 @@ void recusaEmUso(const YObThread *thread);
 /// derived classes' included: for a class whose other threads work for the object. It raises only before it
 /// changes anything.
 void aoLiberar(YObThread *thread, void (*funcao)(YObThread *));
+
+/// How long a thread of YexecutaThread waits for its next function. Only tests change it.
+inline std::atomic<std::chrono::milliseconds> esperaDaOciosa{std::chrono::seconds(10)};
 
 } // namespace pramo
 

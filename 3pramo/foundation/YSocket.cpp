@@ -26,7 +26,6 @@ constexpr std::size_t CAPACIDADE_INICIAL = 8192;
 constexpr std::size_t CAPACIDADE_GUARDADA = std::size_t{64} * 1024;
 constexpr std::size_t LINHA_MAXIMA = std::size_t{1} << 20;
 constexpr std::size_t PEDACO_DIRETO = std::size_t{64} * 1024;
-constexpr int SEM_PROGRESSO = 30'000; // milliseconds
 
 void constroiSocket(void *objeto) {
     // Zero is a descriptor, too.
@@ -241,7 +240,7 @@ bool pramo::esperaAlgo(YSocket &socket, const Prazo &prazo) {
 void pramo::enviaPartes(YSocket &socket, std::span<const std::string_view> partes, std::int64_t porJanela) {
     // The rhythm is the bound: a peer that goes on taking may be as slow as that.
     const Prazo sempre = Prazo::daqui(INT64_MAX);
-    if (envia(socket, partes, sempre, {porJanela, SEM_PROGRESSO}) != sistema::Envio::FEITO) {
+    if (envia(socket, partes, sempre, {porJanela, janelaDoEnvio}) != sistema::Envio::FEITO) {
         lanca(YExcIOError_rtti, "Falha no envio pelo socket."_l1, FONTE);
     }
 }
@@ -255,7 +254,7 @@ YFimDaEspera YSocket_enviaMs(YSocket *socket, YStream *stream, uint32_t milisseg
     const std::string_view parte = conteudo(*stream);
     const auto prazo = Prazo::daqui(milissegundos);
     // A rhythm of no bytes is always kept: the deadline is the bound.
-    switch (envia(*socket, {&parte, 1}, prazo, {0, SEM_PROGRESSO})) {
+    switch (envia(*socket, {&parte, 1}, prazo, {0, janelaDoEnvio})) {
     case sistema::Envio::FEITO:
         return Y_ESPERA_PRONTA;
     case sistema::Envio::LENTO:

@@ -70,8 +70,11 @@ bool aceitaEm(YSocket &ouvinte, YSocket &nova);
 /// True when a connection comes within 50 ms.
 bool chegaConexao(const YSocket &ouvinte);
 
+/// How long a window of the rhythm is that a write demands of its reader; milliseconds. Only tests change it.
+inline std::atomic<int> janelaDoEnvio{30'000};
+
 /// Sends the pieces in order, in one system call where the kernel takes them all. Raises as YSocket_envia.
-/// The peer must take `porJanela` bytes every 30 seconds.
+/// The peer must take `porJanela` bytes in every window.
 void enviaPartes(YSocket &socket, std::span<const std::string_view> partes, std::int64_t porJanela = 1);
 
 /// Makes waiting and future receives give the end of the connection. From any thread while the socket lives.

@@ -7,6 +7,7 @@
 #include <3pramo/foundation/Eterno.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG_interno.hpp>
+#include <3pramo/foundation/YObThread_interno.hpp>
 
 #include <algorithm>
 #include <array>
@@ -19,7 +20,6 @@ using namespace pramo;
 namespace {
 
 constexpr std::size_t MAXIMO_DE_OCIOSAS = 64;
-constexpr std::chrono::seconds ESPERA_DA_OCIOSA{10};
 constexpr std::uint64_t MENOR_PILHA = std::uint64_t{128} * 1024;
 
 /// Without a function it is none: the thread ends.
@@ -96,7 +96,7 @@ void poe(Vaga *&lista, Vaga *vaga) {
 /// Waits for another function; one without address when none came.
 Trabalho esperaTrabalho() {
     Piscina &p = piscina();
-    const auto fim = std::chrono::steady_clock::now() + ESPERA_DA_OCIOSA;
+    const auto fim = std::chrono::steady_clock::now() + esperaDaOciosa.load();
     const Tranca tranca(p.trinco);
     // As many wait as there are places; the next one ends.
     Vaga *eu = p.livres;

@@ -49,7 +49,7 @@ inline std::string resultado(const Resposta &r) {
     static const std::regex forma(
         "<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>([^]*) \\(\\w+:\\d+\\)"
         "</faultstring><faultactor/></SOAP-ENV:Fault>|"
-        "<(ns1:\\w+) xmlns:ns1=\"[^\"]*\">(?:<ns1:return>([^]*)</ns1:return>)?</\\2>");
+        "<(ns1:\\w+) xmlns:ns1=\"(?:urn:(?:[^\"<&]|&\\w+;)+)\">(?:<ns1:return>([^]*)</ns1:return>)?</\\2>");
     if (r.linha != "HTTP/1.1 200 OK" || !r.corpo.starts_with(inicio) || !r.corpo.ends_with(fim)) {
         return "no envelope: " + r.bytes;
     }

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace apoio;
@@ -98,6 +99,16 @@ TEST_F(Arquivos, diretoriosBase) {
     fs::create_symlink("../ao lado", raiz / "a/fora");
     std::ofstream(raiz / "ao lado") << "a folder's name begins this one";
     EXPECT_EQ(comBase((raiz / "a").c_str(), "fora"), FALTA + "fora");
+    // With one descriptor for the file, and none to find out where it lies.
+    Cliente cliente(servidor.porta());
+    rlimit antes{};
+    getrlimit(RLIMIT_NOFILE, &antes);
+    const int livre = dup(0);
+    close(livre);
+    const rlimit umSo{static_cast<rlim_t>(livre) + 1, antes.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &umSo);
+    EXPECT_EQ(cliente.pede(requisicao("GET /fora")).find("a folder's name"), std::string::npos);
+    setrlimit(RLIMIT_NOFILE, &antes);
 }
 
 } // namespace

@@ -65,7 +65,11 @@ TEST_F(Parada, ociosoParaLogoERecomecaEAsConexoesVivemAlem) {
         EXPECT_EQ(pede(porta), "");
         EXPECT_EQ(cliente.pede(requisicao("GET /2")), "ola");
         YWebServer_setPorta(servidor, porta);
+        YWebServer_setLimiteDoCabecalho(servidor, 100 + volta); // set while it is stopped, and kept
         servidor.inicia();
+        const std::string longa = requisicao("GET /" + std::string(100, 'x'));
+        EXPECT_EQ(conversa(porta, longa), "HTTP/1.1 431 Request Header Fields Too Large.\n");
+        EXPECT_THROW(Cliente(porta, 0, {htonl(INADDR_LOOPBACK)}), std::system_error) << "listens elsewhere";
         EXPECT_EQ(servidor.porta(), porta) << "an address just used is used again";
         EXPECT_EQ(pede(porta), "ola");
     }

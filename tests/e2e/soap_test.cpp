@@ -143,6 +143,7 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     };
     const auto outroRtti = [] { return &OUTRO; };
     registra("Outro", outroRtti);
+    registra("\"<&>", outroRtti);
     registra("Familia", apoio::Alvo_rtti);
     const std::string alvo = eu(chama("constroi"));
     const auto filho = pramo::cria<YWebService>([] { return &FILHO; });
@@ -151,6 +152,7 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     YObPtrToStr(identidade, sizeof identidade, filho.get());
     const std::tuple<const char *, const char *, std::string, std::string> casos[] = {
         {"Outro", "constroi", "", "Outro"},                   // its own handler goes before the built-in one
+        {"\"<&>", "quem", "", "Outro"},                       // its name is escaped in the answer
         {"Outro", "acumula", alvo + "<valor>3</valor>", "3"}, // routed by its class
         {"Nada", "constroi", alvo, "YExcSoap: Tentou construir servico para um PortType inexistente."},
         {"Familia", "quem", eu(identidade), "Filho"},  // derives from the port type's class

@@ -1,17 +1,13 @@
-// The rhythm that a write demands of its reader, with windows that a test can wait for.
-#include <3pramo/foundation/YSocket.h>
+// What ends by time alone, with times that a test can wait for: a write whose reader is too slow, a connect,
+// the search for a name, a thread that waits for work.
+#include "apoio/servidor.hpp"
+
+#include <3pramo/foundation/YObThread_interno.hpp>
+#include <3pramo/foundation/YSocket_interno.hpp>
 #include <3pramo/foundation/YSocket_sistema.hpp>
-#include <3pramo/foundation/cria.hpp>
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <csignal>
 #include <netdb.h>
-#include <string>
-#include <sys/socket.h>
-#include <thread>
-#include <unistd.h>
 
 using namespace pramo;
 using sistema::Envio;
@@ -48,6 +44,59 @@ TEST(Ritmo, quemLeDevagarDemaisAcabaTambemComSinais) {
     EXPECT_EQ(enviaA(65536, 60'000), Envio::FEITO);
 }
 
+// The answers of a server to readers that take nothing, or a fifth of what they must: 30 KiB a window.
+TEST(Ritmo, umaRespostaQueNinguemLeAcabaAConexao) {
+    janelaDoEnvio = 600;
+    const apoio::Diario diario;
+    const auto responde = [](void *, char *, YMensagemHttp *, YMensagemHttp *resposta) {
+        YStream_puts(YMensagemHttp_getBody(resposta), std::string(std::size_t{8} << 20, 'm').c_str());
+    };
+    for (const bool le : {false, true}) {
+        const apoio::Servidor servidor(responde);
+        apoio::Cliente cliente(servidor.porta(), 4096);
+        cliente.envia(apoio::requisicao("GET /"));
+        EXPECT_TRUE(apoio::acontece([&] { return YWebServer_getConexoes(servidor) == 1; }));
+        const auto gotas = [&] {
+            cliente.recebeBytes(le ? 100 : 0);
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            return YWebServer_getConexoes(servidor) == 0;
+        };
+        EXPECT_TRUE(apoio::acontece(gotas)) << le;
+    }
+    EXPECT_EQ(diario.quantos("Falha no envio pelo socket."), 2);
+    janelaDoEnvio = 30'000;
+}
+
+TEST(Conexao, naoEsperaAlemDoPrazoPorUmaFilaCheia) {
+    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in onde = {AF_INET, 0, apoio::enderecoProprio(), {}};
+    socklen_t tamanho = sizeof onde;
+    EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr *>(&onde), tamanho) + listen(fd, 0), 0);
+    getsockname(fd, reinterpret_cast<sockaddr *>(&onde), &tamanho);
+    std::vector<Ponteiro<YSocket>> fila(4); // nobody accepts them
+    YFimDaEspera fim = Y_ESPERA_PRONTA;
+    for (auto &socket : fila) {
+        socket = cria<YSocket>(YSocket_rtti);
+        fim = YSocket_conectaMs(socket, inet_ntoa(onde.sin_addr), ntohs(onde.sin_port), 100);
+    }
+    EXPECT_EQ(fim, Y_ESPERA_PRAZO);
+    close(fd);
+}
+
+// Most rounds come when the threads of the one before are just ending.
+TEST(ExecutaThread, quemDesistiuDeEsperarNaoRecebeTrabalho) {
+    esperaDaOciosa = std::chrono::milliseconds(1);
+    for (int volta = 0; volta < 300; volta++) {
+        static std::atomic<int> rodaram;
+        rodaram = 0;
+        for (int i = 0; i < 8; i++) {
+            YexecutaThread([](void *) { rodaram++; }, nullptr);
+        }
+        ASSERT_TRUE(apoio::acontece([] { return rodaram == 8; })) << volta;
+    }
+    esperaDaOciosa = std::chrono::seconds(10);
+}
+
 std::atomic<bool> responde{false};
 std::atomic<int> perguntas{0};
 
@@ -72,7 +121,7 @@ namespace {
 
 TEST(Busca, naoSeguraQuemPerguntaAlemDoSeuPrazo) {
     for (int n = 0; n < 65; n++) { // more than may search at once
-        const auto socket = cria<YSocket>(YSocket_rtti, "teste");
+        const auto socket = cria<YSocket>(YSocket_rtti);
         const auto fim = n < 64 ? Y_ESPERA_PRAZO : Y_ESPERA_FECHADA;
         EXPECT_EQ(YSocket_conectaMs(socket, "mudo.invalid", 1, n < 64 ? 5 : 20'000), fim) << n;
     }
