@@ -3,7 +3,7 @@
 // server receives them; every writing goes into a buffer that keeps its memory.
 #include "mensagem_de_itens.hpp"
 
-#include <3pramo/3pramo.h>
+#include <3pramo/3pramo.hpp>
 
 #include <benchmark/benchmark.h>
 #include <cstdint>
@@ -16,42 +16,28 @@
 
 namespace {
 
-template <YFuncaoRtti classe, typename T>
-class Objeto {
-public:
-    Objeto() { YalocaObjeto(&objeto_, classe); }
-    ~Objeto() { YliberaObjeto(objeto_); }
-    Objeto(const Objeto &) = delete;
-    Objeto &operator=(const Objeto &) = delete;
-    operator T *() const { return objeto_; }
-
-private:
-    T *objeto_ = nullptr;
-};
-
-using Stream = Objeto<YStream_rtti, YStream>;
-using Parser = Objeto<YSoapParser_rtti, YSoapParser>;
-
 // Each library: a tree that reads itself from text and counts its items, and a buffer that it writes itself
 // into.
 
 class Nossa {
 public:
-    using Saida = Stream;
-
-    ~Nossa() { YliberaObjeto(raiz_); }
+    struct Saida {
+        pramo::Ponteiro<YStream> stream = pramo::cria<YStream>(YStream_rtti);
+    };
 
     void le(std::string_view texto) {
-        const Stream entrada;
+        const auto entrada = pramo::cria<YStream>(YStream_rtti);
         YStream_putBloco(entrada, texto.data(), static_cast<std::int64_t>(texto.size()));
-        const Parser parser;
-        YSoapParser_leNo(parser, &raiz_, entrada);
+        const auto parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+        YNo *raiz = nullptr;
+        YSoapParser_leNo(parser, &raiz, entrada);
+        raiz_.reset(raiz);
     }
 
     std::string_view grava(Saida &saida) const {
-        YStream_clear(saida);
-        YNo_gravaEm(raiz_, saida);
-        return {YStream_str(saida), static_cast<std::size_t>(YStream_tam(saida))};
+        YStream_clear(saida.stream);
+        YNo_gravaEm(raiz_, saida.stream);
+        return {YStream_str(saida.stream), static_cast<std::size_t>(YStream_tam(saida.stream))};
     }
 
     int itens() const {
@@ -60,7 +46,7 @@ public:
     }
 
 private:
-    YNo *raiz_ = nullptr;
+    pramo::Ponteiro<YNo> raiz_;
 };
 
 class Tinyxml2 {
@@ -81,8 +67,9 @@ public:
         const auto *item =
             documento_.RootElement()->FirstChildElement()->FirstChildElement()->FirstChildElement();
         int quantos = 0;
-        for (; item != nullptr; item = item->NextSiblingElement())
-            ++quantos;
+        for (; item != nullptr; item = item->NextSiblingElement()) {
+            quantos++;
+        }
         return quantos;
     }
 
@@ -116,31 +103,34 @@ private:
     pugi::xml_document documento_;
 };
 
-template <typename Arvore>
+template <typename ARVORE>
 void le(benchmark::State &estado) {
     const auto texto = bench::mensagemRecebida();
     for (auto _ : estado) {
-        Arvore arvore;
+        ARVORE arvore;
         arvore.le(texto);
         benchmark::DoNotOptimize(arvore);
     }
-    Arvore arvore;
+    ARVORE arvore;
     arvore.le(texto);
-    if (arvore.itens() != bench::quantosItens)
+    if (arvore.itens() != bench::QUANTOS_ITENS) {
         estado.SkipWithError("the tree does not hold all items");
+    }
     estado.SetBytesProcessed(estado.iterations() * static_cast<std::int64_t>(texto.size()));
 }
 
-template <typename Arvore>
+template <typename ARVORE>
 void grava(benchmark::State &estado) {
     const auto texto = bench::mensagemSemPrefixos();
-    Arvore arvore;
+    ARVORE arvore;
     arvore.le(texto);
-    typename Arvore::Saida saida;
-    for (auto _ : estado)
+    typename ARVORE::Saida saida;
+    for (auto _ : estado) {
         benchmark::DoNotOptimize(arvore.grava(saida));
-    if (arvore.grava(saida) != texto)
+    }
+    if (arvore.grava(saida) != texto) {
         estado.SkipWithError("what was written differs from what was read");
+    }
     estado.SetBytesProcessed(estado.iterations() * static_cast<std::int64_t>(texto.size()));
 }
 
@@ -159,7 +149,8 @@ int main(int argc, char **argv) {
     mallopt(M_TRIM_THRESHOLD, 64 << 20);
     mallopt(M_MMAP_THRESHOLD, 64 << 20);
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
+    }
     benchmark::RunSpecifiedBenchmarks();
 }

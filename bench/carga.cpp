@@ -26,8 +26,8 @@ namespace {
 
 using Relogio = std::chrono::steady_clock;
 
-constexpr int esperaMaximaMs = 5000; // for any one answer
-constexpr std::uint64_t errosMaximos = 100;
+constexpr int ESPERA_MAXIMA_MS = 5000; // for any one answer
+constexpr std::uint64_t ERROS_MAXIMOS = 100;
 
 struct Opcoes {
     std::uint16_t porta = 0;
@@ -35,8 +35,8 @@ struct Opcoes {
     bool nova = false;
     double segundos = 0;
     std::uint64_t chamadas = 0;
-    std::string pedido = bench::pedidoSoma;
-    std::string espera = bench::somaEsperada;
+    std::string pedido = bench::PEDIDO_SOMA;
+    std::string espera = bench::SOMA_ESPERADA;
 };
 
 struct Conexao {
@@ -46,7 +46,7 @@ struct Conexao {
     std::array<char, 64 * 1024> buffer;
 };
 
-enum class Leitura { incompleta, certa, errada };
+enum class Leitura { INCOMPLETA, CERTA, ERRADA };
 
 class Carga {
 public:
@@ -81,68 +81,78 @@ private:
 };
 
 Carga::~Carga() {
-    for (auto &conexao : conexoes_)
+    for (auto &conexao : conexoes_) {
         fecha(conexao);
-    if (epoll_ >= 0)
+    }
+    if (epoll_ >= 0) {
         close(epoll_);
+    }
 }
 
 void Carga::executa() {
     epoll_ = epoll_create1(EPOLL_CLOEXEC);
     comeco_ = Relogio::now();
-    for (auto &conexao : conexoes_)
-        if (deveChamar())
+    for (auto &conexao : conexoes_) {
+        if (deveChamar()) {
             chama(conexao);
+        }
+    }
     std::array<epoll_event, 64> eventos;
     while (emCurso_ > 0) {
         const int prontos =
-            epoll_wait(epoll_, eventos.data(), static_cast<int>(eventos.size()), esperaMaximaMs);
-        if (prontos < 0 && errno == EINTR)
+            epoll_wait(epoll_, eventos.data(), static_cast<int>(eventos.size()), ESPERA_MAXIMA_MS);
+        if (prontos < 0 && errno == EINTR) {
             continue;
+        }
         if (prontos <= 0) {
-            std::fprintf(stderr, "carga: %u chamadas sem resposta em %d ms\n", emCurso_, esperaMaximaMs);
+            std::fprintf(stderr, "carga: %u chamadas sem resposta em %d ms\n", emCurso_, ESPERA_MAXIMA_MS);
             erros_ += emCurso_;
             break;
         }
-        for (int i = 0; i < prontos; ++i)
+        for (int i = 0; i < prontos; i++) {
             trata(*static_cast<Conexao *>(eventos[static_cast<std::size_t>(i)].data.ptr));
+        }
     }
     fim_ = Relogio::now();
 }
 
 bool Carga::deveChamar() const {
-    if (erros_ >= errosMaximos)
+    if (erros_ >= ERROS_MAXIMOS) {
         return false;
-    if (opcoes_.chamadas != 0)
+    }
+    if (opcoes_.chamadas != 0) {
         return iniciadas_ < opcoes_.chamadas;
+    }
     return std::chrono::duration<double>(Relogio::now() - comeco_).count() < opcoes_.segundos;
 }
 
 // The clock of a call on a new connection starts before the connection does.
 void Carga::chama(Conexao &conexao) {
-    ++iniciadas_;
-    ++emCurso_;
+    iniciadas_++;
+    emCurso_++;
     conexao.recebidos = 0;
     conexao.inicio = Relogio::now();
     const auto tamanho = static_cast<ssize_t>(opcoes_.pedido.size());
-    if (conexao.fd < 0 && !conecta(conexao))
+    if (conexao.fd < 0 && !conecta(conexao)) {
         erra(conexao, "conexão recusada");
-    else if (send(conexao.fd, opcoes_.pedido.data(), opcoes_.pedido.size(), MSG_NOSIGNAL) != tamanho)
+    } else if (send(conexao.fd, opcoes_.pedido.data(), opcoes_.pedido.size(), MSG_NOSIGNAL) != tamanho) {
         erra(conexao, "pedido não foi inteiro");
+    }
 }
 
 bool Carga::conecta(Conexao &conexao) {
     conexao.fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const int ligado = 1;
-    const timeval prazo = {esperaMaximaMs / 1000, 0};
+    const timeval prazo = {ESPERA_MAXIMA_MS / 1000, 0};
     setsockopt(conexao.fd, IPPROTO_TCP, TCP_NODELAY, &ligado, sizeof ligado);
     setsockopt(conexao.fd, SOL_SOCKET, SO_SNDTIMEO, &prazo, sizeof prazo);
     sockaddr_in destino = {};
     destino.sin_family = AF_INET;
     destino.sin_port = htons(opcoes_.porta);
     destino.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(conexao.fd, reinterpret_cast<const sockaddr *>(&destino), sizeof destino) != 0)
+    if (connect(conexao.fd, reinterpret_cast<const sockaddr *>(&destino), sizeof destino) != 0) {
         return false;
+    }
     epoll_event evento = {};
     evento.events = EPOLLIN;
     evento.data.ptr = &conexao;
@@ -150,60 +160,69 @@ bool Carga::conecta(Conexao &conexao) {
 }
 
 void Carga::fecha(Conexao &conexao) {
-    if (conexao.fd >= 0)
+    if (conexao.fd >= 0) {
         close(conexao.fd);
+    }
     conexao.fd = -1;
 }
 
 void Carga::trata(Conexao &conexao) {
     switch (le(conexao)) {
-    case Leitura::incompleta:
+    case Leitura::INCOMPLETA:
         return;
-    case Leitura::errada:
+    case Leitura::ERRADA:
         erra(conexao, "resposta errada ou cortada");
         break;
-    case Leitura::certa:
-        if (opcoes_.nova)
+    case Leitura::CERTA:
+        if (opcoes_.nova) {
             fecha(conexao);
+        }
         latencias_.poe(static_cast<std::uint64_t>((Relogio::now() - conexao.inicio).count()));
-        --emCurso_;
+        emCurso_--;
     }
-    if (deveChamar())
+    if (deveChamar()) {
         chama(conexao);
+    }
 }
 
 Leitura Carga::le(Conexao &conexao) {
     const auto livres = conexao.buffer.size() - conexao.recebidos;
     const auto lidos = recv(conexao.fd, conexao.buffer.data() + conexao.recebidos, livres, MSG_DONTWAIT);
-    if (lidos < 0 && (errno == EAGAIN || errno == EINTR))
-        return Leitura::incompleta;
-    if (lidos <= 0)
-        return Leitura::errada;
+    if (lidos < 0 && (errno == EAGAIN || errno == EINTR)) {
+        return Leitura::INCOMPLETA;
+    }
+    if (lidos <= 0) {
+        return Leitura::ERRADA;
+    }
     conexao.recebidos += static_cast<std::size_t>(lidos);
     const auto lida = julga({conexao.buffer.data(), conexao.recebidos});
-    return lida == Leitura::incompleta && conexao.recebidos == conexao.buffer.size() ? Leitura::errada : lida;
+    return lida == Leitura::INCOMPLETA && conexao.recebidos == conexao.buffer.size() ? Leitura::ERRADA : lida;
 }
 
 Leitura Carga::julga(std::string_view resposta) {
     const auto cabecalho = bench::fimDoCabecalho(resposta);
-    if (!cabecalho)
-        return Leitura::incompleta;
+    if (!cabecalho) {
+        return Leitura::INCOMPLETA;
+    }
     const auto corpo = bench::tamanhoDoCorpo(resposta.substr(0, *cabecalho));
-    if (!corpo || !resposta.starts_with("HTTP/1.1 200 ") || resposta.size() > *cabecalho + *corpo)
-        return Leitura::errada;
-    if (resposta.size() < *cabecalho + *corpo)
-        return Leitura::incompleta;
+    if (!corpo || !resposta.starts_with("HTTP/1.1 200 ") || resposta.size() > *cabecalho + *corpo) {
+        return Leitura::ERRADA;
+    }
+    if (resposta.size() < *cabecalho + *corpo) {
+        return Leitura::INCOMPLETA;
+    }
     tamanhoDaResposta_ = resposta.size();
-    return resposta.find(opcoes_.espera, *cabecalho) == std::string_view::npos ? Leitura::errada
-                                                                               : Leitura::certa;
+    return resposta.find(opcoes_.espera, *cabecalho) == std::string_view::npos ? Leitura::ERRADA
+                                                                               : Leitura::CERTA;
 }
 
 void Carga::erra(Conexao &conexao, const char *motivo) {
-    if (erros_ == 0)
+    if (erros_ == 0) {
         std::fprintf(stderr, "carga: %s; recebido:\n%.*s\n", motivo, static_cast<int>(conexao.recebidos),
                      conexao.buffer.data());
-    ++erros_;
-    --emCurso_;
+    }
+    erros_++;
+    emCurso_--;
     fecha(conexao);
 }
 
@@ -272,8 +291,9 @@ Opcoes leOpcoes(int argc, char **argv) {
         }
     }
     const bool umLimite = (opcoes.segundos > 0) != (opcoes.chamadas > 0);
-    if (opcoes.porta == 0 || opcoes.conexoes == 0 || opcoes.conexoes > 1000 || !umLimite || optind != argc)
+    if (opcoes.porta == 0 || opcoes.conexoes == 0 || opcoes.conexoes > 1000 || !umLimite || optind != argc) {
         uso();
+    }
     return opcoes;
 }
 

@@ -12,8 +12,8 @@ namespace bench {
 class Histograma {
 public:
     void poe(std::uint64_t nanossegundos) {
-        ++celulas_[indice(nanossegundos)];
-        ++total_;
+        celulas_[indice(nanossegundos)]++;
+        total_++;
     }
 
     std::uint64_t total() const { return total_; }
@@ -22,35 +22,36 @@ public:
     double percentil(double parte) const {
         const auto alvo = static_cast<std::uint64_t>(parte * static_cast<double>(total_));
         std::uint64_t ate = 0;
-        for (std::size_t i = 0; i < celulas_.size(); ++i) {
+        for (std::size_t i = 0; i < celulas_.size(); i++) {
             ate += celulas_[i];
-            if (celulas_[i] != 0 && (ate > alvo || ate == total_))
+            if (celulas_[i] != 0 && (ate > alvo || ate == total_)) {
                 return meio(i) / 1000.0;
+            }
         }
         return 0;
     }
 
 private:
-    static constexpr unsigned bits = 6;
-    static constexpr std::uint64_t porPotencia = 1U << bits;
-    static constexpr unsigned potencias = 40;
+    static constexpr unsigned BITS = 6;
+    static constexpr std::uint64_t POR_POTENCIA = 1U << BITS;
+    static constexpr unsigned POTENCIAS = 40;
 
     // Values below 128 have a cell each; above, the leading bit chooses the row and the next six the cell in
     // it.
     static std::size_t indice(std::uint64_t valor) {
-        valor = std::min(valor, (std::uint64_t{1} << potencias) - 1);
+        valor = std::min(valor, (std::uint64_t{1} << POTENCIAS) - 1);
         const auto largura = static_cast<unsigned>(std::bit_width(valor));
-        const auto linha = largura > bits + 1 ? largura - bits - 1 : 0;
-        return linha * porPotencia + (valor >> linha);
+        const auto linha = largura > BITS + 1 ? largura - BITS - 1 : 0;
+        return linha * POR_POTENCIA + (valor >> linha);
     }
 
     static double meio(std::size_t i) {
-        const auto linha = i < 2 * porPotencia ? 0 : i / porPotencia - 1;
-        const auto inicio = (i - linha * porPotencia) << linha;
+        const auto linha = i < 2 * POR_POTENCIA ? 0 : i / POR_POTENCIA - 1;
+        const auto inicio = (i - linha * POR_POTENCIA) << linha;
         return static_cast<double>(inicio) + static_cast<double>((std::uint64_t{1} << linha) - 1) / 2;
     }
 
-    std::array<std::uint64_t, (potencias - bits + 1) * porPotencia> celulas_{};
+    std::array<std::uint64_t, (POTENCIAS - BITS + 1) * POR_POTENCIA> celulas_{};
     std::uint64_t total_ = 0;
 };
 

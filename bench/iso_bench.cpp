@@ -24,33 +24,40 @@ public:
     Referencia(const Referencia &) = delete;
     Referencia &operator=(const Referencia &) = delete;
     ~Referencia() {
-        for (char *texto : textos_)
+        for (char *texto : textos_) {
             std::free(texto);
+        }
     }
 
     bool le(std::string_view fio) {
         std::string_view codigo;
         std::array<std::uint8_t, 16> bitmaps{};
-        if (!tira(fio, 4, codigo) || !leBitmap(fio, bitmaps.data()))
+        if (!tira(fio, 4, codigo) || !leBitmap(fio, bitmaps.data())) {
             return false;
+        }
         codigo_ = numero(codigo);
         slots_ = (bitmaps[0] & 0x80) != 0 ? 128 : 64;
-        if (slots_ == 128 && !leBitmap(fio, bitmaps.data() + 8))
+        if (slots_ == 128 && !leBitmap(fio, bitmaps.data() + 8)) {
             return false;
-        for (std::size_t slot = 1; slot < slots_; slot++)
-            if ((bitmaps[slot / 8] & 0x80 >> slot % 8) != 0 && !leElemento(fio, slot))
+        }
+        for (std::size_t slot = 1; slot < slots_; slot++) {
+            if ((bitmaps[slot / 8] & 0x80 >> slot % 8) != 0 && !leElemento(fio, slot)) {
                 return false;
+            }
+        }
         return true;
     }
 
     std::string_view grava(Saida &saida) const {
         saida.clear();
         poeNumero(saida, codigo_, 4);
-        for (std::size_t inicio = 0; inicio < slots_; inicio += 64)
+        for (std::size_t inicio = 0; inicio < slots_; inicio += 64) {
             poeBitmap(saida, inicio);
+        }
         for (std::size_t slot = 1; slot < slots_; slot++) {
-            if (textos_[slot] == nullptr)
+            if (textos_[slot] == nullptr) {
                 continue;
+            }
             poeNumero(saida, tamanhos_[slot], Y_ISO_DIGITOS(elementosIso[slot].formato));
             saida.append(textos_[slot], tamanhos_[slot]);
         }
@@ -59,8 +66,9 @@ public:
 
 private:
     static bool tira(std::string_view &fio, std::size_t quantos, std::string_view &parte) {
-        if (fio.size() < quantos)
+        if (fio.size() < quantos) {
             return false;
+        }
         parte = fio.substr(0, quantos);
         fio.remove_prefix(quantos);
         return true;
@@ -68,8 +76,9 @@ private:
 
     static std::size_t numero(std::string_view digitos) {
         std::size_t valor = 0;
-        for (const char c : digitos)
+        for (const char c : digitos) {
             valor = valor * 10 + static_cast<std::size_t>(c - '0');
+        }
         return valor;
     }
 
@@ -77,10 +86,12 @@ private:
 
     static bool leBitmap(std::string_view &fio, std::uint8_t *bytes) {
         std::string_view texto;
-        if (!tira(fio, 16, texto))
+        if (!tira(fio, 16, texto)) {
             return false;
-        for (std::size_t i = 0; i < 8; i++)
+        }
+        for (std::size_t i = 0; i < 8; i++) {
             bytes[i] = static_cast<std::uint8_t>(nibble(texto[2 * i]) << 4 | nibble(texto[2 * i + 1]));
+        }
         return true;
     }
 
@@ -89,12 +100,14 @@ private:
         std::size_t tamanho = Y_ISO_CARACTERES(formato);
         std::string_view parte;
         if (const std::size_t digitos = Y_ISO_DIGITOS(formato); digitos != 0) {
-            if (!tira(fio, digitos, parte))
+            if (!tira(fio, digitos, parte)) {
                 return false;
+            }
             tamanho = numero(parte);
         }
-        if (!tira(fio, tamanho, parte))
+        if (!tira(fio, tamanho, parte)) {
             return false;
+        }
         textos_[slot] = static_cast<char *>(std::malloc(tamanho + 1));
         std::memcpy(textos_[slot], parte.data(), tamanho);
         textos_[slot][tamanho] = 0;
@@ -104,17 +117,20 @@ private:
 
     static void poeNumero(std::string &saida, std::size_t valor, std::size_t digitos) {
         std::array<char, 4> texto{};
-        for (std::size_t i = digitos; i-- > 0; valor /= 10)
+        for (std::size_t i = digitos; i-- > 0; valor /= 10) {
             texto[i] = static_cast<char>('0' + valor % 10);
+        }
         saida.append(texto.data(), digitos);
     }
 
     void poeBitmap(std::string &saida, std::size_t inicio) const {
         std::uint64_t bitmap = slots_ > inicio + 64 ? 1 : 0; // another one follows
-        for (std::size_t slot = inicio + 1; slot < inicio + 64; slot++)
+        for (std::size_t slot = inicio + 1; slot < inicio + 64; slot++) {
             bitmap = bitmap << 1 | (textos_[slot] != nullptr ? 1 : 0);
-        for (int deslocamento = 60; deslocamento >= 0; deslocamento -= 4)
+        }
+        for (int deslocamento = 60; deslocamento >= 0; deslocamento -= 4) {
             saida += "0123456789ABCDEF"[bitmap >> deslocamento & 0xF];
+        }
     }
 
     std::size_t codigo_ = 0;
@@ -138,9 +154,9 @@ public:
     }
 
     std::string_view grava(Saida &saida) const {
-        YStream_clear(saida.stream.get());
-        YMensagemIso_emiteEmStream(mensagem_, saida.stream.get());
-        return {YStream_str(saida.stream.get()), static_cast<std::size_t>(YStream_tam(saida.stream.get()))};
+        YStream_clear(saida.stream);
+        YMensagemIso_emiteEmStream(mensagem_, saida.stream);
+        return {YStream_str(saida.stream), static_cast<std::size_t>(YStream_tam(saida.stream))};
     }
 
 protected:
@@ -189,8 +205,9 @@ std::string tipica() {
         {49, "986"},
         {62, "00112233"},
     };
-    for (const auto &[bit, texto] : elementos)
+    for (const auto &[bit, texto] : elementos) {
         YMensagemIso_setBit(mensagem, bit, texto);
+    }
     return emite(mensagem);
 }
 
@@ -199,8 +216,9 @@ std::string cheia() {
     const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
     YMensagemIso_setTransacao(mensagem, 200);
     for (int bit = 2; bit <= Y_ISO_ELEMENTOS; bit++) {
-        if (bit == 65)
+        if (bit == 65) {
             continue;
+        }
         const std::uint64_t formato = elementosIso[bit - 1].formato;
         const std::size_t maximo = Y_ISO_CARACTERES(formato);
         const std::string texto(Y_ISO_DIGITOS(formato) != 0 && maximo > 40 ? 40 : maximo, '7');
@@ -219,8 +237,9 @@ void le(benchmark::State &estado, const std::string &fio) {
         inteira = mensagem.le(fio) && inteira;
         benchmark::DoNotOptimize(mensagem);
     }
-    if (!inteira)
+    if (!inteira) {
         estado.SkipWithError("the message was not read whole");
+    }
     estado.SetBytesProcessed(estado.iterations() * static_cast<std::int64_t>(fio.size()));
 }
 
@@ -228,10 +247,12 @@ template <typename MENSAGEM>
 void grava(benchmark::State &estado, const std::string &fio) {
     MENSAGEM mensagem;
     typename MENSAGEM::Saida saida;
-    if (!mensagem.le(fio) || mensagem.grava(saida) != fio)
+    if (!mensagem.le(fio) || mensagem.grava(saida) != fio) {
         estado.SkipWithError("what was written differs from what was read");
-    for (auto _ : estado)
+    }
+    for (auto _ : estado) {
         benchmark::DoNotOptimize(mensagem.grava(saida));
+    }
     estado.SetBytesProcessed(estado.iterations() * static_cast<std::int64_t>(fio.size()));
 }
 
@@ -250,8 +271,9 @@ void registra(const std::string &tamanho, const std::string &fio) {
 
 int main(int argc, char **argv) {
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
+    }
     registra("15", tipica());
     registra("126", cheia());
     benchmark::RunSpecifiedBenchmarks();

@@ -7,7 +7,7 @@
 
 namespace bench {
 
-constexpr int quantosItens = 500;
+constexpr int QUANTOS_ITENS = 500;
 
 inline std::string item(int i, const char *tipo) {
     char texto[160];
@@ -28,16 +28,18 @@ inline std::string mensagemRecebida() {
         "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" "
         "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\">"
         "<SOAP-ENV:Body><ns1:cadastra xmlns:ns1=\"urn:Estoque\">";
-    for (int i = 0; i < quantosItens; ++i)
+    for (int i = 0; i < QUANTOS_ITENS; i++) {
         texto += item(i, "xsi:type");
+    }
     return texto + "</ns1:cadastra></SOAP-ENV:Body></SOAP-ENV:Envelope>";
 }
 
 // The same without prefixes: a tree read from it is written back byte for byte by every library.
 inline std::string mensagemSemPrefixos() {
     std::string texto = "<Envelope><Body><cadastra>";
-    for (int i = 0; i < quantosItens; ++i)
+    for (int i = 0; i < QUANTOS_ITENS; i++) {
         texto += item(i, "type");
+    }
     return texto + "</cadastra></Body></Envelope>";
 }
 

@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr std::size_t pilha = 256 * 1024;
+constexpr std::size_t PILHA = 256 * 1024;
 
 // Receives up to the end of one request and gives its length; 0 when the peer closed or sent no sense.
 std::size_t recebePedido(int fd, std::array<char, 64 * 1024> &buffer) {
@@ -30,24 +30,30 @@ std::size_t recebePedido(int fd, std::array<char, 64 * 1024> &buffer) {
     std::size_t total = buffer.size();
     while (recebidos < total) {
         const auto lidos = recv(fd, buffer.data() + recebidos, buffer.size() - recebidos, 0);
-        if (lidos < 0 && errno == EINTR)
+        if (lidos < 0 && errno == EINTR) {
             continue;
-        if (lidos <= 0)
+        }
+        if (lidos <= 0) {
             return 0;
+        }
         recebidos += static_cast<std::size_t>(lidos);
         const std::string_view texto(buffer.data(), recebidos);
-        if (const auto cabecalho = bench::fimDoCabecalho(texto))
+        if (const auto cabecalho = bench::fimDoCabecalho(texto)) {
             total = *cabecalho + bench::tamanhoDoCorpo(texto.substr(0, *cabecalho)).value_or(0);
+        }
     }
     return recebidos == total ? total : 0;
 }
 
 void atende(int fd) {
     std::array<char, 64 * 1024> buffer;
-    const auto &resposta = bench::respostaSoma;
-    while (recebePedido(fd, buffer) != 0)
-        if (send(fd, resposta.data(), resposta.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(resposta.size()))
+    const auto &resposta = bench::RESPOSTA_SOMA;
+    while (recebePedido(fd, buffer) != 0) {
+        if (send(fd, resposta.data(), resposta.size(), MSG_NOSIGNAL) !=
+            static_cast<ssize_t>(resposta.size())) {
             break;
+        }
+    }
     close(fd);
 }
 
@@ -62,34 +68,37 @@ public:
             pendentes_.push_back(fd);
             haOcioso = ociosos_ >= pendentes_.size();
         }
-        if (haOcioso)
+        if (haOcioso) {
             chegou_.notify_one();
-        else
+        } else {
             criaThread();
+        }
     }
 
 private:
     void criaThread() {
         pthread_attr_t atributos;
         pthread_attr_init(&atributos);
-        pthread_attr_setstacksize(&atributos, pilha);
+        pthread_attr_setstacksize(&atributos, PILHA);
         pthread_attr_setdetachstate(&atributos, PTHREAD_CREATE_DETACHED);
         pthread_t thread;
-        if (pthread_create(&thread, &atributos, &Atendentes::executa, this) != 0)
+        if (pthread_create(&thread, &atributos, &Atendentes::executa, this) != 0) {
             std::perror("pthread_create");
+        }
         pthread_attr_destroy(&atributos);
     }
 
     static void *executa(void *eu) {
-        for (;;)
+        for (;;) {
             atende(static_cast<Atendentes *>(eu)->espera());
+        }
     }
 
     int espera() {
         std::unique_lock trava(mutex_);
-        ++ociosos_;
+        ociosos_++;
         chegou_.wait(trava, [this] { return !pendentes_.empty(); });
-        --ociosos_;
+        ociosos_--;
         const int fd = pendentes_.front();
         pendentes_.pop_front();
         return fd;
@@ -139,9 +148,10 @@ int main(int argc, char **argv) {
     static Atendentes atendentes;
     for (;;) {
         const int fd = accept4(escutador, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd >= 0)
+        if (fd >= 0) {
             atendentes.entrega(fd);
-        else if (errno != EINTR && errno != ECONNABORTED)
+        } else if (errno != EINTR && errno != ECONNABORTED) {
             std::perror("accept");
+        }
     }
 }

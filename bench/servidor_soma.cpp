@@ -1,6 +1,6 @@
 // The server that the load generator is pointed at: soma of Calc, published as any application would, with
 // every default. Prints its port and serves until SIGTERM or SIGINT.
-#include <3pramo/3pramo.h>
+#include <3pramo/3pramo.hpp>
 
 #include <csignal>
 #include <cstdint>
@@ -17,8 +17,8 @@ void soma(YWebService *, YNo *requisicao, YNo *resposta) {
     YNo_setInt(resposta, "return", static_cast<std::int32_t>(a + b));
 }
 
-constexpr YDefinicaoMetodo metodos[] = {{"soma", soma}, {nullptr, nullptr}};
-constexpr YDefinicaoPortType calc = {"Calc", metodos, YWebService_rtti, nullptr, nullptr};
+constexpr YDefinicaoMetodo METODOS[] = {{"soma", soma}, {nullptr, nullptr}};
+constexpr YDefinicaoPortType CALC = {"Calc", METODOS, YWebService_rtti, nullptr, nullptr};
 
 } // namespace
 
@@ -40,10 +40,9 @@ int main(int argc, char **argv) {
     sigaddset(&sinais, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &sinais, nullptr);
 
-    YSoapServer *servidor = nullptr;
-    YalocaObjeto(&servidor, YSoapServer_rtti);
+    const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
     YSoapServer_setPorta(servidor, porta);
-    YSoapServer_registraPortType(servidor, &calc);
+    YSoapServer_registraPortType(servidor, &CALC);
     YObThread_start(servidor);
     const bool pronto = YSoapServer_esperaPronto(servidor, std::time(nullptr) + 10) != 0;
     if (pronto) {
@@ -52,6 +51,5 @@ int main(int argc, char **argv) {
         int sinal = 0;
         sigwait(&sinais, &sinal);
     }
-    YliberaObjeto(servidor);
     return pronto ? 0 : 1;
 }
