@@ -128,17 +128,21 @@ TEST_F(Soap, semEuAChamadaTemUmObjetoSoDela) {
 
 // ---- To whom a call goes ----
 
+const YRtti OUTRO = {YWebService_rtti, "Outro", sizeof(YWebService), nullptr, nullptr};
+int grupoDosOutros = 0;
+
 void responde(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
     YNo_setString(resposta, "return", servico->rtti->name);
+    const bool doGrupo = YWebService_getGrupoDeRecursos(servico) == &grupoDosOutros;
+    EXPECT_EQ(doGrupo, servico->rtti == &OUTRO) << "those that the port type made";
 }
 
-const YRtti OUTRO = {YWebService_rtti, "Outro", sizeof(YWebService), nullptr, nullptr};
 const YRtti FILHO = {apoio::Alvo_rtti, "Filho", sizeof(Alvo), nullptr, nullptr};
 
 TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     constexpr YDefinicaoMetodo metodos[] = {{"constroi", responde}, {"quem", responde}, {nullptr, nullptr}};
     const auto registra = [&](const char *nome, YFuncaoRtti classe) {
-        const YDefinicaoPortType definicao = {nome, metodos, classe, nullptr, nullptr};
+        const YDefinicaoPortType definicao = {nome, metodos, classe, nullptr, &grupoDosOutros};
         YSoapServer_registraPortType(servidor, &definicao);
     };
     const auto outroRtti = [] { return &OUTRO; };

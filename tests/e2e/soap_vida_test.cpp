@@ -109,6 +109,7 @@ TEST(SoapAjustes, valemDesdeOPrimeiroComecoEDepoisDeUmRecomeco) {
     YSoapServer_setLimiteDeConexoes(servidor, 1);
     YSoapServer_setPrazoDaRequisicao(servidor, 1);
     YSoapServer_setFechaLogo(servidor, 1);
+    YSoapServer_setDiretorioBase(servidor, "/etc");
     const std::string um = apoio::pedidoSoap("Alvo", "total", apoio::envelope("total", ""));
     const std::pair<std::string, std::string> casos[] = {
         {apoio::requisicao("GET /" + std::string(300, 'x')),
@@ -125,6 +126,8 @@ TEST(SoapAjustes, valemDesdeOPrimeiroComecoEDepoisDeUmRecomeco) {
             EXPECT_TRUE(resposta.empty() ? !veio.ends_with("</SOAP-ENV:Envelope>") : veio == resposta)
                 << veio;
         }
+        const std::string arquivo = apoio::conversa(porta, apoio::requisicao("GET /passwd"));
+        EXPECT_NE(arquivo.find("root:"), arquivo.npos) << arquivo;
         apoio::Cliente ocioso(porta);
         ocioso.pede(um);
         apoio::Cliente lento(porta);

@@ -57,7 +57,7 @@ TEST(Ritmo, umaRespostaQueNinguemLeAcabaAConexao) {
         cliente.envia(apoio::requisicao("GET /"));
         EXPECT_TRUE(apoio::acontece([&] { return YWebServer_getConexoes(servidor) == 1; }));
         const auto gotas = [&] {
-            cliente.recebeBytes(le ? 100 : 0);
+            cliente.recebeBytes(le ? 300 : 0);
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
             return YWebServer_getConexoes(servidor) == 0;
         };
