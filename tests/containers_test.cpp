@@ -1,17 +1,7 @@
 // Lists, sets and maps of pointers, and the retainer.
-#include "apoio/arvore.hpp"
 #include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <random>
-#include <set>
-#include <vector>
-
-using namespace pramo::literais;
-using pramo::cria;
-
+using namespace apoio;
 namespace {
 
 /// An object that tells of its end.
@@ -57,8 +47,8 @@ void liberaCadaUmUmaVez(YFuncaoRtti classe, POE poe, TIRA tira) {
     for (int i = 0; i < 20; i++) {
         poe(r, elementos.emplace_back(novo(i)));
     }
-    const std::string excecao = apoio::excecao([r] { YliberaObjeto(r); });
-    EXPECT_EQ(excecao, "YExcIOError: " + primeira);
+    const std::string recusa = excecao([r] { YliberaObjeto(r); });
+    EXPECT_EQ(recusa, "YExcIOError: " + primeira);
     EXPECT_TRUE(classe != YVetorQueDestroi_rtti || mortos[0] == 19) << "the last one first";
     EXPECT_EQ(mortos.size(), 20U);
     EXPECT_EQ(std::set<int>(mortos.begin(), mortos.end()).size(), 20U);
@@ -148,7 +138,7 @@ TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
 
 TEST(Retentor, semOperacaoDaZeroERegistra) {
     const auto retentor = cria<YRetentor>(YRetentor_rtti);
-    const apoio::Diario diario;
+    const Diario diario;
     EXPECT_EQ(YRetentor_requisita0(retentor, nullptr, 4, nullptr, 5), 0);
     EXPECT_EQ(diario.quantos("Chamada de operação sem implementação."_l1), 1);
 }

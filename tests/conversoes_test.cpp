@@ -1,15 +1,7 @@
 // Numbers, day numbers and times, to text and to memory and back.
-#include "apoio/arvore.hpp"
+#include "apoio/teste.hpp"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-#include <vector>
-
-using apoio::excecao;
-using namespace pramo::literais;
-
+using namespace apoio;
 namespace {
 
 using Par = std::pair<void (*)(void *destino, const char *texto), void (*)(char *texto, const void *origem)>;

@@ -1,14 +1,7 @@
 // The dictionary of texts: order, letter case, replacement and lines.
-#include <3pramo/3pramo.hpp>
+#include "apoio/teste.hpp"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <random>
-#include <string>
-#include <vector>
-
+using namespace apoio;
 namespace {
 
 using Pares = std::vector<std::pair<std::string, std::string>>;
@@ -23,7 +16,7 @@ protected:
         return todos;
     }
 
-    pramo::Ponteiro<YDIC> dono{YDIC_constroi()};
+    Ponteiro<YDIC> dono{YDIC_constroi()};
     YDIC *d = dono.get();
 };
 

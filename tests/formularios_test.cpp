@@ -1,27 +1,14 @@
 // Operations with their variables and buttons: the form that goes out, the answers that come in, and who
 // waits.
-#include "apoio/arvore.hpp"
 #include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <fstream>
-#include <unistd.h>
-
-using apoio::acontece;
-using apoio::excecao;
-
-using namespace pramo::literais;
-
+using namespace apoio;
 namespace {
 
 Pramo_Tipo *const ID = Pramo_Tipo_getTipoId();
 
 struct Operacao {
-    pramo::Ponteiro<Pramo_Operacao> dona = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+    Ponteiro<Pramo_Operacao> dona = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
 
     operator Pramo_Operacao *() const { return dona; } // NOLINT: as C sees it
 
@@ -34,10 +21,10 @@ struct Operacao {
     [[nodiscard]] std::string escrita() const {
         const auto resposta = pramo::cria<YNo>(YNo_rtti);
         Pramo_Operacao_descarregaNaResposta(*this, resposta);
-        return apoio::grava(resposta);
+        return grava(resposta);
     }
     [[nodiscard]] std::string carrega(const std::string &campos) const {
-        const auto requisicao = apoio::le("<r>" + campos + "</r>");
+        const auto requisicao = le("<r>" + campos + "</r>");
         return excecao([&] { Pramo_Operacao_carregaDaRequisicao(*this, requisicao); });
     }
 };
@@ -115,10 +102,10 @@ const Pramo_Operacao_Rtti operacaoPropria = {
     [](Pramo_Operacao *operacao) { Pramo_Operacao_guardaMensagem(operacao, "tratada"); }};
 
 TEST(Operacao, classesDaAplicacaoPreenchemAsOperacoesQueFaltam) {
-    const apoio::Diario diario;
-    const auto tipo = pramo::cria<Pramo_Tipo>([] { return &tipoProprio.rtti; });
-    const auto puro = pramo::cria<Pramo_Tipo>(Pramo_Tipo_rtti);
-    const Operacao op = {pramo::cria<Pramo_Operacao>([] { return &operacaoPropria.rtti; })};
+    const Diario diario;
+    const auto tipo = cria<Pramo_Tipo>([] { return &tipoProprio.rtti; });
+    const auto puro = cria<Pramo_Tipo>(Pramo_Tipo_rtti);
+    const Operacao op = {cria<Pramo_Operacao>([] { return &operacaoPropria.rtti; })};
     char memoria = 0;
     op.cria("a", &memoria, 1, tipo);
     op.cria("b", &memoria, 1, puro);
@@ -134,7 +121,7 @@ TEST(Operacao, classesDaAplicacaoPreenchemAsOperacoesQueFaltam) {
 }
 
 TEST(Operacao, carregaEmOrdemAteAFalhaEAEstritaTudoOuNada) {
-    const auto proprio = pramo::cria<Pramo_Tipo>([] { return &tipoProprio.rtti; });
+    const auto proprio = cria<Pramo_Tipo>([] { return &tipoProprio.rtti; });
     // Strict loading or not; the answers; what is raised; the memory and, of each variable, the option, the
     // peripheral, the digits counted, and whether it is still marked (*) or not (.).
     // clang-format off
@@ -210,7 +197,7 @@ TEST(Operacao, umSinalAcordaTodosOsQueEsperam) {
     Pramo_Operacao_sinalizaCondicao(op); // nobody waits for it
     std::array<std::atomic<pid_t>, 8> esperando{};
     std::atomic<std::size_t> acordadas{0};
-    const auto threads = apoio::emThreads(esperando.size(), [&](int qual) {
+    const auto threads = emThreads(esperando.size(), [&](int qual) {
         esperando[qual] = gettid();
         Pramo_Operacao_esperaCondicao(op);
         acordadas++;

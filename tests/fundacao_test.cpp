@@ -1,14 +1,7 @@
 // Objects, exceptions, protected regions, log, allocation report and identities.
-#include "apoio/arvore.hpp"
-#include "apoio/filho.hpp"
 #include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <set>
-#include <sstream>
-
+using namespace apoio;
 namespace {
 
 std::string ordem;
@@ -40,14 +33,14 @@ TEST(Objetos, constroemDaRaizEDestroemDaClasseOQueTerminou) {
     for (const auto &[classe, esperada] : casos) {
         ordem.clear();
         try {
-            YliberaObjeto(pramo::cria<YOb>(classe).release());
+            YliberaObjeto(cria<YOb>(classe).release());
         } catch (const std::exception &) {
             ordem += '!';
         }
         EXPECT_EQ(ordem, esperada);
     }
     struct Guarda {
-        YOb *objeto = pramo::cria<YOb>(da<queLanca>).release();
+        YOb *objeto = cria<YOb>(da<queLanca>).release();
         ~Guarda() noexcept(false) { YliberaObjeto(objeto); }
     };
     const auto lancaDuas = [] {
@@ -58,14 +51,14 @@ TEST(Objetos, constroemDaRaizEDestroemDaClasseOQueTerminou) {
 }
 
 std::string descricao() {
-    const auto stream = pramo::cria<YStream>(YStream_rtti);
+    const auto stream = cria<YStream>(YStream_rtti);
     YExc_descreveEmStream(stream);
     return YStream_str(stream);
 }
 
 TEST(Excecoes, detalheVaiUmaVezNaFrente) {
     const auto mensagem = [](const char *texto) {
-        return apoio::excecao([=] { YContextoTry_throw(YExcIOError_rtti, texto, "teste", 1); });
+        return excecao([=] { YContextoTry_throw(YExcIOError_rtti, texto, "teste", 1); });
     };
     YContextoTry_printf("nome: %s. ", "100%n");
     EXPECT_EQ(mensagem("Falha."), "YExcIOError: nome: 100%n. Falha.");
@@ -112,14 +105,14 @@ TEST(RegiaoProtegida, descreveOQueSeTrataMaisPorDentro) {
 }
 
 TEST(Log, soMascarasLigadasEUmRegistroPorLinha) {
-    const apoio::Diario diario(Y_LOG_WEB);
+    const Diario diario(Y_LOG_WEB);
     YObLOG_masc_print(Y_LOG_WEB, "a\nb\r\t\\\x01\x7f %d", 7);
     YObLOG_masc_print(Y_LOG_CORPO, "desligado");
     EXPECT_EQ(diario.quantos("") + diario.quantos("a\\nb\\r\\t\\\\\\x01\\x7F 7"), 2);
 }
 
 TEST(Log, erroPadraoQueNinguemLeNaoSeguraNinguem) {
-    EXPECT_TRUE(apoio::noFilho([] {
+    EXPECT_TRUE(noFilho([] {
         int tubo[2];
         std::string lido(65536, 0); // all that a pipe holds
         if (pipe(tubo) != 0 || dup2(tubo[1], STDERR_FILENO) < 0) {
@@ -145,7 +138,7 @@ struct Saida {
     static void passa(void *contexto, int /*mascara*/, const char *texto) {
         auto *saida = static_cast<Saida *>(contexto);
         saida->entraram++;
-        apoio::acontece([saida] { return saida->solta.load(); });
+        acontece([saida] { return saida->solta.load(); });
         saida->avisos += texto == std::string("Registros deixados de fora: 976.") ? 1 : 0;
         saida->passaram++;
     }
@@ -156,11 +149,11 @@ TEST(Log, saidaPresaSeguraUmaThreadSo) {
     Saida livre{true};
     YObLOG_setSaida(Saida::passa, &presa);
     std::jthread primeira([] { YObLOG_masc_print(Y_LOG_ERRO, "primeiro"); });
-    EXPECT_TRUE(apoio::acontece([&] { return presa.entraram == 1; }));
+    EXPECT_TRUE(acontece([&] { return presa.entraram == 1; }));
     for (int i = 0; i < 2000; i++) { // of which 1024 wait
         YObLOG_masc_print(Y_LOG_ERRO, "%d", i);
     }
-    EXPECT_TRUE(apoio::noFilho([&] { // where nobody is inside the sink
+    EXPECT_TRUE(noFilho([&] { // where nobody is inside the sink
         YObLOG_setSaida(Saida::passa, &livre);
         YObLOG_masc_print(Y_LOG_ERRO, "no filho");
         return livre.passaram == 1;

@@ -1,29 +1,17 @@
 // ISO 8583 messages: wire form, dump, text file, masks, validation, answers.
-#include "apoio/arvore.hpp"
-#include "apoio/beiraDaPagina.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <fstream>
-#include <numeric>
-#include <regex>
-#include <sstream>
+#include "apoio/teste.hpp"
 
 using namespace apoio;
-using namespace pramo::literais;
-
 namespace {
 
-using Mensagem = pramo::Ponteiro<YMensagemIso>;
+using Mensagem = Ponteiro<YMensagemIso>;
 
 // Of "0100 4000000000000000 2:16/4111111111111111 41:TERM____": the code, the bitmaps, which are not looked
 // at, and each element with the length that the wire has in front of it, if any, and its text, where _ is a
 // blank.
 Mensagem montada(const std::string &notacao) {
     static const std::regex elemento("(\\d+):(?:\\d*/)?([^ ]*)");
-    auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
+    auto mensagem = cria<YMensagemIso>(YMensagemIso_rtti);
     YMensagemIso_setTransacao(mensagem, std::stoi(notacao));
     for (std::sregex_iterator it(notacao.begin(), notacao.end(), elemento), fim; it != fim; ++it) {
         std::string texto = it->str(2);
@@ -226,7 +214,7 @@ TEST(Iso, arquivosDeTexto) {
 // What stands behind an element's name in a masked dump, where the absent ones leave nothing.
 std::string mascarado(int bit, const std::string &texto) {
     const Mensagem m = montada("800");
-    const auto saida = pramo::cria<YStream>(YStream_rtti);
+    const auto saida = cria<YStream>(YStream_rtti);
     YMensagemIso_setBit(m, bit, texto.c_str());
     for (int qual = -1; qual <= 129; qual++) {
         YMensagemIso_dumpElemento(m, qual, 1, saida);

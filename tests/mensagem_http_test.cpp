@@ -1,26 +1,15 @@
 // HTTP messages over a connection on loopback: what is read, what is written, what stays untouched.
-#include "apoio/arvore.hpp"
-#include "apoio/cliente.hpp"
+#include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <csignal>
-#include <fstream>
-#include <optional>
-#include <sstream>
-#include <sys/mman.h>
-#include <sys/resource.h>
-
-using namespace std::literals;
-
+using namespace apoio;
 namespace {
 
 class Mensagem : public testing::Test {
 protected:
-    pramo::Ponteiro<YSocket> ouvinte = pramo::cria<YSocket>(YSocket_rtti);
-    std::optional<apoio::Cliente> cliente;
-    pramo::Ponteiro<YSocket> conexao;
-    pramo::Ponteiro<YMensagemHttp> m = pramo::cria<YMensagemHttp>(YMensagemHttp_rtti);
+    Ponteiro<YSocket> ouvinte = cria<YSocket>(YSocket_rtti);
+    std::optional<Cliente> cliente;
+    Ponteiro<YSocket> conexao;
+    Ponteiro<YMensagemHttp> m = cria<YMensagemHttp>(YMensagemHttp_rtti);
 
     Mensagem() { YSocket_escuta(ouvinte, 0); }
 
@@ -33,7 +22,7 @@ protected:
         EXPECT_EQ(YSocket_aceitaConexaoMs(ouvinte, 0, &aceita, 9000), Y_ESPERA_PRONTA);
         conexao.reset(aceita);
         YMensagemHttp_setSocket(m, aceita);
-        return apoio::excecao([&] { obtem(); });
+        return excecao([&] { obtem(); });
     }
     /// First line, the value of a header, body; "+" when the connection is to be kept.
     [[nodiscard]] std::string conteudo() const {
@@ -101,7 +90,7 @@ TEST_F(Mensagem, enviadaComOTamanhoRealESalvaInteira) {
     const rlimit quase{ateOZero.size() + 10, antes.rlim_max}; // room for a part of a second one
     signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &quase);
-    EXPECT_EQ(apoio::excecao([&] { YMensagemHttp_salvaEmArquivo(m, caminho.c_str()); }),
+    EXPECT_EQ(excecao([&] { YMensagemHttp_salvaEmArquivo(m, caminho.c_str()); }),
               "YExcIOError: " + caminho + ". Falha na grava\xE7\xE3o do arquivo.");
     setrlimit(RLIMIT_FSIZE, &antes);
     YMensagemHttp_salvaEmArquivo(m, caminho.c_str());

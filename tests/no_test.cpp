@@ -1,14 +1,8 @@
 // The tree of nodes: paths, ownership, moves, the XML it is written as and read from, maps, and trees of any
 // depth.
-#include "apoio/arvore.hpp"
-
-#include <gtest/gtest.h>
-
-#include <utility>
+#include "apoio/teste.hpp"
 
 using namespace apoio;
-using namespace pramo::literais;
-
 namespace {
 
 TEST(No, caminhos) {
@@ -83,7 +77,7 @@ TEST(No, filhosMudamDePai) {
 // ---- XML and maps ----
 
 TEST(Xml, formasDeUmElementoEPrefixoQueDesceAteOProximo) {
-    const auto raiz = pramo::cria<YNo>(YNo_rtti);
+    const auto raiz = cria<YNo>(YNo_rtti);
     YNo_setString(raiz, "textoVazio", "");
     YliberaObjeto(YNo_criaDescendente(raiz, "semFilhos/x"));
     YNo *misto = YNo_setString(raiz, "misto", "texto");
@@ -164,9 +158,9 @@ TEST(No, trezentosMilNiveis) {
     auto raiz = le("<r/>");
     YNo *ponta = raiz;
     for (int i = 0; i < SIMPLES + DERIVADOS; i++) {
-        auto no = i < SIMPLES    ? pramo::cria<YNo>(YNo_rtti)
-                  : i == SIMPLES ? pramo::cria<YNo>([] { return &QUE_LANCA; })
-                                 : pramo::cria<YNo>(NoContado_rtti);
+        auto no = i < SIMPLES    ? cria<YNo>(YNo_rtti)
+                  : i == SIMPLES ? cria<YNo>([] { return &QUE_LANCA; })
+                                 : cria<YNo>(NoContado_rtti);
         YNo_setNome(no, "a");
         YNo_acrescentaFilho(std::exchange(ponta, no), no.get());
         no.release();

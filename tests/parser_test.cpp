@@ -1,35 +1,28 @@
 // What the parser takes, what it refuses, and what it leaves behind.
-#include "apoio/arvore.hpp"
-
-#include <gtest/gtest.h>
-
-#include <iterator>
-#include <sstream>
+#include "apoio/teste.hpp"
 
 using namespace apoio;
-using namespace pramo::literais;
-
 namespace {
 
 constexpr const char *MAL_FORMADA = "YExcSoap: Mensagem SOAP mal formada.";
 
 class Parser : public testing::Test {
 protected:
-    pramo::Ponteiro<YSoapParser> parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+    Ponteiro<YSoapParser> parser = cria<YSoapParser>(YSoapParser_rtti);
 
     // Reads one element: what of it is written, or "null", and "|" with what is left when that is not
     // nothing; or what was raised.
     std::string le(std::string_view texto) {
         const auto entrada = streamDe(texto);
         std::string lido;
-        const std::string excecao = apoio::excecao([&] {
+        const std::string recusa = excecao([&] {
             YNo *raiz = nullptr;
             YSoapParser_leNo(parser, &raiz, entrada);
-            const pramo::Ponteiro<YNo> dono(raiz);
+            const Ponteiro<YNo> dono(raiz);
             const auto sobra = texto.substr(texto.size() - YStream_disponiveis(entrada));
             lido = (raiz != nullptr ? grava(raiz) : "null") + (sobra.empty() ? "" : "|") + std::string(sobra);
         });
-        return excecao.empty() ? lido : excecao;
+        return recusa.empty() ? lido : recusa;
     }
 };
 
@@ -114,7 +107,7 @@ TEST_F(Parser, limites) {
         {YSoapParser_setLimiteDeBytes, 7, "<a><bb>cc</bb><dd/></a>"},
     };
     for (const auto &[limita, cabe, texto] : casos) {
-        parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+        parser = cria<YSoapParser>(YSoapParser_rtti);
         limita(parser, cabe);
         EXPECT_EQ(le(texto).front(), '<') << texto;
         limita(parser, cabe - 1);

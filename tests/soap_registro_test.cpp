@@ -1,22 +1,15 @@
 // The registry of the SOAP server, seen by an application: deadlines, live set, groups, retainers, port
 // types.
-#include "apoio/alvo.hpp"
-#include "apoio/arvore.hpp"
-#include "apoio/servidor.hpp"
+#include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-#include <ctime>
-
-using apoio::Alvo;
-
+using namespace apoio;
 namespace {
 
 class SoapRegistro : public testing::Test {
 protected:
-    pramo::Ponteiro<YSoapServer> servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
-    pramo::Ponteiro<YSoapServer> outro = pramo::cria<YSoapServer>(YSoapServer_rtti);
-    pramo::Ponteiro<YWebService> servico = pramo::cria<YWebService>(apoio::Alvo_rtti);
+    Ponteiro<YSoapServer> servidor = cria<YSoapServer>(YSoapServer_rtti);
+    Ponteiro<YSoapServer> outro = cria<YSoapServer>(YSoapServer_rtti);
+    Ponteiro<YWebService> servico = cria<YWebService>(Alvo_rtti);
     YWebService *s = servico.get();
 
     /// The service object is in the live set of this server only, and says so.
@@ -51,7 +44,7 @@ TEST_F(SoapRegistro, entraESaiDoConjuntoVivo) {
 }
 
 TEST_F(SoapRegistro, muitasThreadsDeixamNumSoConjunto) {
-    apoio::emThreads(3, [&](int qual) {
+    emThreads(3, [&](int qual) {
         for (int i = 0; i < 2000; i++) {
             YWebService_setSoapServer(s, qual == 0 ? outro : servidor);
         }
@@ -87,22 +80,22 @@ const YRtti PAR = {YWebService_rtti, "Par", sizeof(Par), nullptr, [](void *objet
                    }};
 
 TEST_F(SoapRegistro, oServidorLiberaOsSeusComoQuerQueTerminem) {
-    const apoio::Diario diario; // the failures are logged
-    auto teimoso = pramo::cria<YWebService>([] { return &TEIMOSO; });
+    const Diario diario; // the failures are logged
+    auto teimoso = cria<YWebService>([] { return &TEIMOSO; });
     YWebService_setSoapServer(teimoso, outro);
     teimoso.reset();
     EXPECT_EQ(Alvo::quebrados.exchange(0), 1) << "its destructor ran once";
     EXPECT_EQ(YSoapServer_getServicos(outro), 0U) << "who ends does not come back";
 
     const auto entra = [&](YFuncaoRtti classe) {
-        YWebService *novo = pramo::cria<YWebService>(classe).release();
+        YWebService *novo = cria<YWebService>(classe).release();
         YWebService_setSoapServer(novo, servidor);
         return novo;
     };
     for (int i = 0; i < 10; i++) {
         entra([] { return &QUE_FALHA; });
         auto *par = static_cast<Par *>(entra([] { return &PAR; }));
-        par->outro = entra(apoio::Alvo_rtti);
+        par->outro = entra(Alvo_rtti);
     }
     entra([] { return &TEIMOSO; });
     emLiberacao = true;
@@ -119,10 +112,10 @@ TEST_F(SoapRegistro, quemNasceNoLugarDeOutroNaoHerdaASuaIdentidade) {
         YObPtrToStr(identidade, sizeof identidade, velhos.back());
     }
     std::ranges::for_each(velhos, YliberaMemoria);
-    std::vector<pramo::Ponteiro<YWebService>> novos(50); // most of them at these addresses
-    std::ranges::generate(novos, [] { return pramo::cria<YWebService>(apoio::Alvo_rtti); });
+    std::vector<Ponteiro<YWebService>> novos(50); // most of them at these addresses
+    std::ranges::generate(novos, [] { return cria<YWebService>(Alvo_rtti); });
     for (const char *identidade : identidades) {
-        EXPECT_EQ(std::ranges::count(novos, YObStrToPtr(identidade), &pramo::Ponteiro<YWebService>::get), 0);
+        EXPECT_EQ(std::ranges::count(novos, YObStrToPtr(identidade), &Ponteiro<YWebService>::get), 0);
     }
 }
 
@@ -140,7 +133,7 @@ TEST_F(SoapRegistro, oGrupoEDoObjetoOuDoSeuServidor) {
     YSoapServer_setGrupoDeRecursos(servidor, &doServidor);
     EXPECT_EQ(YWebService_getGrupoDeRecursos(s), &doServidor);
     YWebService_setGrupoDeRecursos(s, &proprio);
-    const auto retentor = pramo::cria<YRetentor>([] { return &RETENTOR.rtti; });
+    const auto retentor = cria<YRetentor>([] { return &RETENTOR.rtti; });
     EXPECT_EQ(YWebService_retemRecurso(s, 2, retentor, &ponteiro, 1), 1321);
 }
 
@@ -158,7 +151,7 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
         nome = "Outr"; // the name was copied
         EXPECT_EQ(YSoapServer_recuperaPortType(servidor, "Tipo"), portType);
     };
-    registra({nome.c_str(), primeiros, apoio::Alvo_rtti, "wsdl", &grupo});
+    registra({nome.c_str(), primeiros, Alvo_rtti, "wsdl", &grupo});
     const auto constroi = [&] {
         YWebService *novo = nullptr;
         YPortType_constroiObjeto(portType, &novo);
@@ -173,7 +166,7 @@ TEST_F(SoapRegistro, umPortTypeNoLugarDeOutro) {
     EXPECT_EQ(YPortType_obtemTratador(portType, "dois"), dois);
     for (const YFuncaoRtti classe : {YFuncaoRtti{}, YFuncaoRtti{YNo_rtti}}) {
         YPortType_setRttiDoServico(portType, classe);
-        EXPECT_EQ(apoio::excecao(constroi), "YExcSoap: PortType sem classe de servi\xE7o.");
+        EXPECT_EQ(excecao(constroi), "YExcSoap: PortType sem classe de servi\xE7o.");
     }
     EXPECT_THROW(registra({nullptr, segundos, nullptr, nullptr, nullptr}), YExcecao);
 }

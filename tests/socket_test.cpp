@@ -1,25 +1,17 @@
 // Sockets over loopback.
-#include "apoio/arvore.hpp"
+#include "apoio/teste.hpp"
 
-#include <gtest/gtest.h>
-
-#include <csignal>
-#include <ctime>
-#include <functional>
-#include <thread>
-
-using namespace pramo::literais;
-
+using namespace apoio;
 namespace {
 
 constexpr uint32_t MUITO = 9000; // milliseconds
 
-const auto novo = [] { return pramo::cria<YSocket>(YSocket_rtti); };
+const auto novo = [] { return cria<YSocket>(YSocket_rtti); };
 
 class Socket : public testing::Test {
 protected:
-    pramo::Ponteiro<YSocket> ouvinte, cliente, conexao;
-    pramo::Ponteiro<YStream> s = pramo::cria<YStream>(YStream_rtti);
+    Ponteiro<YSocket> ouvinte, cliente, conexao;
+    Ponteiro<YStream> s = cria<YStream>(YStream_rtti);
     YSocket *aceita = nullptr;
 
     // Signals all the time: no wait ends for them, none begins anew, and none takes one for what it waits
@@ -67,7 +59,7 @@ TEST_F(Socket, escutaOndeSePede) {
     };
     for (const auto &[endereco, qual, por] : recusas) {
         const auto escuta = [onde = endereco, p = qual] { YSocket_escutaEm(novo().get(), onde, p); };
-        EXPECT_EQ(apoio::excecao(escuta), "YExc: " + por + " Porta não pôde ser usada."_l1);
+        EXPECT_EQ(excecao(escuta), "YExc: " + por + " Porta não pôde ser usada."_l1);
     }
     for (const std::string endereco : {"127.0.0.1", "::1"}) {
         ouvinte = novo();
@@ -80,8 +72,8 @@ TEST_F(Socket, escutaOndeSePede) {
 
 // Each operation that waits, under each end that a wait can have.
 TEST_F(Socket, cadaFimDeCadaEspera) {
-    const auto muito = apoio::streamDe(std::string(32 << 20, 'm'));
-    const std::pair<pramo::Ponteiro<YSocket> *, std::function<int(uint32_t)>> esperas[] = {
+    const auto muito = streamDe(std::string(32 << 20, 'm'));
+    const std::pair<Ponteiro<YSocket> *, std::function<int(uint32_t)>> esperas[] = {
         {&conexao, [&](uint32_t ms) { return YSocket_recebeLinhaMs(conexao, s, ms); }},
         {&cliente, [&](uint32_t ms) { return YSocket_enviaMs(cliente, muito, ms); }},
         {&ouvinte, [&](uint32_t ms) { return YSocket_aceitaConexaoMs(ouvinte, 0, &aceita, ms); }},

@@ -1,15 +1,12 @@
 // Streams: content, formatting, references.
-#include "apoio/arvore.hpp"
+#include "apoio/teste.hpp"
 
-#include <gtest/gtest.h>
-
-using namespace pramo::literais;
-
+using namespace apoio;
 namespace {
 
 class Stream : public testing::Test {
 protected:
-    pramo::Ponteiro<YStream> dono = pramo::cria<YStream>(YStream_rtti);
+    Ponteiro<YStream> dono = cria<YStream>(YStream_rtti);
     YStream *s = dono.get();
 };
 
@@ -32,14 +29,13 @@ TEST_F(Stream, aceitaOSeuProprioTexto) {
     YStream_printf(s, "%s", YStream_str(s));
     YStream_putTirandoAcentos(s, YStream_str(s));
     YStream_putHtmlString(s, YStream_str(s));
-    EXPECT_TRUE(apoio::conteudo(s) == std::string(32768, 'x'));
+    EXPECT_TRUE(conteudo(s) == std::string(32768, 'x'));
 }
 
 TEST_F(Stream, referenciasQueSaem) {
     YStream_putHtmlString(s, "a<b>&\"c'\r\n\xe7\x80\xff");
     YStream_putTirandoAcentos(s, "AÇÃO ção É ñ ü ÿ × ß"_l1);
-    EXPECT_EQ(apoio::conteudo(s),
-              "a&lt;b&gt;&amp;&quot;c'&#13;\n&#231;&#128;&#255;ACAO cao E n u y \xd7 \xdf");
+    EXPECT_EQ(conteudo(s), "a&lt;b&gt;&amp;&quot;c'&#13;\n&#231;&#128;&#255;ACAO cao E n u y \xd7 \xdf");
     for (int c = 1; c < 256; c++) {
         YStream_clear(s);
         YStream_putHtmlString(s, std::string(1, static_cast<char>(c)).c_str());
@@ -56,10 +52,9 @@ TEST_F(Stream, referenciasQueEntram) {
         {"&#x;", 0, 4}, {"&nbsp;", 0, 6}, {"&AMP;", 0, 5}, {"& b;", 0, 4}, {"&a<b;", 0, 5}, {"&;", 0, 2}};
     // clang-format on
     for (const auto &[texto, esperado, sobra] : casos) {
-        const auto entrada = apoio::streamDe(texto);
+        const auto entrada = streamDe(texto);
         int lido = 0;
-        EXPECT_EQ(apoio::excecao([&] { lido = YStream_getHtmlChar(entrada); }).empty(), esperado != 0)
-            << texto;
+        EXPECT_EQ(excecao([&] { lido = YStream_getHtmlChar(entrada); }).empty(), esperado != 0) << texto;
         EXPECT_TRUE(lido == esperado && YStream_disponiveis(entrada) == sobra) << texto;
     }
 }

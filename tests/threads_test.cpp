@@ -1,17 +1,8 @@
 // Thread objects and functions run on threads of their own.
-#include "apoio/arvore.hpp"
-#include "apoio/filho.hpp"
 #include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <pthread.h>
-
+using namespace apoio;
 namespace {
-
-using apoio::acontece;
-using namespace pramo::literais;
 
 Y_CLASSE(Contador, YObThread) {
     void (*acao)(Contador *);
@@ -31,14 +22,14 @@ const YObThread_Rtti CONTADOR = {{YObThread_rtti, "Contador", sizeof(Contador), 
                                  YObThread_startImpl,
                                  YObThread_stopImpl};
 
-pramo::Ponteiro<Contador> novoContador(void (*acao)(Contador *)) {
-    auto c = pramo::cria<Contador>([] { return &CONTADOR.rtti; });
+Ponteiro<Contador> novoContador(void (*acao)(Contador *)) {
+    auto c = cria<Contador>([] { return &CONTADOR.rtti; });
     c->acao = acao;
     return c;
 }
 
 TEST(Thread, cadaRodadaTerminaAoSeuModoEOutraComeca) {
-    const apoio::Diario diario(0);
+    const Diario diario(0);
     void (*const acoes[])(Contador *) = {
         [](Contador *) { throw std::runtime_error("fim"); }, [](Contador *c) { YObThread_stop(c); },
         [](Contador *) { pthread_exit(nullptr); },
@@ -95,7 +86,7 @@ bool rodam(
 }
 
 TEST(ExecutaThread, nadaDeUmTrabalhoChegaAoSeguinte) {
-    const apoio::Diario diario;
+    const Diario diario;
     EXPECT_TRUE(rodam(100, [] {
         YContextoTry regiao{};
         YContextoTry_inicia(&regiao);
@@ -107,17 +98,17 @@ TEST(ExecutaThread, nadaDeUmTrabalhoChegaAoSeguinte) {
     }));
     EXPECT_TRUE(rodam(60, [] { // most of them where the first ran
         YExc_descreve_no_log();
-        EXPECT_EQ(apoio::excecao([] { YContextoTry_throw(YExc_rtti, "de B", "", 1); }), "YExc: de B");
+        EXPECT_EQ(excecao([] { YContextoTry_throw(YExc_rtti, "de B", "", 1); }), "YExc: de B");
     }));
     EXPECT_EQ(diario.quantos(""), 0);
 }
 
 TEST(ExecutaThread, oFilhoDeUmForkNaoContaComAsThreadsDoPai) {
     ASSERT_TRUE(rodam(20)); // and then wait for more
-    EXPECT_TRUE(apoio::noFilho([] {
+    EXPECT_TRUE(noFilho([] {
         YexecutaThread_setTamanhoDaPilha(uint64_t{1} << 60);
         // Nobody waits here: it needs a new thread, which cannot be made.
-        const std::string recusa = apoio::excecao([] { rodam(1); });
+        const std::string recusa = excecao([] { rodam(1); });
         YexecutaThread_setTamanhoDaPilha(0);
         return recusa == "YExc: Não foi possível criar a thread."_l1 && rodam(20) && rodam(70);
     }));
@@ -142,7 +133,7 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
         YObLOG_setSaida([](void *funcao, int, const char *) { chama(funcao); }, &naSaida);
         YexecutaThread(chama, &naThread);
         EXPECT_TRUE(acontece([] { return chamadas == 2; }));
-        const apoio::Diario diario;
+        const Diario diario;
         YObLOG_masc_print(Y_LOG_ERRO, "adiante");
         EXPECT_TRUE(acontece([&] { return diario.quantos("adiante") == 1; }));
     }
@@ -150,9 +141,9 @@ TEST(ExecutaThread, quemTerminaAThreadSoTerminaEla) {
 }
 
 TEST(Mutex, reentraEExclui) {
-    const auto m = pramo::cria<YObMutex>(YObMutex_rtti);
+    const auto m = cria<YObMutex>(YObMutex_rtti);
     int total = 0;
-    apoio::emThreads(2, [&](int) {
+    emThreads(2, [&](int) {
         for (int n = 0; n < 1000; n++) {
             YObMutex_requisita0(m, "teste", 1);
             YObMutex_requisita0(m, "teste", 2);

@@ -1,15 +1,7 @@
 // Field types: what a text becomes in memory, what is written back, and that no other byte is touched.
-#include "apoio/arvore.hpp"
-#include "apoio/beiraDaPagina.hpp"
+#include "apoio/teste.hpp"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
-using apoio::excecao;
-
-using namespace pramo::literais;
-
+using namespace apoio;
 namespace {
 
 // clang-format off
@@ -48,22 +40,22 @@ TEST(Tipos, leEGravaSoNosSeusBytesOuNada) {
         {DATAC, 2, "2108-01-01", "", "YExcSoap: Data posterior a 2107."},
     };
     // clang-format on
-    const auto pagina = apoio::beiraDaPagina();
+    const auto pagina = beiraDaPagina();
     for (const auto &[tipo, tamanho, texto, bytes, resultado] : casos) {
         for (const std::size_t folga : {0, 1}) { // one of the two is not aligned
             std::string esperada(pagina.size(), '\xA5');
             std::ranges::copy(esperada, pagina.begin());
             const std::size_t onde = pagina.size() - folga - (bytes.empty() ? 18 : bytes.size());
             esperada.replace(onde, bytes.size(), bytes);
-            const auto variavel = pramo::cria<Pramo_Variavel>(Pramo_Variavel_rtti);
+            const auto variavel = cria<Pramo_Variavel>(Pramo_Variavel_rtti);
             Pramo_Variavel_setTipo(variavel, tipo);
             Pramo_Variavel_setEndereco(variavel, &pagina[onde]);
             Pramo_Variavel_setTamanho(variavel, tamanho);
-            const auto no = pramo::cria<YNo>(YNo_rtti);
+            const auto no = cria<YNo>(YNo_rtti);
             YNo_setValor(no, texto);
             const std::string recusa = excecao([&] { Pramo_Variavel_leDeYNo(variavel, no); });
             EXPECT_EQ(std::string(pagina.begin(), pagina.end()), esperada) << resultado;
-            const auto gravado = pramo::cria<YNo>(YNo_rtti);
+            const auto gravado = cria<YNo>(YNo_rtti);
             const std::string falha = excecao([&] { Pramo_Variavel_gravaEmYNo(variavel, gravado); });
             EXPECT_TRUE(resultado != TAMANHO || falha == TAMANHO) << "nor can it be written";
             EXPECT_EQ(recusa.empty() ? falha + YNo_getString(gravado, "valor") : recusa, resultado);

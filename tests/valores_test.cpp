@@ -1,15 +1,9 @@
 // Typed values: the text of every value, and what every text is read as.
-#include "apoio/arvore.hpp"
-
-#include <gtest/gtest.h>
+#include "apoio/teste.hpp"
 
 #include <clocale>
-#include <cmath>
-#include <limits>
 
 using namespace apoio;
-using namespace pramo::literais;
-
 namespace {
 
 // A time zone by its rule, so that no zone files are needed.
@@ -22,7 +16,7 @@ constexpr const char *NOVA_YORK = "EST5EDT,M3.2.0,M11.1.0";
 
 class Valores : public testing::Test {
 protected:
-    pramo::Ponteiro<YNo> dono = pramo::cria<YNo>(YNo_rtti);
+    Ponteiro<YNo> dono = cria<YNo>(YNo_rtti);
     YNo *no = dono.get();
 
     void TearDown() override {
@@ -91,13 +85,13 @@ TEST_F(Valores, aLocaleDoProcessoNadaMuda) {
     EXPECT_TRUE(std::tolower('I') != 'i' && *std::localeconv()->decimal_point == ',');
     EXPECT_EQ(escrito(YNo_setDoubleVal, 1234567.5), "1234567.500000");
     EXPECT_EQ(lido(YNo_getDoubleVal, "1.5"), 1.5);
-    const auto s = pramo::cria<YStream>(YStream_rtti);
+    const auto s = cria<YStream>(YStream_rtti);
     YStream_printf(s, "%.2f %02000d", 1.25, 7);
     EXPECT_EQ(conteudo(s), "1.25 " + std::string(1999, '0') + "7");
     double numero = 0;
     EXPECT_TRUE(YStream_scanf(s, "%lf", &numero) == 1 && numero == 1.25);
     EXPECT_EQ(YStream_disponiveis(s), 2005) << "scanning does not read";
-    const pramo::Ponteiro<YDIC> dic(YDIC_constroi());
+    const Ponteiro<YDIC> dic(YDIC_constroi());
     YDIC_muda_opcoes(dic, YDIC_SEM_CAIXA);
     YDIC_guarda(dic, "FIM", "");
     EXPECT_STREQ(YDIC_recupera(dic, "fim"), "");

@@ -1,11 +1,5 @@
 #include "alvo.hpp"
 
-#include "servidor.hpp"
-
-#include <stdexcept>
-
-using namespace pramo::literais;
-
 namespace apoio {
 
 namespace {

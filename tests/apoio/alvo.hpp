@@ -1,9 +1,7 @@
 // A service class that can tell whether its object is whole, and the port type that publishes it.
 #pragma once
 
-#include <3pramo/3pramo.hpp>
-
-#include <atomic>
+#include "servidor.hpp"
 
 namespace apoio {
 

@@ -4,7 +4,6 @@
 #include <3pramo/3pramo.hpp>
 
 #include <string>
-#include <string_view>
 
 namespace apoio {
 

@@ -2,19 +2,10 @@
 // not come within ten seconds throws.
 #pragma once
 
-#include <algorithm>
+#include "teste.hpp"
+
 #include <arpa/inet.h>
-#include <array>
-#include <cctype>
-#include <cerrno>
-#include <map>
-#include <memory>
 #include <netinet/tcp.h>
-#include <sstream>
-#include <string>
-#include <string_view>
-#include <system_error>
-#include <unistd.h>
 
 namespace apoio {
 

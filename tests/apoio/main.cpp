@@ -1,8 +1,6 @@
 // Runs the tests; one that leaves blocks or objects of the library behind fails, and says which.
 #include "servidor.hpp"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 class NadaFica : public testing::EmptyTestEventListener {

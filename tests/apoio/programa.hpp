@@ -3,10 +3,6 @@
 
 #include "cliente.hpp"
 
-#include <csignal>
-#include <cstdio>
-#include <filesystem>
-
 namespace apoio {
 
 /// A program that serves on a free port ("--porta 0") of this process's address and says where

@@ -3,18 +3,6 @@
 
 #include "cliente.hpp"
 
-#include <3pramo/3pramo.hpp>
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <chrono>
-#include <ctime>
-#include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
-
 namespace apoio {
 
 /// Waits until the condition holds, ten seconds at most; false when it never did.
@@ -49,7 +37,7 @@ std::vector<std::jthread> emThreads(int quantas, FUNCAO funcao) {
 template <typename CLASSE, auto SET_PORTA, auto SET_ENDERECO, auto ESPERA_PRONTO, auto PORTA>
 class ServidorDe {
 public:
-    explicit ServidorDe(YFuncaoRtti classe) : servidor_(pramo::cria<CLASSE>(classe)) {
+    explicit ServidorDe(YFuncaoRtti classe) : servidor_(cria<CLASSE>(classe)) {
         SET_PORTA(servidor_, 0);
         SET_ENDERECO(servidor_, inet_ntoa(enderecoProprio()));
     }
@@ -65,7 +53,7 @@ public:
     [[nodiscard]] std::uint32_t porta() const { return static_cast<std::uint32_t>(PORTA(servidor_)); }
 
 private:
-    pramo::Ponteiro<CLASSE> servidor_;
+    Ponteiro<CLASSE> servidor_;
 };
 
 /// A running web server; without a handler it serves files.

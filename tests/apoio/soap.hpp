@@ -1,9 +1,7 @@
 // A SOAP server on a free port, and calls to it.
 #pragma once
 
-#include "servidor.hpp"
-
-#include <regex>
+#include "alvo.hpp"
 
 namespace apoio {
 

@@ -1,15 +1,7 @@
 // Static files over TCP.
 #include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 using namespace apoio;
-using namespace std::literals;
 namespace fs = std::filesystem;
 
 namespace {

@@ -2,10 +2,7 @@
 #include "apoio/programa.hpp"
 #include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-#include <regex>
-
+using namespace apoio;
 namespace {
 
 TEST(Formulario, umaVendaComUmCampoRecusado) {
@@ -27,21 +24,21 @@ TEST(Formulario, umaVendaComUmCampoRecusado) {
          "<campo nome=\"autorizacao\">AUT 42</campo>",
          "total=1875 ;=cancelamento;=consulta;"},
     };
-    apoio::Programa programa("formulario", {"--log-corpo"});
-    const std::string eu = apoio::eu(apoio::chama(programa.porta(), "Formulario", "constroi"));
+    Programa programa("formulario", {"--log-corpo"});
+    const std::string objeto = eu(chama(programa.porta(), "Formulario", "constroi"));
     const std::regex elemento(
         "<ns1:campo nome=\"(\\w+)\".*?<ns1:valor>(.*?)<|<ns1:botao nomeDaOperacao=\"(\\w+)\"");
     for (const auto &[campos, esperada] : rodadas) {
-        const auto resposta = apoio::chamaComCorpo(programa.porta(), "Formulario", "preenche",
-                                                   apoio::envelope("preenche", eu + campos));
+        const auto resposta =
+            chamaComCorpo(programa.porta(), "Formulario", "preenche", envelope("preenche", objeto + campos));
         std::string formulario;
         for (std::sregex_iterator it(resposta.corpo.begin(), resposta.corpo.end(), elemento), fim; it != fim;
              ++it) {
             formulario += it->format("$1=$2$3;");
         }
-        EXPECT_EQ(formulario.empty() ? apoio::resultado(resposta) : formulario, esperada);
+        EXPECT_EQ(formulario.empty() ? resultado(resposta) : formulario, esperada);
     }
-    EXPECT_EQ(apoio::chama(programa.porta(), "Formulario", "destroi", eu), "");
+    EXPECT_EQ(chama(programa.porta(), "Formulario", "destroi", objeto), "");
     EXPECT_EQ(programa.termina(), 0) << programa.erros();
     EXPECT_NE(programa.erros().find("<campo nome=\"senha\" periferico=\"PIN\">[*]</campo>"),
               std::string::npos)

@@ -1,13 +1,7 @@
 // The web server over TCP: framing, what reaches a handler, what is answered without one, bounds.
 #include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-
 using namespace apoio;
-using namespace std::literals;
-
 namespace {
 
 const std::string LINHA_501 = "HTTP/1.1 501 Not Implemented.\n";

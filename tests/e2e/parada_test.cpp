@@ -1,14 +1,7 @@
 // The web server's life: start, stop, start again, destruction under load, limits of connections.
 #include "apoio/servidor.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <sys/resource.h>
-
 using namespace apoio;
-using namespace std::literals;
-
 namespace {
 
 template <typename ACAO>
@@ -135,7 +128,7 @@ TEST_F(Parada, limiteDeConexoes) {
 }
 
 TEST_F(Parada, portaOcupadaRegistradaUmaVezETentadaDeNovo) {
-    const auto outro = pramo::cria<YWebServer>(YWebServer_rtti);
+    const auto outro = cria<YWebServer>(YWebServer_rtti);
     const auto pronto = [&] { return YWebServer_esperaPronto(outro, std::time(nullptr) + 10); };
     YWebServer_setPorta(outro, servidor.porta());
     Cliente cliente(servidor.porta()); // what is left of it keeps the port from anybody else

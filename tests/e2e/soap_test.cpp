@@ -1,28 +1,19 @@
 // SOAP calls over TCP: what is answered, to whom a call goes, what fails and how.
-#include "apoio/alvo.hpp"
 #include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-#include <regex>
-
-using apoio::Alvo;
-using apoio::envelope;
-using apoio::eu;
-using apoio::NAO_CONSTA;
-
+using namespace apoio;
 namespace {
 
 class Soap : public testing::Test {
 protected:
-    apoio::ServidorSoap servidor{{apoio::definicaoDoAlvo()}};
+    ServidorSoap servidor{{definicaoDoAlvo()}};
 
     std::string chama(const std::string &metodo, const std::string &parametros = "",
                       const std::string &portType = "Alvo") {
         return apoio::chama(servidor.porta(), portType, metodo, parametros);
     }
-    [[nodiscard]] apoio::Resposta pede(const std::string &bytes) const {
-        apoio::Cliente cliente(servidor.porta());
+    [[nodiscard]] Resposta pede(const std::string &bytes) const {
+        Cliente cliente(servidor.porta());
         cliente.envia(bytes);
         return cliente.recebe();
     }
@@ -48,9 +39,8 @@ TEST_F(Soap, oQueELidoEOQueERecusado) {
         {"Alvo", "falha", "", "YExcSoap: Acao &lt;nao&gt; permitida &amp; so isso: ?&#167;."},
         {"Alvo", "estranha", "", "YExc: Erro interno."},
     };
-    for (const auto &[portType, metodo, corpo, resultado] : casos) {
-        EXPECT_EQ(apoio::resultado(apoio::chamaComCorpo(servidor.porta(), portType, metodo, corpo)),
-                  resultado)
+    for (const auto &[portType, metodo, corpo, esperado] : casos) {
+        EXPECT_EQ(resultado(chamaComCorpo(servidor.porta(), portType, metodo, corpo)), esperado)
             << portType << "#" << metodo << " " << corpo;
         EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5") << "and the next one is answered";
     }
@@ -65,9 +55,9 @@ TEST_F(Soap, oNomeDoMetodoEDoPortType) {
          "YExcSoap: nome: " + std::string(127, 'm') + ". Metodo desconhecido."},
         {"POST /Alvo", "soma", "no envelope: "}, // without # no SOAP call, and no answer
     };
-    for (const auto &[linha, acao, resultado] : casos) {
-        const auto bytes = apoio::requisicao(linha, "SOAPAction: " + acao + "\r\n", soma);
-        EXPECT_EQ(apoio::resultado(pede(bytes)), resultado) << linha << acao;
+    for (const auto &[linha, acao, esperado] : casos) {
+        const auto bytes = requisicao(linha, "SOAPAction: " + acao + "\r\n", soma);
+        EXPECT_EQ(resultado(pede(bytes)), esperado) << linha << acao;
     }
 }
 
@@ -119,11 +109,10 @@ TEST_F(Soap, semEuAChamadaTemUmObjetoSoDela) {
         EXPECT_EQ(chama("destroi", eu(novo)), "");
     }
 
-    const apoio::Diario diario;
+    const Diario diario;
     EXPECT_EQ(chama("padrao"), "YExc: Erro interno.");
     EXPECT_EQ(diario.quantos("YSoapServer: YExc: fora da faixa: 411111******1111 ("), 1);
-    EXPECT_TRUE(apoio::acontece([] { return Alvo::vivos == 0; }))
-        << "the sweep takes what a failed call left";
+    EXPECT_TRUE(acontece([] { return Alvo::vivos == 0; })) << "the sweep takes what a failed call left";
 }
 
 // ---- To whom a call goes ----
@@ -137,7 +126,7 @@ void responde(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
     EXPECT_EQ(doGrupo, servico->rtti == &OUTRO) << "those that the port type made";
 }
 
-const YRtti FILHO = {apoio::Alvo_rtti, "Filho", sizeof(Alvo), nullptr, nullptr};
+const YRtti FILHO = {Alvo_rtti, "Filho", sizeof(Alvo), nullptr, nullptr};
 
 TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     constexpr YDefinicaoMetodo metodos[] = {{"constroi", responde}, {"quem", responde}, {nullptr, nullptr}};
@@ -148,9 +137,9 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     const auto outroRtti = [] { return &OUTRO; };
     registra("Outro", outroRtti);
     registra("\"<&>", outroRtti);
-    registra("Familia", apoio::Alvo_rtti);
+    registra("Familia", Alvo_rtti);
     const std::string alvo = eu(chama("constroi"));
-    const auto filho = pramo::cria<YWebService>([] { return &FILHO; });
+    const auto filho = cria<YWebService>([] { return &FILHO; });
     YWebService_setSoapServer(filho, servidor);
     char identidade[Y_TAMANHO_IDENTIDADE];
     YObPtrToStr(identidade, sizeof identidade, filho.get());
@@ -175,7 +164,7 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
 
 TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
     for (const char *semWsdl : {"GET /wsdl/Nada", "GET /wsdl/Alvo"}) {
-        EXPECT_EQ(pede(apoio::requisicao(semWsdl)).linha, "HTTP/1.1 404 File not found.") << semWsdl;
+        EXPECT_EQ(pede(requisicao(semWsdl)).linha, "HTTP/1.1 404 File not found.") << semWsdl;
     }
     const std::string longo(31, 'n');
     const std::string publicado = "HTTP/1.1 200 OKtext/xml; charset=ISO-8859-1";
@@ -194,9 +183,9 @@ TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
         {"$(*Host)", "a\"><b", "none"},
     };
     for (const auto &[wsdl, host, corpo] : casos) {
-        const YDefinicaoPortType definicao = apoio::definicaoDoAlvo(wsdl.c_str());
+        const YDefinicaoPortType definicao = definicaoDoAlvo(wsdl.c_str());
         YSoapServer_registraPortType(servidor, &definicao);
-        apoio::Resposta r = pede("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+        Resposta r = pede("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
         EXPECT_EQ(r.linha + r.campos["content-type"] + r.corpo, corpo == "none" ? "" : publicado + corpo)
             << wsdl << host;
     }
@@ -223,14 +212,14 @@ TEST_F(Soap, limites) {
     EXPECT_EQ(chama("soma", "<a>2</a><b>3</b><c/>"), "YExcSoap: Mensagem SOAP mal formada.");
 
     YSoapServer_setLimiteDoCorpo(servidor, 500);
-    EXPECT_EQ(apoio::conversa(servidor.porta(), apoio::pedidoSoap("Alvo", "eco", std::string(501, ' '))),
+    EXPECT_EQ(conversa(servidor.porta(), pedidoSoap("Alvo", "eco", std::string(501, ' '))),
               "HTTP/1.1 413 Content Too Large.\n");
 }
 
 TEST_F(Soap, oLogDosCorposETemUmaLinhaPorRegistroENadaEmClaro) {
     const std::string cartao = "4111111111111111";
     const std::string objeto = chama("constroi");
-    const apoio::Diario diario(Y_LOG_CORPO);
+    const Diario diario(Y_LOG_CORPO);
     EXPECT_EQ(chama("eco", "<texto>\n" + cartao + "\n</texto>"), cartao + "\n");
     chama("total", eu(objeto));
     EXPECT_EQ(diario.quantos("<ns1:return>411111******1111\\n</ns1:return>"), 1);

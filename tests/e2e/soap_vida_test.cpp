@@ -1,19 +1,12 @@
 // Service objects and their server in time: expiry, use by many at once, restart.
-#include "apoio/alvo.hpp"
 #include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-using apoio::acontece;
-using apoio::Alvo;
-using apoio::eu;
-using apoio::NAO_CONSTA;
-
+using namespace apoio;
 namespace {
 
 class SoapVida : public testing::Test {
 protected:
-    apoio::ServidorSoap servidor{{apoio::definicaoDoAlvo()}};
+    ServidorSoap servidor{{definicaoDoAlvo()}};
 
     void TearDown() override {
         servidor.libera();
@@ -21,7 +14,7 @@ protected:
         EXPECT_EQ(Alvo::quebrados, 0) << "a call met an object that was not whole";
     }
     std::string naAlvo(const std::string &metodo, const std::string &parametros = "") {
-        return apoio::chama(servidor.porta(), "Alvo", metodo, parametros);
+        return chama(servidor.porta(), "Alvo", metodo, parametros);
     }
 };
 
@@ -50,10 +43,10 @@ TEST_F(SoapVida, umObjetoEmUsoTerminaASuaChamada) {
     const std::string derrubado = naAlvo("constroi");
     const std::string vencido = naAlvo("constroi");
     const std::string liberado = naAlvo("constroi");
-    std::vector<apoio::Cliente> ocupados;
+    std::vector<Cliente> ocupados;
     for (const std::string &parametros : {eu(derrubado), eu(vencido), eu(liberado), std::string()}) {
-        const std::string corpo = apoio::envelope("espera", parametros);
-        ocupados.emplace_back(servidor.porta()).envia(apoio::pedidoSoap("Alvo", "espera", corpo));
+        const std::string corpo = envelope("espera", parametros);
+        ocupados.emplace_back(servidor.porta()).envia(pedidoSoap("Alvo", "espera", corpo));
     }
     ASSERT_TRUE(acontece([] { return Alvo::dentro == 4; }));
 
@@ -73,8 +66,8 @@ TEST_F(SoapVida, umObjetoEmUsoTerminaASuaChamada) {
 
     const std::jthread fim([&] { servidor.libera(); }); // it waits for the calls
     Alvo::aberto = true;
-    for (apoio::Cliente &cliente : ocupados) {
-        EXPECT_EQ(apoio::resultado(cliente.recebe()), "0");
+    for (Cliente &cliente : ocupados) {
+        EXPECT_EQ(resultado(cliente.recebe()), "0");
     }
 }
 
@@ -82,7 +75,7 @@ TEST_F(SoapVida, muitosChamamUmObjetoAteQueAlguemODestrua) {
     for (int volta = 0; volta < 20; volta++) {
         const std::string objeto = eu(naAlvo("constroi"));
         std::atomic<int> respostas{0}, soma{0};
-        auto threads = apoio::emThreads(6, [&](int) {
+        auto threads = emThreads(6, [&](int) {
             std::string total;
             while ((total = naAlvo("acumula", objeto + "<valor>1</valor>")) != NAO_CONSTA) {
                 soma += std::atoi(total.c_str());
@@ -99,9 +92,9 @@ TEST_F(SoapVida, muitosChamamUmObjetoAteQueAlguemODestrua) {
 
 // Set before the first start, on the web server that does not listen yet.
 TEST(SoapAjustes, valemDesdeOPrimeiroComecoEDepoisDeUmRecomeco) {
-    const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
+    const auto servidor = cria<YSoapServer>(YSoapServer_rtti);
     YSoapServer_setPorta(servidor, 0);
-    const YDefinicaoPortType alvo = apoio::definicaoDoAlvo();
+    const YDefinicaoPortType alvo = definicaoDoAlvo();
     YSoapServer_registraPortType(servidor, &alvo);
     YSoapServer_setLimiteDoCabecalho(servidor, 300);
     YSoapServer_setLimiteDoCorpo(servidor, 200'000);
@@ -110,27 +103,26 @@ TEST(SoapAjustes, valemDesdeOPrimeiroComecoEDepoisDeUmRecomeco) {
     YSoapServer_setPrazoDaRequisicao(servidor, 1);
     YSoapServer_setFechaLogo(servidor, 1);
     YSoapServer_setDiretorioBase(servidor, "/etc");
-    const std::string um = apoio::pedidoSoap("Alvo", "total", apoio::envelope("total", ""));
+    const std::string um = pedidoSoap("Alvo", "total", envelope("total", ""));
     const std::pair<std::string, std::string> casos[] = {
-        {apoio::requisicao("GET /" + std::string(300, 'x')),
-         "HTTP/1.1 431 Request Header Fields Too Large.\n"},
-        {apoio::requisicao("POST /", "", std::string(200'001, ' ')), "HTTP/1.1 413 Content Too Large.\n"},
-        {apoio::requisicao("POST /", "", std::string(100'001, ' ')), "HTTP/1.1 503 Service Unavailable.\n"},
-        {apoio::requisicao("GET /", "Connection: close\r\n") + um, ""}, // the second is not answered
+        {requisicao("GET /" + std::string(300, 'x')), "HTTP/1.1 431 Request Header Fields Too Large.\n"},
+        {requisicao("POST /", "", std::string(200'001, ' ')), "HTTP/1.1 413 Content Too Large.\n"},
+        {requisicao("POST /", "", std::string(100'001, ' ')), "HTTP/1.1 503 Service Unavailable.\n"},
+        {requisicao("GET /", "Connection: close\r\n") + um, ""}, // the second is not answered
     };
     for (int vez = 0; vez < 2; vez++) {
         YObThread_start(servidor);
         const auto porta = static_cast<std::uint32_t>(YSoapServer_getPorta(servidor));
         for (const auto &[pedido, resposta] : casos) {
-            const std::string veio = apoio::conversa(porta, pedido);
+            const std::string veio = conversa(porta, pedido);
             EXPECT_TRUE(resposta.empty() ? !veio.ends_with("</SOAP-ENV:Envelope>") : veio == resposta)
                 << veio;
         }
-        const std::string arquivo = apoio::conversa(porta, apoio::requisicao("GET /passwd"));
+        const std::string arquivo = conversa(porta, requisicao("GET /passwd"));
         EXPECT_NE(arquivo.find("root:"), arquivo.npos) << arquivo;
-        apoio::Cliente ocioso(porta);
+        Cliente ocioso(porta);
         ocioso.pede(um);
-        apoio::Cliente lento(porta);
+        Cliente lento(porta);
         EXPECT_TRUE(ocioso.fechou()) << "it made room for the next";
         const auto inicio = std::chrono::steady_clock::now();
         lento.envia("POST / HTTP/1.1\n");
@@ -151,7 +143,7 @@ TEST_F(SoapVida, umTratadorNaoMudaAVidaDoSeuServidor) {
         const YDefinicaoMetodo metodos[] = {{"acaba", acao}, {nullptr, nullptr}};
         const YDefinicaoPortType definicao = {"Fim", metodos, YWebService_rtti, nullptr, nullptr};
         YSoapServer_registraPortType(servidor, &definicao);
-        EXPECT_EQ(apoio::chama(servidor.porta(), "Fim", "acaba"), "YExc: Objeto em uso pela propria thread.");
+        EXPECT_EQ(chama(servidor.porta(), "Fim", "acaba"), "YExc: Objeto em uso pela propria thread.");
         EXPECT_EQ(naAlvo("soma", "<a>2</a><b>3</b>"), "5");
     }
 }

@@ -1,15 +1,8 @@
 // Everything at once on a server: calls, ends, expiry, stop, start, registrations and freeing. Every
 // object knows its owner's secret; no call may meet another one's.
-#include "apoio/alvo.hpp"
 #include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
-using apoio::Alvo;
-using apoio::eu;
-
+using namespace apoio;
 namespace {
 
 struct Tumulto {
@@ -37,14 +30,14 @@ struct Tumulto {
                     continue;
                 }
                 const std::string total = chama("total", meu);
-                EXPECT_TRUE(total == segredo || total == apoio::NAO_CONSTA || !veio(total)) << total;
+                EXPECT_TRUE(total == segredo || total == NAO_CONSTA || !veio(total)) << total;
                 const std::string gaveta = apoio::chama(porta, "Gaveta", "gaveta");
                 EXPECT_TRUE(gaveta == "aberta" || !veio(gaveta)) << gaveta;
-                const std::string wsdl = apoio::conversa(porta, apoio::requisicao("GET /wsdl/Alvo"));
+                const std::string wsdl = conversa(porta, requisicao("GET /wsdl/Alvo"));
                 EXPECT_TRUE(wsdl.ends_with("<d>m</d>") || wsdl.find(" 200 ") == wsdl.npos) << wsdl;
                 const char *const fins[] = {"destroi", "vence", "suicida", "falha", "total", "total"};
                 chama(fins[sorte() % 6], meu + "<falta/><quando>1</quando>");
-                meu = total == apoio::NAO_CONSTA ? "" : meu;
+                meu = total == NAO_CONSTA ? "" : meu;
                 voltas++;
             } catch (const std::system_error &) {
                 std::this_thread::yield(); // stopped just now
@@ -53,7 +46,7 @@ struct Tumulto {
     }
 
     void dono(YSoapServer *servidor, unsigned semente) {
-        const YDefinicaoPortType portType = apoio::definicaoDoAlvo("<d>$(M)</d>");
+        const YDefinicaoPortType portType = definicaoDoAlvo("<d>$(M)</d>");
         std::mt19937 sorte(semente);
         const auto fim = std::chrono::steady_clock::now() + std::chrono::milliseconds(900);
         while (std::chrono::steady_clock::now() < fim) {
@@ -95,16 +88,16 @@ void gaveta(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
 }
 
 TEST(Tumulto, ninguemChegaAoObjetoDeOutroENadaFica) {
-    const apoio::Diario diario(0);
+    const Diario diario(0);
     for (unsigned vez = 0; vez < 3; vez++) {
         constexpr YDefinicaoMetodo metodos[] = {{"gaveta", gaveta}, {nullptr, nullptr}};
-        apoio::ServidorSoap servidor(
-            {apoio::definicaoDoAlvo(), {"Gaveta", metodos, YWebService_rtti, nullptr, nullptr}}, Caixa_rtti);
+        ServidorSoap servidor({definicaoDoAlvo(), {"Gaveta", metodos, YWebService_rtti, nullptr, nullptr}},
+                              Caixa_rtti);
         Tumulto tumulto;
-        auto donos = apoio::emThreads(2, [&](unsigned i) { tumulto.dono(servidor, 10 * vez + i); });
-        auto clientes = apoio::emThreads(6, [&](unsigned i) { tumulto.cliente(100 + 10 * vez + i); });
+        auto donos = emThreads(2, [&](unsigned i) { tumulto.dono(servidor, 10 * vez + i); });
+        auto clientes = emThreads(6, [&](unsigned i) { tumulto.cliente(100 + 10 * vez + i); });
         donos.clear();
-        EXPECT_TRUE(apoio::acontece([&] { return tumulto.voltas > 3; }));
+        EXPECT_TRUE(acontece([&] { return tumulto.voltas > 3; }));
         servidor.libera(); // under load
         tumulto.acabou = true;
         clientes.clear();

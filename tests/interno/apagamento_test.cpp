@@ -1,13 +1,9 @@
 // No block goes back to the allocator while it still holds a card number, a password or a PIN.
-#include "apoio/arvore.hpp"
 #include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstring>
 #include <malloc.h>
 
+using namespace apoio;
 namespace {
 
 constexpr std::string_view SEGREDOS[] = {"4929123456781234", "73519284", "A1B2C3D4E5F60718"};
@@ -44,7 +40,7 @@ namespace {
 // A form of which one request is refused, and messages, streams and texts with the card number.
 void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
     const char *cartao = YNo_getString(requisicao, "cartao");
-    const auto op = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+    const auto op = cria<Pramo_Operacao>(Pramo_Operacao_rtti);
     Pramo_Operacao_setCargaEstrita(op, 1);
     Pramo_Operacao_setRespostaDoPopup(op, "p", cartao);
     const std::pair<const char *, Pramo_Tipo *> campos[] = {{"s", Pramo_Tipo_getTipoSenha()},
@@ -55,7 +51,7 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
         Pramo_Variavel_acrescentaOpcao(variavel, cartao, cartao);
         Pramo_Variavel_marcaUsada(variavel);
     }
-    EXPECT_NE(apoio::excecao([&] { Pramo_Operacao_carregaDaRequisicao(op, requisicao); }), "");
+    EXPECT_NE(excecao([&] { Pramo_Operacao_carregaDaRequisicao(op, requisicao); }), "");
     YNo_setStringVal(YNo_getFilho(requisicao, "campo", 2), "1");
     Pramo_Operacao_carregaDaRequisicao(op, requisicao);
     for (const auto &[nome, tipo] : campos) {
@@ -63,9 +59,9 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
     }
     Pramo_Operacao_descarregaNaResposta(op, resposta);
 
-    const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    const auto copia = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-    const auto fio = pramo::cria<YStream>(YStream_rtti);
+    const auto mensagem = cria<YMensagemIso>(YMensagemIso_rtti);
+    const auto copia = cria<YMensagemIso>(YMensagemIso_rtti);
+    const auto fio = cria<YStream>(YStream_rtti);
     YMensagemIso_setBit(mensagem, 2, cartao);
     YMensagemIso_setBit(mensagem, 52, SEGREDOS[2].data());
     YMensagemIso_copiaDe(copia, mensagem);
@@ -77,7 +73,7 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
     YMensagemIso_carrega(mensagem, &posicao);
     YMensagemIso_salvaEmArquivo(mensagem, "/dev/null");
     YStream_printf(fio, "%600s", cartao);
-    const auto no = pramo::cria<YNo>(YNo_rtti);
+    const auto no = cria<YNo>(YNo_rtti);
     for (const char *texto : {cartao, "um texto mais longo que o primeiro", cartao, ""}) {
         YNo_setAtributo(no, "t", texto);
         YNo_setValor(no, texto);
@@ -87,8 +83,8 @@ void preenche(YWebService *, YNo *requisicao, YNo *resposta) {
 
 TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
     const YDefinicaoMetodo metodos[] = {{"preenche", preenche}, {nullptr, nullptr}};
-    apoio::ServidorSoap servidor({{"Alvo", metodos, YWebService_rtti, nullptr, nullptr}});
-    const apoio::Diario diario(Y_LOG_CORPO);
+    ServidorSoap servidor({{"Alvo", metodos, YWebService_rtti, nullptr, nullptr}});
+    const Diario diario(Y_LOG_CORPO);
     cliente = vigia = true;
     {
         const std::string cartao(SEGREDOS[0]);
@@ -99,8 +95,8 @@ TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
             corpo += "<campo opcao=\"" + cartao + "\" nome=\"" + campo + "</campo>";
         }
         corpo += "<b>" + cartao + "&amp;</b></preenche></Body></e>";
-        const std::string pedido = apoio::pedidoSoap("Alvo", "preenche", corpo);
-        const std::string respostas = apoio::conversa(servidor.porta(), pedido + pedido);
+        const std::string pedido = pedidoSoap("Alvo", "preenche", corpo);
+        const std::string respostas = conversa(servidor.porta(), pedido + pedido);
         EXPECT_NE(respostas.find("<ns1:valor>" + cartao + "</ns1:valor>"), std::string::npos) << respostas;
     }
     cliente = false;

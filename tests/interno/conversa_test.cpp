@@ -2,19 +2,13 @@
 // every n, or its n-th thread. It never ends the process, and the next client is served.
 #include "faltas.hpp"
 
-#include "apoio/alvo.hpp"
-#include "apoio/arvore.hpp"
 #include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-using apoio::alocacoes;
-using apoio::NUNCA;
-
+using namespace apoio;
 namespace {
 
 void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
-    const auto f = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+    const auto f = cria<Pramo_Operacao>(Pramo_Operacao_rtti);
     Pramo_Operacao_habilitaPeriferico(f, Pramo_Periferico_getPIN());
     Pramo_Operacao_criaBotao(f, "botao", "Botao");
     Pramo_Operacao_guardaMensagem(f, "mensagem");
@@ -31,8 +25,7 @@ void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
 
 struct Conversa : testing::Test {
     static constexpr YDefinicaoMetodo METODOS[] = {{"preenche", preenche}, {nullptr, nullptr}};
-    apoio::ServidorSoap servidor{
-        {{"Caixa", METODOS, YWebService_rtti, nullptr, nullptr}, apoio::definicaoDoAlvo()}};
+    ServidorSoap servidor{{{"Caixa", METODOS, YWebService_rtti, nullptr, nullptr}, definicaoDoAlvo()}};
 
     std::string chama(const std::string &metodo, const std::string &parametros = "") {
         return apoio::chama(servidor.porta(), metodo == "preenche" ? "Caixa" : "Alvo", metodo, parametros);
@@ -70,7 +63,7 @@ TEST_F(Conversa, semMemoriaNoComecoENoFim) {
     YObThread_stop(servidor);
     const auto comecaEPara = [&] {
         try {
-            const auto novo = pramo::cria<YSoapServer>(YSoapServer_rtti);
+            const auto novo = cria<YSoapServer>(YSoapServer_rtti);
             YSoapServer_setPorta(novo, 0);
             YObThread_start(novo);
             YObThread_start(servidor);
@@ -83,41 +76,41 @@ TEST_F(Conversa, semMemoriaNoComecoENoFim) {
 }
 
 TEST_F(Conversa, semMemoriaNasChamadas) {
-    apoio::poupada = true; // the client
+    poupada = true; // the client
     const auto conversa = [&] {
         try {
             chama("nada");
-            chama("acumula", apoio::eu(chama("constroi")) + "<valor>1</valor>");
+            chama("acumula", eu(chama("constroi")) + "<valor>1</valor>");
             chama("preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
         } catch (const std::system_error &) { // what fails on the server's side
         }
     };
     emCadaAlocacao(conversa, [&](const std::string &quem) { EXPECT_EQ(soma(), "5") << quem; });
-    apoio::poupada = false;
+    poupada = false;
 }
 
 TEST_F(Conversa, semThreadOComecoSeDesfaz) {
     YObThread_stop(servidor);
     for (int n = 0; n < 2; n++) {
-        apoio::threads.ainda = n;
-        EXPECT_EQ(apoio::excecao([&] { YObThread_start(servidor); }),
+        threads.ainda = n;
+        EXPECT_EQ(excecao([&] { YObThread_start(servidor); }),
                   "YExc: N\xE3o foi poss\xEDvel criar a thread.");
-        apoio::threads.ainda = NUNCA;
+        threads.ainda = NUNCA;
         EXPECT_EQ(YObThread_isAlive(servidor) + YObThread_isAlive(web()), 0) << "nothing serves";
         recomeca("thread " + std::to_string(n));
     }
 }
 
 TEST_F(Conversa, semThreadAConexaoAcaba) {
-    const apoio::Diario diario;
-    apoio::threads.ainda = 0;
-    std::vector<apoio::Cliente> clientes; // as many as threads wait for work, and one
-    EXPECT_TRUE(apoio::acontece([&] {
+    const Diario diario;
+    threads.ainda = 0;
+    std::vector<Cliente> clientes; // as many as threads wait for work, and one
+    EXPECT_TRUE(acontece([&] {
         clientes.emplace_back(servidor.porta());
-        return apoio::threads.ainda == NUNCA;
+        return threads.ainda == NUNCA;
     }));
     clientes.clear();
-    EXPECT_TRUE(apoio::acontece([&] { return YWebServer_getConexoes(web()) == 0; }));
+    EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(web()) == 0; }));
     EXPECT_EQ(soma(), "5");
 }
 

@@ -2,19 +2,11 @@
 // and nothing is lost or half done.
 #include "faltas.hpp"
 
-#include <3pramo/3pramo.hpp>
+#include "apoio/teste.hpp"
+
 #include <3pramo/foundation/YExc_interno.hpp>
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
-
-using namespace pramo::literais;
-
+using namespace apoio;
 namespace {
 
 /// Runs the operation with its n-th allocation failing, and then with all from the n-th on, for every n,
@@ -23,13 +15,13 @@ void falhaEmCada(const char *nome, const std::function<void()> &operacao) {
     operacao(); // what is made once for the whole process exists now
     for (int n = 0; n < 4000; n++) {
         const uint64_t antes = YMemoria_vivos();
-        apoio::alocacoes.seguidas = n % 2 != 0 ? INT_MAX : 1;
-        apoio::alocacoes.ainda = n / 2;
+        alocacoes.seguidas = n % 2 != 0 ? INT_MAX : 1;
+        alocacoes.ainda = n / 2;
         try {
             operacao(); // it may survive a failure, too
         } catch (const YExcecao &) {
         }
-        const bool falhou = apoio::alocacoes.ainda.exchange(apoio::NUNCA) < 0;
+        const bool falhou = alocacoes.ainda.exchange(NUNCA) < 0;
         ASSERT_EQ(YMemoria_vivos(), antes) << nome << ", allocation " << n / 2;
         if (!falhou) {
             return;
@@ -49,15 +41,15 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
     YMemoria_habilitaRelatorio(1);
     YObLOG_habilita(0);
     falhaEmCada("parser, mapas e escrita", [] {
-        const auto entrada = pramo::cria<YStream>(YStream_rtti);
+        const auto entrada = cria<YStream>(YStream_rtti);
         YStream_puts(entrada, "<e:Body xmlns:e='x'><a tipo='x:int' b='2'>3 &amp; &#231;</a><d x:type='n:Map'>"
                               "<item><key>um</key><value>1</value></item>"
                               "<item><key>dois</key><value><i>2</i></value></item></d></e:Body>");
-        const auto no = pramo::cria<YNo>(YNo_rtti);
+        const auto no = cria<YNo>(YNo_rtti);
         YNo_leDe(no, entrada);
         YNo_corrigeMaps(no);
         YNo_setNome(no, YNo_getNome(no));
-        YNo_setPai(pramo::cria<YNo>(YNo_rtti).get(), no);
+        YNo_setPai(cria<YNo>(YNo_rtti).get(), no);
         YStream_clear(entrada);
         try {
             YNo_gravaEm(no, entrada);
@@ -68,20 +60,20 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
     });
     const std::string longo(40, 'k');
     falhaEmCada("containers", [&longo] {
-        const pramo::Ponteiro<YDIC> dic(YDIC_constroi());
-        const auto set = pramo::cria<YSet>(YSetQueDestroi_rtti);
-        const auto mapa = pramo::cria<YMapa>(YMapaQueDestroi_rtti);
+        const Ponteiro<YDIC> dic(YDIC_constroi());
+        const auto set = cria<YSet>(YSetQueDestroi_rtti);
+        const auto mapa = cria<YMapa>(YMapaQueDestroi_rtti);
         for (const char *texto = longo.c_str(); *texto != '\0'; texto++) {
             YDIC_guarda(dic, texto, "valor");
             YDIC_guarda(dic, "k", texto);
-            auto noSet = pramo::cria<YOb>(YOb_rtti);
+            auto noSet = cria<YOb>(YOb_rtti);
             YSet_poe(set, noSet.get());
             (void)noSet.release();
-            auto noMapa = pramo::cria<YOb>(YOb_rtti);
+            auto noMapa = cria<YOb>(YOb_rtti);
             YMapa_guarda(mapa, texto, noMapa.get());
             (void)noMapa.release();
         }
-        const auto uniao = pramo::cria<YSet>(YSet_rtti);
+        const auto uniao = cria<YSet>(YSet_rtti);
         YSet_poe(uniao, nullptr);
         try {
             YSet_poeTudo(uniao, set);
@@ -123,9 +115,9 @@ TEST(FaltaDeMemoria, naoPerdeNadaEmLugarNenhum) {
         YexecutaThread([](void *) {}, nullptr);
     });
     falhaEmCada("mensagem ISO 8583", [] {
-        const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-        const auto outra = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
-        const auto saida = pramo::cria<YStream>(YStream_rtti);
+        const auto mensagem = cria<YMensagemIso>(YMensagemIso_rtti);
+        const auto outra = cria<YMensagemIso>(YMensagemIso_rtti);
+        const auto saida = cria<YStream>(YStream_rtti);
         YMensagemIso_setBit(mensagem, 70, "301");
         YMensagemIso_setBit(mensagem, 3, "00300x");
         YMensagemIso_setBit(mensagem, 3, YMensagemIso_getBit(mensagem, 3));

@@ -1,19 +1,15 @@
 // Values that stand in the Body beside the method's element.
-#include "apoio/arvore.hpp"
+#include "apoio/teste.hpp"
 
 #include <3pramo/soap/referencias.hpp>
 
-#include <gtest/gtest.h>
-
 using namespace apoio;
-using namespace pramo::literais;
-
 namespace {
 
 // What of the method's element `m`, or of the Body without one, is written once references are resolved and
 // maps corrected; or what was raised.
 std::string resolvido(const std::string &corpo) {
-    const auto parser = pramo::cria<YSoapParser>(YSoapParser_rtti);
+    const auto parser = cria<YSoapParser>(YSoapParser_rtti);
     YSoapParser_setLimiteDeNiveis(parser, 7);
     YSoapParser_setLimiteDeNos(parser, 120);
     YSoapParser_setLimiteDeBytes(parser, 600);
@@ -21,7 +17,7 @@ std::string resolvido(const std::string &corpo) {
     const std::string raise = excecao([&] {
         YNo *lido = nullptr;
         YSoapParser_leNo(parser, &lido, streamDe("<e><Body>" + corpo + "</Body></e>").get());
-        const pramo::Ponteiro<YNo> raiz(lido);
+        const Ponteiro<YNo> raiz(lido);
         YNo *noDoCorpo = YNo_getFilhoUnico(lido, "Body");
         YNo *elemento = YNo_getFilho(noDoCorpo, "m", 0);
         elemento = elemento != nullptr ? elemento : noDoCorpo;

@@ -6,9 +6,9 @@
 #include <3pramo/foundation/YSocket_interno.hpp>
 #include <3pramo/foundation/YSocket_sistema.hpp>
 
-#include <csignal>
 #include <netdb.h>
 
+using namespace apoio;
 using namespace pramo;
 using sistema::Envio;
 
@@ -47,21 +47,21 @@ TEST(Ritmo, quemLeDevagarDemaisAcabaTambemComSinais) {
 // The answers of a server to readers that take nothing, or a fifth of what they must: 30 KiB a window.
 TEST(Ritmo, umaRespostaQueNinguemLeAcabaAConexao) {
     janelaDoEnvio = 600;
-    const apoio::Diario diario;
+    const Diario diario;
     const auto responde = [](void *, char *, YMensagemHttp *, YMensagemHttp *resposta) {
         YStream_puts(YMensagemHttp_getBody(resposta), std::string(std::size_t{8} << 20, 'm').c_str());
     };
     for (const bool le : {false, true}) {
-        const apoio::Servidor servidor(responde);
-        apoio::Cliente cliente(servidor.porta(), 4096);
-        cliente.envia(apoio::requisicao("GET /"));
-        EXPECT_TRUE(apoio::acontece([&] { return YWebServer_getConexoes(servidor) == 1; }));
+        const Servidor servidor(responde);
+        Cliente cliente(servidor.porta(), 4096);
+        cliente.envia(requisicao("GET /"));
+        EXPECT_TRUE(acontece([&] { return YWebServer_getConexoes(servidor) == 1; }));
         const auto gotas = [&] {
             cliente.recebeBytes(le ? 300 : 0);
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
             return YWebServer_getConexoes(servidor) == 0;
         };
-        EXPECT_TRUE(apoio::acontece(gotas)) << le;
+        EXPECT_TRUE(acontece(gotas)) << le;
     }
     EXPECT_EQ(diario.quantos("Falha no envio pelo socket."), 2);
     janelaDoEnvio = 30'000;
@@ -69,7 +69,7 @@ TEST(Ritmo, umaRespostaQueNinguemLeAcabaAConexao) {
 
 TEST(Conexao, naoEsperaAlemDoPrazoPorUmaFilaCheia) {
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in onde = {AF_INET, 0, apoio::enderecoProprio(), {}};
+    sockaddr_in onde = {AF_INET, 0, enderecoProprio(), {}};
     socklen_t tamanho = sizeof onde;
     EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr *>(&onde), tamanho) + listen(fd, 0), 0);
     getsockname(fd, reinterpret_cast<sockaddr *>(&onde), &tamanho);
@@ -92,7 +92,7 @@ TEST(ExecutaThread, quemDesistiuDeEsperarNaoRecebeTrabalho) {
         for (int i = 0; i < 8; i++) {
             YexecutaThread([](void *) { rodaram++; }, nullptr);
         }
-        ASSERT_TRUE(apoio::acontece([] { return rodaram == 8; })) << volta;
+        ASSERT_TRUE(acontece([] { return rodaram == 8; })) << volta;
     }
     esperaDaOciosa = std::chrono::seconds(10);
 }

@@ -1,12 +1,11 @@
 // What happens to a request's bytes before they are parsed, and before they are logged.
-#include "apoio/arvore.hpp"
+#include "apoio/teste.hpp"
 
 #include <3pramo/foundation/mascara.hpp>
 #include <3pramo/soap/mascara.hpp>
 #include <3pramo/soap/textoDaRequisicao.hpp>
 
-#include <gtest/gtest.h>
-
+using namespace apoio;
 namespace {
 
 TEST(TextoDaRequisicao, soADeclaracaoDecideEDadosInvalidosFicam) {
@@ -24,9 +23,9 @@ TEST(TextoDaRequisicao, soADeclaracaoDecideEDadosInvalidosFicam) {
     };
     // clang-format on
     for (const auto &[texto, esperado] : casos) {
-        const auto stream = apoio::streamDe(texto);
-        const std::string recusa = apoio::excecao([&] { pramo::soap::preparaTexto(*stream); });
-        const std::string tudo = apoio::conteudo(stream);
+        const auto stream = streamDe(texto);
+        const std::string recusa = excecao([&] { pramo::soap::preparaTexto(*stream); });
+        const std::string tudo = conteudo(stream);
         EXPECT_EQ(recusa.empty() ? tudo.substr(tudo.size() - YStream_disponiveis(stream)) : recusa, esperado)
             << texto;
     }
