@@ -67,11 +67,12 @@ public:
         return r;
     }
 
-    /// Sends, and gives the body of one answer.
-    std::string pede(std::string_view bytes) {
+    /// Sends, and gives one answer.
+    Resposta pergunta(std::string_view bytes) {
         envia(bytes);
-        return recebe().corpo;
+        return recebe();
     }
+    std::string pede(std::string_view bytes) { return pergunta(bytes).corpo; }
 
     /// The next `quantos` bytes, fewer when the server closes.
     std::string recebeBytes(std::size_t quantos = std::string::npos) {

@@ -13,11 +13,10 @@ struct ServidorSoap : ServidorDe<YSoapServer, YSoapServer_setPorta, YSoapServer_
     explicit ServidorSoap(const std::vector<YDefinicaoPortType> &portTypes,
                           YFuncaoRtti classe = YSoapServer_rtti)
         : ServidorDe(classe) {
-        for (const YDefinicaoPortType &portType : portTypes) {
-            YSoapServer_registraPortType(*this, &portType);
-        }
+        std::ranges::for_each(portTypes, [this](const auto &portType) { registra(portType); });
         inicia();
     }
+    void registra(const YDefinicaoPortType &portType) { YSoapServer_registraPortType(*this, &portType); }
     [[nodiscard]] std::uint64_t vivos() const { return YSoapServer_getServicos(*this); }
 };
 
@@ -59,9 +58,7 @@ inline std::string resultado(const Resposta &r) {
 /// One call on a connection of its own.
 inline Resposta chamaComCorpo(std::uint32_t porta, const std::string &portType, const std::string &metodo,
                               const std::string &corpo) {
-    Cliente cliente(porta);
-    cliente.envia(pedidoSoap(portType, metodo, corpo));
-    return cliente.recebe();
+    return Cliente(porta).pergunta(pedidoSoap(portType, metodo, corpo));
 }
 
 inline std::string chama(std::uint32_t porta, const std::string &portType, const std::string &metodo,
@@ -72,5 +69,19 @@ inline std::string chama(std::uint32_t porta, const std::string &portType, const
 inline std::string eu(const std::string &identidade) {
     return "<eu>" + identidade + "</eu>";
 }
+
+/// A running server with objects that know whether they are whole, and calls to it.
+struct ComAlvo : testing::Test {
+    ServidorSoap servidor{{definicaoDoAlvo()}};
+
+    std::string chama(const std::string &metodo, const std::string &parametros = "",
+                      const std::string &portType = "Alvo") {
+        return apoio::chama(servidor.porta(), portType, metodo, parametros);
+    }
+    void TearDown() override {
+        servidor.libera();
+        EXPECT_EQ(Alvo::vivos + Alvo::quebrados, 0) << "still there, or met by a call when not whole";
+    }
+};
 
 } // namespace apoio

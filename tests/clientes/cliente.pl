@@ -30,11 +30,9 @@ sub texto { SOAP::Data->name($_[0])->type(string => $_[1]) } # otherwise accents
 my $morre = sub { my ($soap, $res) = @_; die ref $res ? $res->faultstring : $soap->transport->status, "\n" };
 my $calc = SOAP::Lite->new(uri => 'urn:Calc', proxy => "$endereco/soap/Calc", on_fault => $morre);
 my $contador = SOAP::Lite->new(uri => 'urn:Contador', proxy => "$endereco/soap/Contador", on_fault => $morre);
-my $lema = 'O coração tem razões que a própria razão desconhece';
 
 confere('soma', $calc->soma(p(a => 2), p(b => 3))->result, 5);
 confere('eco', $calc->eco(texto(texto => 'ação "x" <&>'))->result, 'ação "x" <&>');
-confere('lema', $calc->lema->result, $lema);
 confere('falha', falha(sub { $calc->falha }), 'YExcSoap: Esta operacao sempre falha.');
 
 # A hash travels as a structure; as a map when it is asked to.
@@ -54,10 +52,6 @@ my $latin1 = SOAP::Lite->new(uri => 'urn:Calc', proxy => "$endereco/soap/Calc", 
 confere('eco in ISO-8859-1', $latin1->eco(SOAP::Data->name('texto')->type(string => "a\xE7\xE3o"))->result, 'ação');
 
 my $servico = SOAP::Lite->service("$endereco/wsdl/Calc");
-$servico->on_fault($morre);
 confere('soma by WSDL', $servico->soma(2, 3), 5);
-confere('eco by WSDL', $servico->eco('ação'), 'ação');
-confere('lema by WSDL', $servico->lema, $lema);
 confere('cadastra by WSDL', $servico->cadastra({ cidade => 'Recife', uf => 'PE' }), 'cidade=Recife; uf=PE');
-confere('falha by WSDL', falha(sub { $servico->falha }), 'YExcSoap: Esta operacao sempre falha.');
 exit($erros ? 1 : 0);

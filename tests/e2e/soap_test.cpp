@@ -4,21 +4,7 @@
 using namespace apoio;
 namespace {
 
-class Soap : public testing::Test {
-protected:
-    ServidorSoap servidor{{definicaoDoAlvo()}};
-
-    std::string chama(const std::string &metodo, const std::string &parametros = "",
-                      const std::string &portType = "Alvo") {
-        return apoio::chama(servidor.porta(), portType, metodo, parametros);
-    }
-    [[nodiscard]] Resposta pede(const std::string &bytes) const {
-        Cliente cliente(servidor.porta());
-        cliente.envia(bytes);
-        return cliente.recebe();
-    }
-    void TearDown() override { EXPECT_EQ(Alvo::quebrados, 0); }
-};
+struct Soap : ComAlvo {};
 
 const std::string FALTOU = "YExcSoap: Tag procurada: a. Faltou tag.";
 
@@ -57,7 +43,7 @@ TEST_F(Soap, oNomeDoMetodoEDoPortType) {
     };
     for (const auto &[linha, acao, esperado] : casos) {
         const auto bytes = requisicao(linha, "SOAPAction: " + acao + "\r\n", soma);
-        EXPECT_EQ(resultado(pede(bytes)), esperado) << linha << acao;
+        EXPECT_EQ(resultado(Cliente(servidor.porta()).pergunta(bytes)), esperado) << linha << acao;
     }
 }
 
@@ -131,8 +117,7 @@ const YRtti FILHO = {Alvo_rtti, "Filho", sizeof(Alvo), nullptr, nullptr};
 TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     constexpr YDefinicaoMetodo metodos[] = {{"constroi", responde}, {"quem", responde}, {nullptr, nullptr}};
     const auto registra = [&](const char *nome, YFuncaoRtti classe) {
-        const YDefinicaoPortType definicao = {nome, metodos, classe, nullptr, &grupoDosOutros};
-        YSoapServer_registraPortType(servidor, &definicao);
+        servidor.registra({nome, metodos, classe, nullptr, &grupoDosOutros});
     };
     const auto outroRtti = [] { return &OUTRO; };
     registra("Outro", outroRtti);
@@ -164,7 +149,9 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
 
 TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
     for (const char *semWsdl : {"GET /wsdl/Nada", "GET /wsdl/Alvo"}) {
-        EXPECT_EQ(pede(requisicao(semWsdl)).linha, "HTTP/1.1 404 File not found.") << semWsdl;
+        EXPECT_EQ(Cliente(servidor.porta()).pergunta(requisicao(semWsdl)).linha,
+                  "HTTP/1.1 404 File not found.")
+            << semWsdl;
     }
     const std::string longo(31, 'n');
     const std::string publicado = "HTTP/1.1 200 OKtext/xml; charset=ISO-8859-1";
@@ -183,9 +170,9 @@ TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
         {"$(*Host)", "a\"><b", "none"},
     };
     for (const auto &[wsdl, host, corpo] : casos) {
-        const YDefinicaoPortType definicao = definicaoDoAlvo(wsdl.c_str());
-        YSoapServer_registraPortType(servidor, &definicao);
-        Resposta r = pede("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+        servidor.registra(definicaoDoAlvo(wsdl.c_str()));
+        Cliente cliente(servidor.porta());
+        Resposta r = cliente.pergunta("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
         EXPECT_EQ(r.linha + r.campos["content-type"] + r.corpo, corpo == "none" ? "" : publicado + corpo)
             << wsdl << host;
     }

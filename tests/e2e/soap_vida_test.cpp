@@ -4,35 +4,23 @@
 using namespace apoio;
 namespace {
 
-class SoapVida : public testing::Test {
-protected:
-    ServidorSoap servidor{{definicaoDoAlvo()}};
-
-    void TearDown() override {
-        servidor.libera();
-        EXPECT_EQ(Alvo::vivos, 0);
-        EXPECT_EQ(Alvo::quebrados, 0) << "a call met an object that was not whole";
-    }
-    std::string naAlvo(const std::string &metodo, const std::string &parametros = "") {
-        return chama(servidor.porta(), "Alvo", metodo, parametros);
-    }
-};
+struct SoapVida : ComAlvo {};
 
 TEST_F(SoapVida, oPrazoDerrubaEZeroConservaTambemNumRecomeco) {
-    const std::string eterno = naAlvo("constroi");
-    EXPECT_EQ(naAlvo("vence", eu(eterno) + "<quando>0</quando>"), "");
+    const std::string eterno = chama("constroi");
+    EXPECT_EQ(chama("vence", eu(eterno) + "<quando>0</quando>"), "");
     std::string vencido;
     for (int n = 0; n < 20; n++) { // more than one a second would take in time
-        vencido = naAlvo("constroi");
-        EXPECT_EQ(naAlvo("vence", eu(vencido) + "<quando>1</quando>"), "");
+        vencido = chama("constroi");
+        EXPECT_EQ(chama("vence", eu(vencido) + "<quando>1</quando>"), "");
     }
     EXPECT_TRUE(acontece([] { return Alvo::vivos == 1; }));
-    EXPECT_EQ(naAlvo("total", eu(vencido)), NAO_CONSTA);
+    EXPECT_EQ(chama("total", eu(vencido)), NAO_CONSTA);
 
     // The sweep and a restart have passed by the other one; a call gives it a deadline again.
     YObThread_stop(servidor);
     servidor.inicia();
-    EXPECT_EQ(naAlvo("total", eu(eterno)), "0");
+    EXPECT_EQ(chama("total", eu(eterno)), "0");
     auto *objeto = static_cast<YWebService *>(YObStrToPtr(eterno.c_str()));
     EXPECT_NEAR(static_cast<double>(YWebService_getMomentoLimite(objeto)),
                 static_cast<double>(std::time(nullptr) + 1800), 5);
@@ -40,9 +28,9 @@ TEST_F(SoapVida, oPrazoDerrubaEZeroConservaTambemNumRecomeco) {
 
 TEST_F(SoapVida, umObjetoEmUsoTerminaASuaChamada) {
     Alvo::aberto = false;
-    const std::string derrubado = naAlvo("constroi");
-    const std::string vencido = naAlvo("constroi");
-    const std::string liberado = naAlvo("constroi");
+    const std::string derrubado = chama("constroi");
+    const std::string vencido = chama("constroi");
+    const std::string liberado = chama("constroi");
     std::vector<Cliente> ocupados;
     for (const std::string &parametros : {eu(derrubado), eu(vencido), eu(liberado), std::string()}) {
         const std::string corpo = envelope("espera", parametros);
@@ -50,14 +38,14 @@ TEST_F(SoapVida, umObjetoEmUsoTerminaASuaChamada) {
     }
     ASSERT_TRUE(acontece([] { return Alvo::dentro == 4; }));
 
-    EXPECT_EQ(naAlvo("destroi", eu(derrubado)), "");
+    EXPECT_EQ(chama("destroi", eu(derrubado)), "");
     auto *daAplicacao = static_cast<YWebService *>(YObStrToPtr(liberado.c_str()));
     YWebService_setSoapServer(daAplicacao, nullptr);
     YliberaObjeto(daAplicacao);
-    EXPECT_EQ(naAlvo("vence", eu(vencido) + "<quando>1</quando>"), "");
+    EXPECT_EQ(chama("vence", eu(vencido) + "<quando>1</quando>"), "");
     EXPECT_TRUE(acontece([&] { return servidor.vivos() == 1; })) << "out of the live set at once";
     for (const std::string &objeto : {derrubado, vencido, liberado}) {
-        EXPECT_EQ(naAlvo("total", eu(objeto)), NAO_CONSTA);
+        EXPECT_EQ(chama("total", eu(objeto)), NAO_CONSTA);
     }
     EXPECT_EQ(Alvo::vivos, 4) << "but freed by the last call on it";
     char identidade[Y_TAMANHO_IDENTIDADE];
@@ -73,17 +61,17 @@ TEST_F(SoapVida, umObjetoEmUsoTerminaASuaChamada) {
 
 TEST_F(SoapVida, muitosChamamUmObjetoAteQueAlguemODestrua) {
     for (int volta = 0; volta < 20; volta++) {
-        const std::string objeto = eu(naAlvo("constroi"));
+        const std::string objeto = eu(chama("constroi"));
         std::atomic<int> respostas{0}, soma{0};
         auto threads = emThreads(6, [&](int) {
             std::string total;
-            while ((total = naAlvo("acumula", objeto + "<valor>1</valor>")) != NAO_CONSTA) {
+            while ((total = chama("acumula", objeto + "<valor>1</valor>")) != NAO_CONSTA) {
                 soma += std::atoi(total.c_str());
                 respostas++;
             }
         });
         EXPECT_TRUE(acontece([&] { return respostas >= 12; }));
-        EXPECT_EQ(naAlvo("destroi", objeto), "");
+        EXPECT_EQ(chama("destroi", objeto), "");
         threads.clear();
         EXPECT_EQ(soma, respostas * (respostas + 1) / 2) << "each call counted, and in the same object";
         EXPECT_TRUE(acontece([] { return Alvo::vivos == 0; }));
@@ -141,10 +129,9 @@ void noServidor(YWebService *servico, YNo * /*requisicao*/, YNo * /*resposta*/) 
 TEST_F(SoapVida, umTratadorNaoMudaAVidaDoSeuServidor) {
     for (const auto acao : {noServidor<YliberaObjeto>, noServidor<YObThread_stop>}) {
         const YDefinicaoMetodo metodos[] = {{"acaba", acao}, {nullptr, nullptr}};
-        const YDefinicaoPortType definicao = {"Fim", metodos, YWebService_rtti, nullptr, nullptr};
-        YSoapServer_registraPortType(servidor, &definicao);
-        EXPECT_EQ(chama(servidor.porta(), "Fim", "acaba"), "YExc: Objeto em uso pela propria thread.");
-        EXPECT_EQ(naAlvo("soma", "<a>2</a><b>3</b>"), "5");
+        servidor.registra({"Fim", metodos, YWebService_rtti, nullptr, nullptr});
+        EXPECT_EQ(chama("acaba", "", "Fim"), "YExc: Objeto em uso pela propria thread.");
+        EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5");
     }
 }
 

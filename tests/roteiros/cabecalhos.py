@@ -34,8 +34,6 @@ def comandos():
                 yield [compilador, f"-std={padrao}", *OPCOES, *inclusoes, "-x", linguagem, "-"]
 
 
-
-
 def corpo_certo(corpo, motivo):
     cpp = next(c for c in CABECALHOS if c.endswith("3pramo.hpp"))
     fonte = f"void f(YNo *no, const pramo::Ponteiro<YNo> &dono, YFuncaoRtti classe) {{ {corpo} }}"

@@ -10,6 +10,8 @@ import subprocess
 import sys
 import tempfile
 
+from programa import exige
+
 CONSUMIDOR = pathlib.Path(__file__).resolve().parent.parent / "consumidor"
 
 
@@ -18,11 +20,6 @@ def roda(*comando, **ambiente):
                            text=True)
     exige(feito.returncode == 0, f"failed: {' '.join(map(str, comando))}\n{feito.stdout}{feito.stderr}")
     return feito.stdout.strip()
-
-
-def exige(condicao, mensagem):
-    if not condicao:
-        sys.exit(mensagem)
 
 
 def pelo_cmake(prefixo, pasta):

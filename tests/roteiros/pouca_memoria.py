@@ -8,34 +8,28 @@ import socket
 import sys
 import time
 
-from programa import PRAZO, Programa, conversa
+from programa import PRAZO, Programa, chamada
 
 MB = 1 << 20
 
 
-def chamada(port_type, corpo):
-    return b'POST /soap/%s HTTP/1.1\r\nSOAPAction: "urn:%s#constroi"\r\nContent-Length: %d\r\n\r\n%s' % (
-        port_type, port_type, len(corpo), corpo)
-
-
 def exige_servida(programa, port_type, depois_de):
-    boa = chamada(port_type, b"<Envelope><Body><constroi/></Body></Envelope>")
     fim = time.monotonic() + PRAZO
     while time.monotonic() < fim:
         with contextlib.suppress(OSError):  # no thread could be made for it
-            if b"<ns1:constroiResponse" in conversa(programa.porta, boa):
+            if b"<ns1:constroiResponse" in programa.conversa(chamada(port_type, "constroi")):
                 return
     sys.exit(f"{programa.comando}: no client is served after {depois_de}")
 
 
 def aperta(caminho, limite):
-    port_type = b"Formulario" if caminho.endswith("formulario") else b"Calc"
-    grande = chamada(port_type, b"<a>" * (20 * MB // 3))
+    port_type = "Formulario" if caminho.endswith("formulario") else "Calc"
+    grande = chamada(port_type, "constroi", "<a>" * (20 * MB // 3))
     limites = (limite * MB, limite * MB)
     with Programa(caminho, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, limites)) as programa:
         with concurrent.futures.ThreadPoolExecutor(12) as enchente:
             for _ in range(12):
-                enchente.submit(conversa, programa.porta, grande)  # whether it is served or turned away
+                enchente.submit(programa.conversa, grande)  # whether it is served or turned away
         exige_servida(programa, port_type, f"a flood in {limite} MB")
         with contextlib.ExitStack() as ociosas:
             for _ in range(600):
@@ -44,12 +38,6 @@ def aperta(caminho, limite):
         exige_servida(programa, port_type, f"all that in {limite} MB")
 
 
-def main():
+with concurrent.futures.ThreadPoolExecutor(3) as juntas:
     tarefas = [(caminho, limite) for limite in (200, 400, 600) for caminho in sys.argv[1:]]
-    with concurrent.futures.ThreadPoolExecutor(3) as juntas:
-        list(juntas.map(aperta, *zip(*tarefas)))
-    return 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+    list(juntas.map(aperta, *zip(*tarefas)))

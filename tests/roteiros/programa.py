@@ -3,6 +3,7 @@ import re
 import select
 import socket
 import subprocess
+import sys
 
 PRAZO = 30  # seconds, for everything that is waited for
 
@@ -34,13 +35,21 @@ class Programa:
         if self.processo.returncode != 0 and tipo is None:
             raise RuntimeError(f"{self.comando} ended with status {self.processo.returncode}")
 
+    def conversa(self, bytes_):
+        """Sends the bytes, half closes, and gives all that comes until the server closes."""
+        with socket.create_connection(("127.0.0.1", self.porta), timeout=PRAZO) as conexao:
+            conexao.sendall(bytes_)
+            conexao.shutdown(socket.SHUT_WR)
+            return b"".join(iter(lambda: conexao.recv(65536), b""))
 
-def conversa(porta, bytes_):
-    """Sends the bytes, half closes, and gives all that comes until the server closes."""
-    with socket.create_connection(("127.0.0.1", porta), timeout=PRAZO) as conexao:
-        conexao.sendall(bytes_)
-        conexao.shutdown(socket.SHUT_WR)
-        recebido = b""
-        while pedaco := conexao.recv(65536):
-            recebido += pedaco
-    return recebido
+
+def chamada(port_type, metodo, parametros=""):
+    """The request of a call."""
+    corpo = f"<Envelope><Body><{metodo}>{parametros}</{metodo}></Body></Envelope>"
+    return (f'POST /soap/{port_type} HTTP/1.1\r\nSOAPAction: "urn:{port_type}#{metodo}"\r\n'
+            f"Content-Length: {len(corpo)}\r\n\r\n{corpo}").encode()
+
+
+def exige(condicao, mensagem):
+    if not condicao:
+        sys.exit(mensagem)
