@@ -2,6 +2,7 @@
 #include "apoio/teste.hpp"
 
 using namespace apoio;
+
 namespace {
 
 using Par = std::pair<void (*)(void *destino, const char *texto), void (*)(char *texto, const void *origem)>;

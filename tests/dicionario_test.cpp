@@ -2,6 +2,7 @@
 #include "apoio/teste.hpp"
 
 using namespace apoio;
+
 namespace {
 
 using Pares = std::vector<std::pair<std::string, std::string>>;

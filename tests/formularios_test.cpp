@@ -3,6 +3,7 @@
 #include "apoio/servidor.hpp"
 
 using namespace apoio;
+
 namespace {
 
 Pramo_Tipo *const ID = Pramo_Tipo_getTipoId();

@@ -2,6 +2,7 @@
 #include "apoio/servidor.hpp"
 
 using namespace apoio;
+
 namespace {
 
 std::string ordem;

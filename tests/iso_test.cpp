@@ -2,6 +2,7 @@
 #include "apoio/teste.hpp"
 
 using namespace apoio;
+
 namespace {
 
 using Mensagem = Ponteiro<YMensagemIso>;

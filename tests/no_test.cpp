@@ -3,6 +3,7 @@
 #include "apoio/teste.hpp"
 
 using namespace apoio;
+
 namespace {
 
 TEST(No, caminhos) {

@@ -2,6 +2,7 @@
 #include "apoio/teste.hpp"
 
 using namespace apoio;
+
 namespace {
 
 constexpr const char *MAL_FORMADA = "YExcSoap: Mensagem SOAP mal formada.";

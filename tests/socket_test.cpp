@@ -2,6 +2,7 @@
 #include "apoio/teste.hpp"
 
 using namespace apoio;
+
 namespace {
 
 constexpr uint32_t MUITO = 9000; // milliseconds

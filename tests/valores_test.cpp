@@ -4,6 +4,7 @@
 #include <clocale>
 
 using namespace apoio;
+
 namespace {
 
 // A time zone by its rule, so that no zone files are needed.

@@ -2,6 +2,7 @@
 #include "apoio/servidor.hpp"
 
 using namespace apoio;
+
 namespace {
 
 const std::string LINHA_501 = "HTTP/1.1 501 Not Implemented.\n";

@@ -2,6 +2,7 @@
 #include "apoio/soap.hpp"
 
 using namespace apoio;
+
 namespace {
 
 struct SoapVida : ComAlvo {};

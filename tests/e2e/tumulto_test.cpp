@@ -3,6 +3,7 @@
 #include "apoio/soap.hpp"
 
 using namespace apoio;
+
 namespace {
 
 struct Tumulto {

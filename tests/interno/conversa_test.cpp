@@ -1,35 +1,15 @@
 // A whole conversation over TCP while the system refuses something: the n-th allocation of the server, for
 // every n, or its n-th thread. It never ends the process, and the next client is served.
 #include "faltas.hpp"
-
-#include "apoio/soap.hpp"
+#include "trabalho.hpp"
 
 using namespace apoio;
+
 namespace {
 
-void preenche(YWebService * /*servico*/, YNo *requisicao, YNo *resposta) {
-    const auto f = cria<Pramo_Operacao>(Pramo_Operacao_rtti);
-    Pramo_Operacao_habilitaPeriferico(f, Pramo_Periferico_getPIN());
-    Pramo_Operacao_criaBotao(f, "botao", "Botao");
-    Pramo_Operacao_guardaMensagem(f, "mensagem");
-    Pramo_Operacao_setRespostaDoPopup(f, "chave", "resposta");
-    Pramo_Variavel *valor = Pramo_Operacao_criaVariavel(f, "valor", Pramo_Tipo_getTipoQTDE3(), nullptr, 8);
-    Pramo_Variavel_setTitulo(valor, "Titulo");
-    Pramo_Variavel_acrescentaOpcao(valor, "chave", "texto");
-    Pramo_Operacao_carregaDaRequisicao(f, requisicao);
-    Pramo_Variavel_marcaUsada(valor);
-    Pramo_Operacao_descarregaNaResposta(f, resposta);
-    Pramo_Operacao_clear(f);
-    Pramo_Operacao_sinalizaCondicao(f);
-}
+struct Conversa : ComAlvo {
+    Conversa() { servidor.registra(definicaoDaCaixa()); }
 
-struct Conversa : testing::Test {
-    static constexpr YDefinicaoMetodo METODOS[] = {{"preenche", preenche}, {nullptr, nullptr}};
-    ServidorSoap servidor{{{"Caixa", METODOS, YWebService_rtti, nullptr, nullptr}, definicaoDoAlvo()}};
-
-    std::string chama(const std::string &metodo, const std::string &parametros = "") {
-        return apoio::chama(servidor.porta(), metodo == "preenche" ? "Caixa" : "Alvo", metodo, parametros);
-    }
     std::string soma() { return chama("soma", "<a>2</a><b>3</b>"); }
     [[nodiscard]] YWebServer *web() const { return static_cast<YSoapServer *>(servidor)->webServer; }
     void recomeca(const std::string &quem) {
@@ -38,26 +18,6 @@ struct Conversa : testing::Test {
         YObThread_stop(servidor);
     }
 };
-
-/// Runs the action with the n-th allocation of the threads that are not spared failing, alone and with five
-/// that follow it, for every n until there is none, and `depois` behind each.
-template <typename ACAO, typename DEPOIS>
-void emCadaAlocacao(ACAO acao, DEPOIS depois) {
-    YObLOG_habilita(0);
-    for (const int seguidas : {1, 6}) {
-        alocacoes.seguidas = seguidas;
-        int n = 0;
-        for (bool passou = false; !passou; n += seguidas) {
-            ASSERT_LT(n, 3000);
-            alocacoes.ainda = n;
-            acao();
-            passou = alocacoes.ainda.exchange(NUNCA) >= 0;
-            depois("allocation " + std::to_string(n));
-        }
-        EXPECT_GT(n, 4) << "the library allocates on its way";
-    }
-    YObLOG_habilita(Y_LOG_ERRO);
-}
 
 TEST_F(Conversa, semMemoriaNoComecoENoFim) {
     YObThread_stop(servidor);
@@ -77,15 +37,15 @@ TEST_F(Conversa, semMemoriaNoComecoENoFim) {
 
 TEST_F(Conversa, semMemoriaNasChamadas) {
     poupada = true; // the client
-    const auto conversa = [&] {
+    const auto trabalho = [&] {
         try {
             chama("nada");
             chama("acumula", eu(chama("constroi")) + "<valor>1</valor>");
-            chama("preenche", "<campo nome=\"valor\" opcao=\"chave\">1.234</campo>");
+            conversa(servidor.porta(), pedidoSoap("Caixa", "trabalha", corpoDoTrabalho()));
         } catch (const std::system_error &) { // what fails on the server's side
         }
     };
-    emCadaAlocacao(conversa, [&](const std::string &quem) { EXPECT_EQ(soma(), "5") << quem; });
+    emCadaAlocacao(trabalho, [&](const std::string &quem) { EXPECT_EQ(soma(), "5") << quem; });
     poupada = false;
 }
 

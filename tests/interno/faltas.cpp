@@ -1,10 +1,5 @@
 #include "faltas.hpp"
 
-#include <cerrno>
-#include <cstdlib>
-#include <new>
-#include <pthread.h>
-
 using namespace apoio;
 
 static bool deveFalhar() {

@@ -1,8 +1,7 @@
 // Allocations and threads that the system refuses.
 #pragma once
 
-#include <atomic>
-#include <climits>
+#include "apoio/teste.hpp"
 
 namespace apoio {
 
@@ -25,5 +24,26 @@ struct Contagem {
 inline Contagem alocacoes; // of all threads that are not spared
 inline thread_local bool poupada = false;
 inline Contagem threads;
+
+/// Runs the action with the n-th allocation of the threads that are not spared failing, alone and with five
+/// that follow it, for every n until there is none, and `depois` behind each.
+template <typename ACAO, typename DEPOIS>
+void emCadaAlocacao(ACAO acao, DEPOIS depois) {
+    acao(); // what is made once for the whole process exists now
+    YObLOG_habilita(0);
+    for (const int seguidas : {1, 6}) {
+        alocacoes.seguidas = seguidas;
+        int n = 0;
+        for (bool passou = false; !passou; n += seguidas) {
+            ASSERT_LT(n, 4000);
+            alocacoes.ainda = n;
+            acao();
+            passou = alocacoes.ainda.exchange(NUNCA) >= 0;
+            depois("allocation " + std::to_string(n));
+        }
+        EXPECT_GT(n, 4) << "the library allocates on its way";
+    }
+    YObLOG_habilita(Y_LOG_ERRO);
+}
 
 } // namespace apoio

@@ -4,6 +4,7 @@
 #include <3pramo/soap/referencias.hpp>
 
 using namespace apoio;
+
 namespace {
 
 // What of the method's element `m`, or of the Body without one, is written once references are resolved and

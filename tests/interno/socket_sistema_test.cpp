@@ -9,6 +9,7 @@
 #include <netdb.h>
 
 using namespace apoio;
+
 using namespace pramo;
 using sistema::Envio;
 

@@ -6,6 +6,7 @@
 #include <3pramo/soap/textoDaRequisicao.hpp>
 
 using namespace apoio;
+
 namespace {
 
 TEST(TextoDaRequisicao, soADeclaracaoDecideEDadosInvalidosFicam) {
