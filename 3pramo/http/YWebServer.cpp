@@ -1,14 +1,19 @@
 // The server's life and its settings. A number that a request reads by itself is atomic; what is more than a
-// word (handler with context, directory, address) is read and replaced under `trinco`.
+// word (handler with context, directory) is read and replaced under `trinco`. What it has in common with
+// other servers is its Aceite's.
 #include <3pramo/http/YWebServer_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/foundation/cria.hpp>
 
-#include <algorithm>
+#include <chrono>
 #include <memory>
 #include <utility>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 using namespace pramo;
 
@@ -17,32 +22,45 @@ namespace {
 using Relogio = std::chrono::steady_clock;
 
 constexpr const char *FONTE = "YWebServer";
-// Milliseconds between two looks at whether the server is still alive.
-constexpr int ESPERA = 100;
+// Without much memory being freed, before it is given back to the system.
+constexpr std::chrono::nanoseconds SOSSEGO = std::chrono::seconds(1);
 
-/// Lets the handlers that run finish and returns when the last connection thread has left.
+std::int64_t agora() {
+    return Relogio::now().time_since_epoch().count();
+}
+
+YWebServer &web(YObThread &thread) {
+    return static_cast<YWebServer &>(thread);
+}
+
+/// What a flood of large messages left behind goes back to the system; the allocator by itself would keep it.
+void poda(YObThread &servidor) {
+    YWebServer_Privado &p = privado(web(servidor));
+    // Asked for again meanwhile, it waits again: the exchange fails.
+    std::int64_t pedida = p.podaPedida;
+    if (pedida == 0 || agora() - pedida < SOSSEGO.count() ||
+        !p.podaPedida.compare_exchange_strong(pedida, 0)) {
+        return;
+    }
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
+
+constexpr Oficio OFICIO = {FONTE, atendeConexao, poda};
+
+void aceitaConexoes(YObThread *thread) {
+    privado(web(*thread)).aceite.roda();
+}
+
 void encerraConexoes(YObThread *thread) {
-    YWebServer_Privado &p = privado(*static_cast<YWebServer *>(thread));
-    p.fim.toca();
-    const auto fim = Relogio::now() + std::chrono::seconds(p.prazoDeEncerramento);
-    const Tranca tranca(p.trinco);
-    while (p.conexoes > 0 && p.mudou.esperaAte(p.trinco, fim)) {
-    }
-    // The deadline has come: sends and receives fail from now on. A listed connection has its socket, as its
-    // thread takes it off the list under this lock before it frees that.
-    for (Conexao *conexao : p.abertas) {
-        encerraTudo(conexao->socket());
-    }
-    // Without a bound: a thread that is left, in a handler that does not return, uses this object.
-    while (p.conexoes > 0) {
-        p.mudou.espera(p.trinco);
-    }
+    privado(web(*thread)).aceite.encerra();
 }
 
 void constroiWebServer(void *objeto) {
     auto *eu = static_cast<YWebServer *>(objeto);
     semFaltaDeMemoria(FONTE, [&] {
-        auto privado = std::make_unique<YWebServer_Privado>();
+        auto privado = std::make_unique<YWebServer_Privado>(*eu);
         eu->diretorioBase = YduplicaString("www");
         eu->privado = privado.release();
         return 0;
@@ -75,7 +93,13 @@ const YRtti *YWebServer_rtti(void) {
     return &YWebServer_definicaoRtti.rtti;
 }
 
+YWebServer_Privado::YWebServer_Privado(YWebServer &eu) : aceite(OFICIO, eu, eu.porta, eu.socketAceito) {}
+
 // ---- For the connection threads ----
+
+void pramo::pedePoda(YWebServer_Privado &p) {
+    p.podaPedida = agora();
+}
 
 YTratadorHttp pramo::tratadorAtual(const YWebServer &servidor) {
     // Both under one lock: no handler is called with the context of another.
@@ -93,23 +117,15 @@ std::optional<std::string> pramo::diretorioBaseAtual(const YWebServer &servidor)
 // ---- Configuration ----
 
 void YWebServer_setPorta(YWebServer *servidor, uint32_t porta) {
-    const Tranca tranca(privado(*servidor).trinco);
-    servidor->porta = porta;
+    privado(*servidor).aceite.setPorta(porta);
 }
 
 uint32_t YWebServer_getPorta(const YWebServer *servidor) {
-    YWebServer_Privado &p = privado(*servidor);
-    const Tranca tranca(p.trinco);
-    return p.escuta == Escuta::ABERTA ? p.portaEmUso : servidor->porta;
+    return privado(*servidor).aceite.porta();
 }
 
-void YWebServer_setEndereco(YWebServer *servidor, const char *novo) {
-    // Copied, and the old text freed, outside the lock: it is declared before the lock is taken.
-    auto copia = semFaltaDeMemoria(
-        FONTE, [novo] { return novo != nullptr ? std::optional<std::string>(novo) : std::nullopt; });
-    YWebServer_Privado &p = privado(*servidor);
-    const Tranca tranca(p.trinco);
-    p.endereco.swap(copia);
+void YWebServer_setEndereco(YWebServer *servidor, const char *endereco) {
+    privado(*servidor).aceite.setEndereco(endereco);
 }
 
 YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *contexto, YFuncaoTratadorHttp tratador) {
@@ -124,15 +140,7 @@ void YWebServer_setDiretorioBase(YWebServer *servidor, const char *diretorio) {
 }
 
 int YWebServer_esperaPronto(YWebServer *servidor, int64_t prazo) {
-    YWebServer_Privado &p = privado(*servidor);
-    const Prazo ate = Prazo::noSegundo(prazo);
-    const Tranca tranca(p.trinco);
-    while (YObThread_isAlive(servidor) != 0 && p.escuta == Escuta::FECHADA && ate.resta() > 0) {
-        // A stop is told under another lock and need not wake us.
-        const std::chrono::milliseconds passo(std::min(ESPERA, ate.resta()));
-        p.mudou.esperaAte(p.trinco, Relogio::now() + passo);
-    }
-    return YObThread_isAlive(servidor) != 0 && p.escuta == Escuta::ABERTA ? 1 : 0;
+    return privado(*servidor).aceite.esperaPronto(prazo) ? 1 : 0;
 }
 
 void YWebServer_setLimiteDoCabecalho(YWebServer *servidor, uint64_t bytes) {
@@ -152,15 +160,11 @@ void YWebServer_setPrazoDaRequisicao(YWebServer *servidor, uint32_t segundos) {
 }
 
 void YWebServer_setPrazoDeEncerramento(YWebServer *servidor, uint32_t segundos) {
-    privado(*servidor).prazoDeEncerramento = segundos;
+    privado(*servidor).aceite.setPrazoDeEncerramento(segundos);
 }
 
 void YWebServer_setLimiteDeConexoes(YWebServer *servidor, uint32_t conexoes) {
-    YWebServer_Privado &p = privado(*servidor);
-    const Tranca tranca(p.trinco);
-    p.limiteDeConexoes = std::max(conexoes, 1U);
-    // The accept loop may be waiting for a place.
-    p.mudou.avisa();
+    privado(*servidor).aceite.setLimiteDeConexoes(conexoes);
 }
 
 void YWebServer_setFechaLogo(YWebServer *servidor, int fechaLogo) {
@@ -168,7 +172,5 @@ void YWebServer_setFechaLogo(YWebServer *servidor, int fechaLogo) {
 }
 
 uint32_t YWebServer_getConexoes(const YWebServer *servidor) {
-    YWebServer_Privado &p = privado(*servidor);
-    const Tranca tranca(p.trinco);
-    return p.conexoes;
+    return privado(*servidor).aceite.conexoes();
 }

@@ -5,7 +5,6 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
-#include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
@@ -160,7 +159,7 @@ bool Atendimento::atendeLote() {
     formataDataHttp(data.data(), data.size(), agora);
     bool respondeu = false;
     // The end of the server is asked for before each reading: from then on no request is begun.
-    while (segue_ && !privado(servidor_).fim.tocou() && recebeRequisicao(lote)) {
+    while (segue_ && !privado(servidor_).aceite.acabando() && recebeRequisicao(lote)) {
         responde(data.data());
         respondeu = true;
     }
@@ -288,21 +287,6 @@ bool Atendimento::recusa(const char *linha) {
     return false;
 }
 
-/// The thread's connection, from the hand-over of its socket until the thread leaves the server.
-class Permanencia {
-public:
-    explicit Permanencia(YWebServer &servidor) : servidor_(servidor) { levaSocketAceito(servidor, conexao_); }
-    ~Permanencia() { deixaServidor(servidor_, conexao_); }
-    Permanencia(const Permanencia &) = delete;
-    Permanencia &operator=(const Permanencia &) = delete;
-
-    [[nodiscard]] Conexao &conexao() { return conexao_; }
-
-private:
-    YWebServer &servidor_;
-    Conexao conexao_;
-};
-
 } // namespace
 
 RequestLine pramo::analisaRequestLine(std::string_view linha) {
@@ -316,18 +300,6 @@ RequestLine pramo::analisaRequestLine(std::string_view linha) {
     return {metodoDe(metodo), std::string(uri), menor};
 }
 
-void pramo::trataConexao(void *servidor) {
-    auto &eu = *static_cast<YWebServer *>(servidor);
-    // Gone in the opposite order: once the thread has left, the server may be freed, and the end of `emUso`
-    // touches what belongs to the thread alone.
-    const EmUso emUso(&eu);
-    Permanencia permanencia(eu);
-    YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p)...", endereco(&eu));
-    try {
-        Atendimento(eu, permanencia.conexao()).atende();
-        YObLOG_masc_print(Y_LOG_WEB, "YWebServer_trataConexao(eu=%p).", endereco(&eu));
-    } catch (...) {
-        // A handler that ends its thread comes through here too: that is passed on.
-        privado(eu).falhas.registra("YWebServer_trataConexao", Falhas::Quanto::UMA_POR_SEGUNDO);
-    }
+void pramo::atendeConexao(YObThread &servidor, Conexao &conexao) {
+    Atendimento(static_cast<YWebServer &>(servidor), conexao).atende();
 }

@@ -1,6 +1,6 @@
 // A fixed table of causes under one lock. The text of a failure is made before the lock is taken and goes to
 // the log after it was let go, so that neither a slow sink nor one that fails in turn holds up the others.
-#include <3pramo/http/Falhas.hpp>
+#include <3pramo/foundation/Falhas.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YObLOG.h>
@@ -29,32 +29,6 @@ std::uint64_t mistura(std::string_view texto, std::uint64_t semente) {
     return chave | 1;
 }
 
-/// In a catch block. Gives the key of the cause: not of the text, which a peer may have chosen.
-std::uint64_t descreve(const char *onde, Falhas::Texto &texto) {
-    const auto escreve = [&](const char *classe, const char *mensagem) {
-        std::snprintf(texto.data(), texto.size(), "%s: %s: %s", onde, classe, mensagem);
-    };
-    try {
-        throw;
-    } catch (const YExcecao &e) {
-        std::snprintf(texto.data(), texto.size(), "%s: %s: %.200s (%s:%d)", onde, e.classe()->name, e.what(),
-                      e.arquivo(), e.linha());
-        return mistura(e.classe()->name, mistura(e.arquivo(), static_cast<std::uint64_t>(e.linha())));
-    } catch (const std::bad_alloc &) {
-        escreve("YExc", "Memória insuficiente."_l1);
-    } catch (const std::exception &e) {
-        // Its text may quote what a peer sent: the type alone is the cause.
-        escreve("YExc", e.what());
-        return mistura(typeid(e).name(), 0);
-    } catch (...) {
-        if (terminaAThread()) {
-            throw;
-        }
-        escreve("YExc", "Exceção desconhecida."_l1);
-    }
-    return mistura(texto.data(), 1);
-}
-
 void escreveNoLog(const Falhas::Texto &texto, std::uint32_t caladas) {
     try {
         if (caladas == 0) {
@@ -71,6 +45,32 @@ void escreveNoLog(const Falhas::Texto &texto, std::uint32_t caladas) {
 
 } // namespace
 
+/// In a catch block. Gives the key of the cause: not of the text, which a peer may have chosen.
+std::uint64_t Falhas::descreve(const char *operacao, Texto &texto) const {
+    const auto escreve = [&](const char *classe, const char *mensagem) {
+        std::snprintf(texto.data(), texto.size(), "%s_%s: %s: %s", classe_, operacao, classe, mensagem);
+    };
+    try {
+        throw;
+    } catch (const YExcecao &e) {
+        std::snprintf(texto.data(), texto.size(), "%s_%s: %s: %.200s (%s:%d)", classe_, operacao,
+                      e.classe()->name, e.what(), e.arquivo(), e.linha());
+        return mistura(e.classe()->name, mistura(e.arquivo(), static_cast<std::uint64_t>(e.linha())));
+    } catch (const std::bad_alloc &) {
+        escreve("YExc", "Memória insuficiente."_l1);
+    } catch (const std::exception &e) {
+        // Its text may quote what a peer sent: the type alone is the cause.
+        escreve("YExc", e.what());
+        return mistura(typeid(e).name(), 0);
+    } catch (...) {
+        if (terminaAThread()) {
+            throw;
+        }
+        escreve("YExc", "Exceção desconhecida."_l1);
+    }
+    return mistura(texto.data(), 1);
+}
+
 Falhas::Causa &Falhas::lugarPara(std::uint64_t chave) {
     const auto achada = std::find_if(causas_.begin(), causas_.end(),
                                      [chave](const Causa &causa) { return causa.chave == chave; });
@@ -84,9 +84,9 @@ Falhas::Causa &Falhas::lugarPara(std::uint64_t chave) {
     return maisVelha;
 }
 
-void Falhas::registra(const char *onde, Quanto quanto) {
+void Falhas::registra(const char *operacao, Quanto quanto) {
     Texto texto{};
-    const std::uint64_t chave = descreve(onde, texto);
+    const std::uint64_t chave = descreve(operacao, texto);
     // A handler's message may quote what it failed on, card data too.
     mascaraNoLugar(texto.data(), std::strlen(texto.data()));
     std::uint32_t caladas = 0;

@@ -1,6 +1,6 @@
 // The log of what fails again and again.
-#ifndef Y3PRAMO_HTTP_FALHAS_HPP
-#define Y3PRAMO_HTTP_FALHAS_HPP
+#ifndef Y3PRAMO_FOUNDATION_FALHAS_HPP
+#define Y3PRAMO_FOUNDATION_FALHAS_HPP
 
 #include <3pramo/foundation/Trinco.hpp>
 
@@ -20,9 +20,12 @@ public:
         UMA_VEZ, // and again only after a minute without it
     };
 
-    /// In a catch block: the exception in flight; `onde` says what it ended. Only the forced unwinding of a
-    /// cancelled thread passes on.
-    void registra(const char *onde, Quanto quanto);
+    /// `classe` names whose failures they are in each line.
+    explicit Falhas(const char *classe) : classe_(classe) {}
+
+    /// In a catch block: the exception in flight; `operacao` says what it ended. Only the forced unwinding of
+    /// a cancelled thread passes on.
+    void registra(const char *operacao, Quanto quanto);
 
     /// Writes the counts that have waited for a second.
     void registraContagens();
@@ -41,9 +44,11 @@ private:
         Texto texto{};
     };
 
+    std::uint64_t descreve(const char *operacao, Texto &texto) const;
     Causa &lugarPara(std::uint64_t chave) Y_EXIGE(trinco_);
     static bool contagemVencida(const Causa &causa, Momento agora);
 
+    const char *const classe_;
     Trinco trinco_;
     std::array<Causa, 16> causas_ Y_GUARDADO_POR(trinco_);
 };
