@@ -1,35 +1,17 @@
-#include <3pramo/foundation/YMapa.h>
+#include <3pramo/foundation/YMapa_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/liberaTodos.hpp>
 
-#include <functional>
-#include <map>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <utility>
 
 using namespace pramo;
 
-struct YMapaEntrada {
-    void *valor;
-};
-
 namespace {
 
-// Nodes that stay where they are: a YMapaIt is the address of one. std::less<> looks texts up without a
-// copy.
-using Entradas = std::map<std::string, YMapaEntrada, std::less<>>;
-
-} // namespace
-
-/// The entries are made with the first key.
-struct YMapa : YOb {
-    Entradas *entradas;
-};
-
-namespace {
+using Entradas = YMapa::Entradas;
 
 void destroi(void *objeto) {
     delete static_cast<YMapa *>(objeto)->entradas;

@@ -1,8 +1,10 @@
 // Port types. Their fields have no lock of their own: a server reads them under its `trinco`, and they are
 // changed only before it starts.
-#include <3pramo/soap/YPortType.h>
+#include <3pramo/soap/YPortType_interno.hpp>
 
 #include <3pramo/soap/YSoapServer_interno.hpp>
+
+#include <string_view>
 
 using namespace pramo;
 
@@ -10,8 +12,28 @@ namespace {
 
 constexpr const char *FONTE = "YPortType";
 
+/// The map of handlers.
+struct Tratadores : YMapa {
+    std::shared_ptr<soap::YPortType_Privado> privado;
+};
+
+void constroiTratadores(void *objeto) {
+    semFaltaDeMemoria(FONTE, [objeto] {
+        return std::construct_at(&static_cast<Tratadores *>(objeto)->privado,
+                                 std::make_shared<soap::YPortType_Privado>());
+    });
+}
+
+void destroiTratadores(void *objeto) {
+    std::destroy_at(&static_cast<Tratadores *>(objeto)->privado);
+}
+
+const YRtti definicaoDosTratadores = {YMapa_rtti, "YMapa", sizeof(Tratadores), constroiTratadores,
+                                      destroiTratadores};
+
 void constroiPortType(void *objeto) {
-    static_cast<YPortType *>(objeto)->tratadores = cria<YMapa>(YMapa_rtti, FONTE).release();
+    static_cast<YPortType *>(objeto)->tratadores =
+        cria<YMapa>([] { return &definicaoDosTratadores; }, FONTE).release();
 }
 
 void destroiPortType(void *objeto) {
@@ -35,9 +57,57 @@ void YPortType_setWsdl(YPortType *portType, const char *wsdl) {
     portType->wsdl = wsdl;
 }
 
+// ---- Handlers: those with a context stand beside the map, and a method has one of either kind ----
+
 int YPortType_registraTratador(YPortType *portType, const char *metodo, YTratadorSoap tratador) {
     // A function's address in a map of data pointers: POSIX has them of one size.
-    return YMapa_guarda(portType->tratadores, metodo, reinterpret_cast<void *>(tratador));
+    const int nova = YMapa_guarda(portType->tratadores, metodo, reinterpret_cast<void *>(tratador));
+    const bool outro = metodo != nullptr && soap::privado(*portType)->comContexto.erase(metodo) != 0;
+    return outro ? 0 : nova;
+}
+
+int YPortType_registraTratadorComContexto(YPortType *portType, const char *metodo,
+                                          YTratadorSoapComContexto tratador, void *contexto,
+                                          void (*liberaContexto)(void *contexto)) {
+    return semFaltaDeMemoria(FONTE, [=] {
+        const auto novo = std::make_shared<soap::TratadorComContexto>();
+        const auto [onde, nova] = soap::privado(*portType)->comContexto.try_emplace(metodo);
+        // Nothing fails from here on: the context changes hands.
+        novo->funcao = tratador;
+        novo->contexto = contexto;
+        novo->libera = liberaContexto;
+        onde->second = novo;
+        return YMapa_retira(portType->tratadores, metodo) == nullptr && nova ? 1 : 0;
+    });
+}
+
+std::shared_ptr<soap::YPortType_Privado> &soap::privado(const YPortType &portType) {
+    return static_cast<Tratadores *>(portType.tratadores)->privado;
+}
+
+soap::TratadorComContexto::~TratadorComContexto() {
+    try {
+        libera != nullptr ? libera(contexto) : void();
+    } catch (...) {
+        registraExcecaoAdiada(FONTE);
+    }
+}
+
+soap::Tratador soap::procuraTratador(const YPortType &portType, const char *metodo) {
+    const auto &comContexto = soap::privado(portType)->comContexto;
+    const auto achado = comContexto.find(std::string_view(metodo));
+    if (achado != comContexto.end() && achado->second->funcao != nullptr) {
+        return {nullptr, achado->second};
+    }
+    return {YPortType_obtemTratador(&portType, metodo), nullptr};
+}
+
+void soap::Tratador::operator()(YWebService *servico, YNo *requisicao, YNo *resposta) const {
+    if (comContexto != nullptr) {
+        comContexto->funcao(comContexto->contexto, servico, requisicao, resposta);
+    } else {
+        simples(servico, requisicao, resposta);
+    }
 }
 
 YTratadorSoap YPortType_obtemTratador(const YPortType *portType, const char *metodo) {

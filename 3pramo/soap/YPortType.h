@@ -1,7 +1,10 @@
-/* One registered port type: its methods' handlers, the class of its service objects, its WSDL.
+/* One port type: its methods' handlers, the class of its service objects, its WSDL.
  *
- * YSoapServer_registraPortType makes and owns them. A port type is changed only before its server
- * starts; to change one later, register it again. */
+ * YSoapServer_registraPortType makes one of a table and owns it. One whose handlers have contexts,
+ * or that is to take the place of another while its server serves, is made with YalocaObjeto, put
+ * together with the functions below, and given to YSoapServer_poePortType.
+ * Threads: a port type is changed only before its server has it or before its server starts; to
+ * change one later, put another one in its place. */
 #ifndef Y3PRAMO_SOAP_YPORTTYPE_H
 #define Y3PRAMO_SOAP_YPORTTYPE_H
 
@@ -47,8 +50,25 @@ Y_EXPORTA void YPortType_setWsdl(YPortType *portType, const char *wsdl);
  * Gives: 1 when the name is new, else 0. */
 Y_EXPORTA int YPortType_registraTratador(YPortType *portType, const char *metodo, YTratadorSoap tratador);
 
-/* The handler of the method; null when there is none. */
+/* The handler of the method; null when there is none without a context. */
 Y_EXPORTA YTratadorSoap YPortType_obtemTratador(const YPortType *portType, const char *metodo);
+
+/* A method handler with a context of the application's, which calls on many threads share.
+ * Its other arguments, what it may raise and its threads are those of a YTratadorSoap. */
+typedef void (*YTratadorSoapComContexto)(void *contexto, YWebService *servico, YNo *requisicao,
+                                         YNo *resposta);
+
+/* Stores the handler and its context under the method name, in place of an earlier one of either
+ * kind.
+ * Gives: 1 when the name is new, else 0.
+ * Raises: YExc "Memória insuficiente." and has changed nothing then.
+ * Owns: the port type owns the context from now on, and lets `liberaContexto` free it (unless that
+ *   is null) once the port type has gone or another handler has taken this one's place, and the
+ *   last call of this one has returned.
+ * Threads: `liberaContexto` runs once, on whichever thread is the last; what it raises is logged. */
+Y_EXPORTA int YPortType_registraTratadorComContexto(YPortType *portType, const char *metodo,
+                                                    YTratadorSoapComContexto tratador, void *contexto,
+                                                    void (*liberaContexto)(void *contexto));
 
 /* The class of the service objects; it must derive from YWebService. */
 Y_EXPORTA void YPortType_setRttiDoServico(YPortType *portType, YFuncaoRtti classe);

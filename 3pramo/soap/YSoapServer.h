@@ -152,6 +152,12 @@ Y_EXPORTA void YSoapServer_setFechaLogo(YSoapServer *servidor, int fechaLogo);
  * Owns: the server owns the port type. */
 Y_EXPORTA YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoPortType *definicao);
 
+/* Publishes a port type that the application has put together (YPortType.h), whole, in place of one
+ * of the same name; calls that the earlier one is serving go on with its handlers.
+ * Raises: YExcSoap "PortType sem nome." for a null name; nothing has changed then.
+ * Owns: the server owns the port type from now on; when it raises the caller still does. */
+Y_EXPORTA void YSoapServer_poePortType(YSoapServer *servidor, const char *nome, YPortType *portType);
+
 /* The port type of the name; null when there is none.
  * Lives: until another one is registered under its name. */
 Y_EXPORTA YPortType *YSoapServer_recuperaPortType(YSoapServer *servidor, const char *nome);

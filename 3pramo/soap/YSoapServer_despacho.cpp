@@ -79,8 +79,8 @@ Pino localizaServico(const Chamada &chamada, const YNo *requisicao) {
 
 // An object is called through the port type that carries its class's name, when that one is for such
 // objects, else through the one of the URI. A port type for other objects never gets it.
-YTratadorSoap obtemTratador(const Chamada &chamada, const YWebService *servico) {
-    // The object is pinned, so its class can be read. A null handler means: built in, or unknown.
+Tratador obtemTratador(const Chamada &chamada, const YWebService *servico) {
+    // The object is pinned, so its class can be read. No handler means: built in, or unknown.
     bool existe = false;
     for (const char *nome : {servico != nullptr ? servico->rtti->name : nullptr, chamada.portType}) {
         const auto portType =
@@ -109,7 +109,7 @@ Pino constroiServico(const Chamada &chamada, Origem origem) {
     return pino;
 }
 
-void chamaEmTemporario(const Chamada &chamada, YTratadorSoap tratador, YNo *requisicao, YNo *resposta) {
+void chamaEmTemporario(const Chamada &chamada, const Tratador &tratador, YNo *requisicao, YNo *resposta) {
     // It is in the live set as long as the handler runs, which may take it out and keep it.
     Pino temporario = constroiServico(chamada, Origem::CHAMADA);
     try {
@@ -203,8 +203,9 @@ void soap::processaChamada(const Chamada &chamada, YStream *entrada, YStream *sa
         proprio = localizaServico(chamada, requisicao);
         dado = &proprio;
     }
-    const YTratadorSoap tratador = obtemTratador(chamada, dado->servico());
-    if (tratador == nullptr) {
+    // Held until the call has returned: a port type that takes this one's place does not end its context.
+    const Tratador tratador = obtemTratador(chamada, dado->servico());
+    if (!tratador) {
         chamaMetodoEmbutido(chamada, requisicao, resposta, *dado);
     } else if (dado->vivo()) {
         YWebService_protelaDerrubada(dado->servico());

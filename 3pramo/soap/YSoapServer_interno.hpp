@@ -5,6 +5,7 @@
 #include <3pramo/foundation/Trinco.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/cria.hpp>
+#include <3pramo/soap/YPortType_interno.hpp>
 #include <3pramo/soap/YSoapServer.h>
 #include <3pramo/soap/YWebService_interno.hpp>
 
@@ -86,7 +87,7 @@ void esvazia(YSoapServer *servidor);
 
 /// What one call needs of a port type, read under the lock: a port type may be replaced at any moment.
 struct PortTypeLido {
-    YTratadorSoap tratador;
+    Tratador tratador;
     YFuncaoRtti rttiDoServico;
     void *grupoDeRecursos;
 

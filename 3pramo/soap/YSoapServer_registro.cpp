@@ -214,9 +214,6 @@ uint64_t YSoapServer_getServicos(YSoapServer *servidor) {
 // ---- Port types ----
 
 YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoPortType *definicao) {
-    if (definicao->nome == nullptr) {
-        lanca(YExcSoap_rtti, "PortType sem nome."_l1, FONTE);
-    }
     // Whole before it is published: no call sees half a port type.
     Ponteiro<YPortType> novo = cria<YPortType>(YPortType_rtti, FONTE);
     YPortType_setWsdl(novo, definicao->wsdl);
@@ -225,11 +222,21 @@ YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoP
         YPortType_registraTratador(novo, m->metodo, m->tratador);
     }
     YPortType_setGrupoDeRecursos(novo, definicao->grupoDeRecursos);
-
-    const Tranca tranca(privado(servidor).trinco);
-    // The one of that name goes under the lock: its destructor runs no application code.
-    YMapa_guarda(servidor->portTypes, definicao->nome, novo.get());
+    YSoapServer_poePortType(servidor, definicao->nome, novo);
     return novo.release();
+}
+
+void YSoapServer_poePortType(YSoapServer *servidor, const char *nome, YPortType *portType) {
+    if (nome == nullptr) {
+        lanca(YExcSoap_rtti, "PortType sem nome."_l1, FONTE);
+    }
+    // The one of that name goes under the lock, but for its contexts: their release is the application's.
+    std::shared_ptr<YPortType_Privado> antigo;
+    const Tranca tranca(privado(servidor).trinco);
+    if (const auto *velho = static_cast<const YPortType *>(YMapa_recupera(servidor->portTypes, nome))) {
+        antigo = privado(*velho);
+    }
+    YMapa_guarda(servidor->portTypes, nome, portType);
 }
 
 YPortType *YSoapServer_recuperaPortType(YSoapServer *servidor, const char *nome) {
@@ -245,6 +252,6 @@ std::optional<PortTypeLido> soap::procuraPortType(YSoapServer *servidor, const c
         return std::nullopt;
     }
     // Copied out: the port type itself may be replaced as soon as the lock is let go.
-    return PortTypeLido{YPortType_obtemTratador(portType, metodo), portType->rttiDoServico,
+    return PortTypeLido{procuraTratador(*portType, metodo), portType->rttiDoServico,
                         portType->grupoDeRecursos};
 }
