@@ -41,7 +41,8 @@ typedef struct YPortType YPortType;
 Y_EXPORTA extern const YRtti YPortType_definicaoRtti;
 Y_EXPORTA const YRtti *YPortType_rtti(void);
 
-/* The WSDL document, with macros; null for none.
+/* The WSDL document, with macros; null for none. With null, as at first, a port type whose methods
+ * are described (YPortType_descreveMetodo) is published with a document that is made of them.
  * Lives: kept by reference, so it must live as long as the port type. */
 Y_EXPORTA const char *YPortType_getWsdl(const YPortType *portType);
 Y_EXPORTA void YPortType_setWsdl(YPortType *portType, const char *wsdl);
@@ -69,6 +70,52 @@ typedef void (*YTratadorSoapComContexto)(void *contexto, YWebService *servico, Y
 Y_EXPORTA int YPortType_registraTratadorComContexto(YPortType *portType, const char *metodo,
                                                     YTratadorSoapComContexto tratador, void *contexto,
                                                     void (*liberaContexto)(void *contexto));
+
+/* The types of parameters and results, by their names in XML Schema. */
+typedef enum YTipoXsd {
+    Y_XSD_NENHUM, /* no result */
+    Y_XSD_ANY_TYPE,
+    Y_XSD_BOOLEAN,
+    Y_XSD_BYTE,
+    Y_XSD_UNSIGNED_BYTE,
+    Y_XSD_SHORT,
+    Y_XSD_UNSIGNED_SHORT,
+    Y_XSD_INT,
+    Y_XSD_UNSIGNED_INT,
+    Y_XSD_LONG,
+    Y_XSD_UNSIGNED_LONG,
+    Y_XSD_FLOAT,
+    Y_XSD_DOUBLE,
+    Y_XSD_DECIMAL,
+    Y_XSD_STRING,
+    Y_XSD_DATE,
+    Y_XSD_DATE_TIME
+} YTipoXsd;
+
+/* One parameter of a method. */
+typedef struct YDefinicaoParametro {
+    const char *nome;
+    YTipoXsd tipo;
+} YDefinicaoParametro;
+
+/* Describes a method for the WSDL document of a port type that has none of its own, in place of an
+ * earlier description.
+ * - The document is rpc/encoded; methods stand in it in the order in which they were described, a
+ *   result under the name "return". Its address is the host that the client asked, $(*Host), and
+ *   /soap/NAME.
+ * - A method with a parameter "eu" is one of service objects: the document then has "constroi" and
+ *   "destroi", too, as they are built in.
+ * - A description changes no call: nothing is checked by it, and a method without one is called as
+ *   before.
+ * Raises: YExcSoap "Nome inválido em WSDL." for a name that is not a letter or "_" followed by
+ *   letters, digits, "_", "-" and "." of ASCII, the port type's own included (then also
+ *   YSoapServer_poePortType); "Nome repetido em WSDL." for two parameters of one name; "Tipo
+ *   desconhecido em WSDL." for a type that is none, or Y_XSD_NENHUM of a parameter. Nothing has
+ *   changed then.
+ * Owns: everything is copied. */
+Y_EXPORTA void YPortType_descreveMetodo(YPortType *portType, const char *metodo,
+                                        const YDefinicaoParametro *parametros, uint32_t quantos,
+                                        YTipoXsd tipoDoResultado);
 
 /* The class of the service objects; it must derive from YWebService. */
 Y_EXPORTA void YPortType_setRttiDoServico(YPortType *portType, YFuncaoRtti classe);

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace pramo::soap {
 
@@ -33,9 +34,24 @@ struct Tratador {
     void operator()(YWebService *servico, YNo *requisicao, YNo *resposta) const;
 };
 
+struct Parametro {
+    std::string nome;
+    YTipoXsd tipo;
+};
+
+/// What a WSDL document says of a method.
+struct Descricao {
+    std::string metodo;
+    std::vector<Parametro> parametros;
+    YTipoXsd resultado;
+};
+
 /// Guarded as the documented fields are.
 struct YPortType_Privado {
     std::map<std::string, std::shared_ptr<const TratadorComContexto>, std::less<>> comContexto;
+    std::string nome; // that it is published under; empty before
+    std::vector<Descricao> descricoes;
+    std::string wsdl; // made of them when it is first asked for
 };
 
 /// Shared, so that whoever takes a port type out of a server can have its contexts, whose release is the
@@ -44,6 +60,12 @@ std::shared_ptr<YPortType_Privado> &privado(const YPortType &portType);
 
 /// The handler of the method; none when it is built in or unknown.
 Tratador procuraTratador(const YPortType &portType, const char *metodo);
+
+/// The name that the port type will be published under. Raises for one that its WSDL cannot have.
+void daNome(const YPortType &portType, const char *nome);
+
+/// The document to publish, with macros: its own, or the one made of its descriptions; null for none.
+const char *documentoDe(const YPortType &portType);
 
 } // namespace pramo::soap
 

@@ -154,7 +154,8 @@ Y_EXPORTA YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const Y
 
 /* Publishes a port type that the application has put together (YPortType.h), whole, in place of one
  * of the same name; calls that the earlier one is serving go on with its handlers.
- * Raises: YExcSoap "PortType sem nome." for a null name; nothing has changed then.
+ * Raises: YExcSoap "PortType sem nome." for a null name, "Nome inválido em WSDL." for one that a
+ *   port type with descriptions cannot have; nothing has changed then.
  * Owns: the server owns the port type from now on; when it raises the caller still does. */
 Y_EXPORTA void YSoapServer_poePortType(YSoapServer *servidor, const char *nome, YPortType *portType);
 

@@ -230,6 +230,7 @@ void YSoapServer_poePortType(YSoapServer *servidor, const char *nome, YPortType 
     if (nome == nullptr) {
         lanca(YExcSoap_rtti, "PortType sem nome."_l1, FONTE);
     }
+    daNome(*portType, nome);
     // The one of that name goes under the lock, but for its contexts: their release is the application's.
     std::shared_ptr<YPortType_Privado> antigo;
     const Tranca tranca(privado(servidor).trinco);

@@ -68,12 +68,13 @@ void YSoapServer_registraMacro(YSoapServer *servidor, const char *nome, const ch
 bool soap::emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida) {
     const Tranca tranca(privado(servidor).trinco);
     const auto *portType = static_cast<const YPortType *>(YMapa_recupera(servidor->portTypes, nome));
-    if (portType == nullptr || portType->wsdl == nullptr) {
+    // Under the lock to the end, for port type and macros; writing into memory waits for nobody.
+    const char *documento = portType != nullptr ? documentoDe(*portType) : nullptr;
+    if (documento == nullptr) {
         return false;
     }
-    // Under the lock to the end, for port type and macros; writing into memory waits for nobody.
     const Ponteiro<YStream> texto = cria<YStream>(YStream_rtti, FONTE);
-    YStream_putExpandindo(texto, portType->wsdl);
+    YStream_putExpandindo(texto, documento);
     expandeMacros(servidor->macros, saida, header, conteudo(*texto));
     return true;
 }

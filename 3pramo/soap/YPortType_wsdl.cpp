@@ -1,0 +1,201 @@
+// The WSDL document that is made of a port type's descriptions. Every text in it is a name that was checked,
+// so that nothing needs escaping, and no name can bring in a macro.
+#include <3pramo/soap/YPortType_interno.hpp>
+
+#include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
+#include <3pramo/node/YExcSoap.h>
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <string_view>
+
+using namespace pramo;
+using namespace pramo::soap;
+
+namespace {
+
+constexpr const char *FONTE_DO_WSDL = "YPortType";
+
+// In the order of YTipoXsd.
+constexpr std::array<std::string_view, Y_XSD_DATE_TIME + 1> NOMES_DOS_TIPOS = {
+    "",       "anyType",     "boolean", "byte",         "unsignedByte", "short",  "unsignedShort",
+    "int",    "unsignedInt", "long",    "unsignedLong", "float",        "double", "decimal",
+    "string", "date",        "dateTime"};
+
+// ---- What is described ----
+
+[[noreturn]] void recusa(const char *nome, const char *mensagem) {
+    YContextoTry_printf("nome: %s. ", nome);
+    lanca(YExcSoap_rtti, mensagem, FONTE_DO_WSDL);
+}
+
+void exigeNome(const char *nome) {
+    const std::string_view texto = nome != nullptr ? nome : "";
+    const bool comeca = !texto.empty() && !ehAlgarismo(texto[0]) && texto[0] != '-' && texto[0] != '.';
+    const bool continua = std::all_of(texto.begin(), texto.end(), [](char c) {
+        return ehAlfanumerico(c) || c == '_' || c == '-' || c == '.';
+    });
+    if (!comeca || !continua) {
+        recusa(nome, "Nome inválido em WSDL."_l1);
+    }
+}
+
+void exigeTipo(const char *nome, YTipoXsd tipo, YTipoXsd primeiro) {
+    if (tipo < primeiro || tipo > Y_XSD_DATE_TIME) {
+        recusa(nome, "Tipo desconhecido em WSDL.");
+    }
+}
+
+Descricao leDescricao(const char *metodo, const YDefinicaoParametro *parametros, uint32_t quantos,
+                      YTipoXsd resultado) {
+    exigeNome(metodo);
+    exigeTipo(metodo, resultado, Y_XSD_NENHUM);
+    Descricao nova = {metodo, {}, resultado};
+    for (uint32_t i = 0; i < quantos; i++) {
+        const YDefinicaoParametro &p = parametros[i];
+        exigeNome(p.nome);
+        exigeTipo(p.nome, p.tipo, Y_XSD_ANY_TYPE);
+        if (std::ranges::count(nova.parametros, std::string_view(p.nome), &Parametro::nome) != 0) {
+            recusa(p.nome, "Nome repetido em WSDL.");
+        }
+        nova.parametros.push_back({p.nome, p.tipo});
+    }
+    return nova;
+}
+
+// ---- The document ----
+
+bool temEu(const Descricao &d) {
+    return std::ranges::count(d.parametros, std::string_view("eu"), &Parametro::nome) != 0;
+}
+
+// The descriptions, between those of the built-in methods if any is of service objects.
+std::vector<Descricao> todasAsDescricoes(const YPortType_Privado &p) {
+    std::vector<Descricao> todas;
+    const bool comObjetos = std::ranges::any_of(p.descricoes, temEu);
+    const auto acrescenta = [&](const Descricao &d) {
+        if (std::ranges::count(todas, d.metodo, &Descricao::metodo) == 0) {
+            todas.push_back(d);
+        }
+    };
+    if (comObjetos) {
+        acrescenta({"constroi", {}, Y_XSD_STRING});
+    }
+    std::ranges::for_each(p.descricoes, acrescenta);
+    if (comObjetos) {
+        acrescenta({"destroi", {{"eu", Y_XSD_STRING}}, Y_XSD_NENHUM});
+    }
+    return todas;
+}
+
+/// A document as it grows.
+struct Documento {
+    std::string texto;
+
+    void poe(std::initializer_list<std::string_view> pedacos) {
+        for (const std::string_view pedaco : pedacos) {
+            texto += pedaco;
+        }
+    }
+    void poeMensagem(std::string_view metodo, std::string_view qual, const std::vector<Parametro> &partes) {
+        poe({"  <message name=\"", metodo, qual, "\">\n"});
+        for (const Parametro &parte : partes) {
+            poe({"    <part name=\"", parte.nome,
+                 "\" type=\"xsd:", NOMES_DOS_TIPOS[static_cast<std::size_t>(parte.tipo)], "\"/>\n"});
+        }
+        poe({"  </message>\n"});
+    }
+};
+
+void poeMensagens(Documento &doc, const std::vector<Descricao> &descricoes) {
+    for (const Descricao &d : descricoes) {
+        const std::vector<Parametro> resultado(d.resultado != Y_XSD_NENHUM ? 1 : 0, {"return", d.resultado});
+        doc.poeMensagem(d.metodo, "Request", d.parametros);
+        doc.poeMensagem(d.metodo, "Response", resultado);
+    }
+}
+
+void poeOperacoes(Documento &doc, const std::string &nome, const std::vector<Descricao> &descricoes) {
+    doc.poe({"  <portType name=\"", nome, "\">\n"});
+    for (const Descricao &d : descricoes) {
+        doc.poe({"    <operation name=\"", d.metodo, "\"><input message=\"tns:", d.metodo,
+                 "Request\"/><output message=\"tns:", d.metodo, "Response\"/></operation>\n"});
+    }
+    doc.poe({"  </portType>\n"});
+}
+
+void poeLigacao(Documento &doc, const std::string &nome, const std::vector<Descricao> &descricoes) {
+    const std::string corpo = "<soap:body use=\"encoded\" namespace=\"urn:" + nome +
+                              "\" encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\"/>";
+    doc.poe({"  <binding name=\"", nome, "\" type=\"tns:", nome,
+             "\">\n    <soap:binding style=\"rpc\" transport=\"http://schemas.xmlsoap.org/soap/http\"/>\n"});
+    for (const Descricao &d : descricoes) {
+        doc.poe({"    <operation name=\"", d.metodo, "\">\n      <soap:operation soapAction=\"urn:", nome,
+                 "#", d.metodo, "\"/>\n      <input>", corpo, "</input>\n      <output>", corpo,
+                 "</output>\n    </operation>\n"});
+    }
+    doc.poe({"  </binding>\n"});
+}
+
+std::string fazDocumento(const YPortType_Privado &p) {
+    const std::vector<Descricao> descricoes = todasAsDescricoes(p);
+    Documento doc;
+    doc.poe({"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<definitions name=\"", p.nome,
+             "\" targetNamespace=\"urn:", p.nome, "\" xmlns:tns=\"urn:", p.nome,
+             "\"\n    xmlns=\"http://schemas.xmlsoap.org/wsdl/\""
+             " xmlns:soap=\"http://schemas.xmlsoap.org/wsdl/soap/\"\n"
+             "    xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">\n"});
+    poeMensagens(doc, descricoes);
+    poeOperacoes(doc, p.nome, descricoes);
+    poeLigacao(doc, p.nome, descricoes);
+    doc.poe({"  <service name=\"", p.nome, "\">\n    <port name=\"", p.nome, "\" binding=\"tns:", p.nome,
+             "\">\n      <soap:address location=\"http://$(*Host)/soap/", p.nome,
+             "\"/>\n    </port>\n  </service>\n</definitions>\n"});
+    return doc.texto;
+}
+
+} // namespace
+
+void YPortType_descreveMetodo(YPortType *portType, const char *metodo, const YDefinicaoParametro *parametros,
+                              uint32_t quantos, YTipoXsd tipoDoResultado) {
+    YPortType_Privado &p = *privado(*portType);
+    if (!p.nome.empty()) {
+        exigeNome(p.nome.c_str()); // it was published before anything was described
+    }
+    semFaltaDeMemoria(FONTE_DO_WSDL, [&] {
+        Descricao nova = leDescricao(metodo, parametros, quantos, tipoDoResultado);
+        const auto velha = std::ranges::find(p.descricoes, nova.metodo, &Descricao::metodo);
+        if (velha != p.descricoes.end()) {
+            *velha = std::move(nova);
+        } else {
+            p.descricoes.push_back(std::move(nova));
+        }
+        p.wsdl.clear();
+        return 0;
+    });
+}
+
+void soap::daNome(const YPortType &portType, const char *nome) {
+    YPortType_Privado &p = *privado(portType);
+    if (!p.descricoes.empty()) {
+        exigeNome(nome);
+    }
+    semFaltaDeMemoria(FONTE_DO_WSDL, [&] {
+        p.nome = nome;
+        p.wsdl.clear();
+        return 0;
+    });
+}
+
+const char *soap::documentoDe(const YPortType &portType) {
+    YPortType_Privado &p = *privado(portType);
+    if (portType.wsdl != nullptr || p.descricoes.empty()) {
+        return portType.wsdl;
+    }
+    if (p.wsdl.empty()) {
+        p.wsdl = semFaltaDeMemoria(FONTE_DO_WSDL, [&] { return fazDocumento(p); });
+    }
+    return p.wsdl.c_str();
+}
