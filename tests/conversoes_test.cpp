@@ -133,4 +133,33 @@ TEST(Datas, asBordas) {
     EXPECT_EQ(numero(INT32_MAX, 11, 31) + numero(INT32_MIN, 0, 1), 0U) << "no 32 bits number them";
 }
 
+TEST(Utf8, oMesmoTextoDosDoisLadosESoOQueCabe) {
+    std::string todos;
+    for (int c = 0; c < 256; c++) {
+        todos += static_cast<char>(c);
+        const std::string utf8 = pramo::utf8(todos);
+        EXPECT_EQ(utf8.size(), todos.size() + static_cast<std::size_t>(std::max(0, c - 127)));
+        EXPECT_TRUE(pramo::latin1(utf8) == todos) << c;
+    }
+    EXPECT_EQ(pramo::latin1("ação") + pramo::utf8("\xBF\xC0\xFF"), "a\xE7\xE3o¿Àÿ");
+    // clang-format off
+    const std::pair<std::string, std::vector<const char *>> casos[] = {
+        {"YExc: posição: 1. Texto não é UTF-8."_l1, {"a\xC3", "a\x80", "a\xFF", "a\xC0\x80", "a\xC3(", "a\xE0\x83\xBF", "a\xF0\x80\x80\xBF",
+                                                "a\xED\xA0\x80", "a\xF4\x90\x80\x80", "a\xE2\x82"}},
+        {"YExc: posição: 2. Caractere fora de ISO-8859-1."_l1, {"\xC3\xA7\xC4\x80", "ab\xE2\x82\xAC", "ab\xF0\x9F\x98\x80"}},
+    };
+    // clang-format on
+    const auto stream = apoio::streamDe("antes");
+    for (const auto &[recusa, textos] : casos) {
+        for (const std::string texto : textos) {
+            EXPECT_EQ(
+                excecao([&] { YStream_putDeUtf8(stream, texto.data(), static_cast<int64_t>(texto.size())); }),
+                recusa)
+                << texto;
+        }
+    }
+    YStream_putEmUtf8(stream, YStream_str(stream), 5);
+    EXPECT_EQ(apoio::conteudo(stream), "antesantes");
+}
+
 } // namespace

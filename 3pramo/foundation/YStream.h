@@ -59,6 +59,15 @@ Y_EXPORTA void YStream_putHtmlString(YStream *stream, const char *texto);
 /* The text with accented letters replaced by their plain ones (ç by c); the rest unchanged. */
 Y_EXPORTA void YStream_putTirandoAcentos(YStream *stream, const char *texto);
 
+/* `quantos` bytes of UTF-8 as ISO-8859-1, and of ISO-8859-1 as UTF-8; they may be part of the
+ * stream's own content. Zero or less appends nothing.
+ * Raises: the first, when nothing may be lost without a word: YExc "posição: N. Texto não é UTF-8."
+ *   for bytes that are no character (overlong, half of a pair, cut), and YExc "posição: N.
+ *   Caractere fora de ISO-8859-1."; N is the first such byte, counted from 0. The stream then holds
+ *   what it held. */
+Y_EXPORTA void YStream_putDeUtf8(YStream *stream, const char *texto, int64_t quantos);
+Y_EXPORTA void YStream_putEmUtf8(YStream *stream, const char *texto, int64_t quantos);
+
 /* The text as it is: nothing is expanded. */
 Y_EXPORTA void YStream_putExpandindo(YStream *stream, const char *texto);
 

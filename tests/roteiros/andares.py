@@ -17,6 +17,7 @@ PERMITIDAS = {
     "iso": {"foundation"},
     "forms": {"foundation", "node"},
     "soap": {"foundation", "node", "http"},
+    "cpp": {"foundation", "http", "node", "iso", "forms", "soap"},
 }
 
 
