@@ -15,6 +15,7 @@
 #include <3pramo/foundation/YDIC.h>
 #include <3pramo/foundation/YExc.h>
 #include <3pramo/foundation/YIdentidade.h>
+#include <3pramo/foundation/YLeitura.h>
 #include <3pramo/foundation/YMapa.h>
 #include <3pramo/foundation/YMemoria.h>
 #include <3pramo/foundation/YNumeros.h>

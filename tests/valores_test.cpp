@@ -130,4 +130,67 @@ TEST_F(Valores, pelosCaminhos) {
     EXPECT_EQ(grava(no), "<e><f>-2</f></e><e><f>3</f></e><a>x&amp;y</a><b>1.50</b><c>z</c><d/>");
 }
 
+// What was read, as text; or why nothing was.
+template <typename T>
+std::string estrito(const pramo::Leitura<T> &leitura) {
+    static const char *const SITUACOES[] = {"", "ausente", "mal formada", "fora da faixa"};
+    if (!leitura) {
+        return SITUACOES[leitura.situacao()];
+    }
+    if constexpr (std::is_same_v<T, std::chrono::year_month_day>) {
+        return std::to_string(
+            (std::chrono::sys_days(*leitura) - std::chrono::sys_days(std::chrono::year(2000) / 3 / 1))
+                .count());
+    } else if constexpr (std::is_same_v<T, std::string>) {
+        return "'" + *leitura + "'";
+    } else {
+        return std::to_string(*leitura);
+    }
+}
+
+TEST_F(Valores, leiturasEstritas) {
+    using Le = std::string (*)(const YNo *);
+    const Le le[] = {[](const YNo *n) { return estrito(pramo::le<int8_t>(n, "a")); },
+                     [](const YNo *n) { return estrito(pramo::le<int64_t>(n, "a")); },
+                     [](const YNo *n) { return estrito(pramo::le<uint64_t>(n, "a")); },
+                     [](const YNo *n) { return estrito(pramo::le<double>(n, "a")); },
+                     [](const YNo *n) { return estrito(pramo::le<bool>(n, "a")); },
+                     [](const YNo *n) { return estrito(pramo::le<std::chrono::year_month_day>(n, "a")); },
+                     [](const YNo *n) { return estrito(pramo::le<std::string>(n, "a")); }};
+    enum { I8, I64, U64, REAL, LOGICO, DATA, TEXTO };
+    // clang-format off
+    const std::tuple<int, std::string, std::vector<const char *>> casos[] = {
+        {I8, "-128", {"-128", " -0128\t\r\n"}}, {I8, "5", {"5", "+5", "005"}}, {I8, "fora da faixa", {"128", "-129", "99999999999999999999"}},
+        {I8, "mal formada", {"", "-", "+-5", "5 5", "5x", "5.0", "0x5", "5\v", "5\xA0", "<b>5</b>"}},
+        {I64, "-9223372036854775808", {"-9223372036854775808"}}, {I64, "fora da faixa", {"9223372036854775808", "-9223372036854775809"}},
+        {U64, "18446744073709551615", {"18446744073709551615"}}, {U64, "0", {"-0"}}, {U64, "fora da faixa", {"-1", "18446744073709551616"}},
+        {REAL, "-1.500000", {"-1.5", "-15e-1", "-.15E+1", "-1.50"}}, {REAL, "3.000000", {"3.", "+3"}}, {REAL, "-inf", {"-INF"}}, {REAL, "nan", {"NaN"}},
+        {REAL, "fora da faixa", {"1e999", "1e-999"}}, {REAL, "mal formada", {".", "1e", "e1", "1,5", "inf", "+INF", "nan", "1 2", "0x1p3", ""}},
+        {LOGICO, "1", {"true", " 1 "}}, {LOGICO, "0", {"false", "0"}}, {LOGICO, "mal formada", {"True", "sim", "2", ""}},
+        {DATA, "0", {"2000-03-01", "2000-03-01Z", "2000-03-01-03:00", " 2000-03-01+14:00 "}}, {DATA, "-1", {"2000-02-29"}},
+        {DATA, "fora da faixa", {"1900-02-29", "2000-13-01", "2000-00-01", "2000-04-31", "0000-01-01", "-2000-01-01", "12000-01-01"}},
+        {DATA, "mal formada", {"2000-3-1", "2000-03-01T", "2000-03-01T00:00:00", "20000301", "02000-03-01", "2000-03-01+14:01", "2000-03-01+3:00", "2000-03", ""}},
+        {TEXTO, "''", {""}}, {TEXTO, "'1  2 '", {"1  2 "}}, {TEXTO, "mal formada", {"<b/>"}},
+    };
+    // clang-format on
+    for (const auto &[qual, resultado, textos] : casos) {
+        for (const std::string texto : textos) {
+            EXPECT_EQ(le[qual](apoio::le("<n><a>" + texto + "</a></n>").get()), resultado)
+                << qual << " " << texto;
+        }
+        EXPECT_EQ(le[qual](apoio::le("<n><b>1</b></n>").get()) + le[qual](nullptr), "ausenteausente") << qual;
+    }
+    const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
+    const std::pair<std::string, const char *> elementos[] = {
+        {"200", "000200"},   {"mal formada", "-200"},  {"mal formada", " 200"},
+        {"mal formada", ""}, {"fora da faixa", "256"}, {"fora da faixa", "0099999999999999999999"}};
+    for (const auto &[resultado, texto] : elementos) {
+        YMensagemIso_setBit(mensagem, 4, texto);
+        EXPECT_EQ(estrito(pramo::le<uint8_t>(mensagem, 4)), resultado) << texto;
+        EXPECT_EQ(estrito(pramo::le<std::string>(mensagem, 4)), "'" + std::string(texto) + "'");
+    }
+    EXPECT_EQ(estrito(pramo::le<int>(mensagem, 3)) + estrito(pramo::le<std::string>(mensagem, 129)),
+              "ausenteausente");
+}
+
 } // namespace

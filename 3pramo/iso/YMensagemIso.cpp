@@ -5,6 +5,7 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
@@ -182,6 +183,15 @@ const char *YMensagemIso_getBit(const YMensagemIso *mensagem, int32_t bit) {
 
 uint64_t YMensagemIso_getTamanhoBit(const YMensagemIso *mensagem, int32_t bit) {
     return elemento(*mensagem, bit).size();
+}
+
+YSituacao YMensagemIso_leNumero(const YMensagemIso *mensagem, int32_t bit, uint64_t *valor) {
+    const std::string_view texto = elemento(*mensagem, bit);
+    // Neither a sign nor a blank, which a number of XML may have.
+    if (!std::ranges::all_of(texto, ehAlgarismo)) {
+        return Y_LEITURA_MAL_FORMADA;
+    }
+    return YLeitura_uint64(texto.data(), texto.size(), valor);
 }
 
 void YMensagemIso_copiaDe(YMensagemIso *destino, const YMensagemIso *origem) {

@@ -21,6 +21,7 @@
 #ifndef Y3PRAMO_ISO_YMENSAGEMISO_H
 #define Y3PRAMO_ISO_YMENSAGEMISO_H
 
+#include <3pramo/foundation/YLeitura.h>
 #include <3pramo/foundation/YOb.h>
 #include <3pramo/foundation/YStream.h>
 
@@ -95,6 +96,11 @@ Y_EXPORTA const char *YMensagemIso_getBit(const YMensagemIso *mensagem, int32_t 
 
 /* Its length in bytes; 0 where YMensagemIso_getBit gives null. */
 Y_EXPORTA uint64_t YMensagemIso_getTamanhoBit(const YMensagemIso *mensagem, int32_t bit);
+
+/* The element as a number: digits and nothing else, zeros in front allowed.
+ * Gives: Y_LEITURA_AUSENTE where YMensagemIso_getBit gives null. `valor` is written for
+ *   Y_LEITURA_OK alone. */
+Y_EXPORTA YSituacao YMensagemIso_leNumero(const YMensagemIso *mensagem, int32_t bit, uint64_t *valor);
 
 /* Makes the message a copy of the other: code, elements and number of slots. A copy onto itself
  * changes nothing. */

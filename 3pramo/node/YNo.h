@@ -31,6 +31,7 @@
 #define Y3PRAMO_NODE_YNO_H
 
 #include <3pramo/foundation/YDIC.h>
+#include <3pramo/foundation/YLeitura.h>
 #include <3pramo/foundation/YOb.h>
 #include <3pramo/foundation/YStream.h>
 #include <3pramo/foundation/YVetor.h>
@@ -148,7 +149,8 @@ Y_EXPORTA YNo *YNo_getFilhoUnico(const YNo *no, const char *caminho);
  *   YNo_setX     appends a new element, as YNo_criaDescendente does, gives it its content and
  *                returns it; with an empty path it is the node itself, as for YNo_setXVal
  *
- * No type is recorded and none is looked at. Neither the process's locale nor, but for Date and
+ * No type is recorded and none is looked at. What says of a bad text that it is bad stands further
+ * down (strict readings). Neither the process's locale nor, but for Date and
  * DateTime, its time zone matters. */
 
 /* The text itself. Null is no content. */
@@ -256,6 +258,23 @@ Y_EXPORTA uint32_t YNo_getDateY(const YNo *no, const char *caminho);
 Y_EXPORTA uint32_t YNo_getDateYVal(const YNo *no);
 Y_EXPORTA YNo *YNo_setDateY(YNo *no, const char *caminho, uint32_t valor);
 Y_EXPORTA YNo *YNo_setDateYVal(YNo *no, uint32_t valor);
+
+/* ---- Strict readings ----
+ *
+ * The content of the element at the path, as YLeitura.h reads it; nothing raises, and `valor` is
+ * written for Y_LEITURA_OK alone.
+ * Gives: Y_LEITURA_AUSENTE when there is no such element; an element without content is the empty
+ *   text, which is no number; one that has children instead is malformed. */
+
+/* The text as it stands, white space too.
+ * Lives: as YNo_getString. */
+Y_EXPORTA YSituacao YNo_leTexto(const YNo *no, const char *caminho, const char **valor);
+
+Y_EXPORTA YSituacao YNo_leInt64(const YNo *no, const char *caminho, int64_t *valor);
+Y_EXPORTA YSituacao YNo_leUint64(const YNo *no, const char *caminho, uint64_t *valor);
+Y_EXPORTA YSituacao YNo_leDouble(const YNo *no, const char *caminho, double *valor);
+Y_EXPORTA YSituacao YNo_leBoolean(const YNo *no, const char *caminho, int *valor);
+Y_EXPORTA YSituacao YNo_leData(const YNo *no, const char *caminho, struct tm *valor);
 
 /* ---- XML ---- */
 
