@@ -137,6 +137,8 @@ TEST(Iso, formasDoFioEstranhas) {
     const std::tuple<const char *, int, std::string, const char *> casos[] = { // how far it reads, what is raised, what it has
         {"0A0B2000000000000000003000", 26, "", "00002000000000000000003000"},
         {"020040000000000000001x4", 23, "", "02004000000000000000014"},
+        {"020060000000000000000212164", 24, "YExc: Elemento 3 (Processing code). Mensagem ISO 8583 incompleta.", "020040000000000000000212"},
+        {"0200400000000000000016411", 20, "YExc: Elemento 2 (Primary account number (PAN)). Mensagem ISO 8583 incompleta.", "02000000000000000000"},
         {"02002000000000000000003000\nsobra", 26, "", "02002000000000000000003000"},
         {"0200600000000000000f00003000", 4, INVALIDO, "0200"},
         {"0200000:00000000000000000", 4, INVALIDO, "0200"},

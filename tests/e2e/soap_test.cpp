@@ -140,6 +140,8 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
     for (const auto &[portType, metodo, parametros, resultado] : casos) {
         EXPECT_EQ(chama(metodo, parametros, portType), resultado) << portType << metodo;
     }
+    const ServidorSoap outroServidor{{definicaoDoAlvo()}};
+    EXPECT_EQ(apoio::chama(outroServidor.porta(), "Alvo", "total", alvo), NAO_CONSTA);
     registra("Filho", outroRtti);
     // It has the name of the object's class, but is for other objects.
     EXPECT_EQ(chama("quem", eu(identidade), "Familia"), "Filho");
