@@ -129,8 +129,17 @@ void YWebServer_setEndereco(YWebServer *servidor, const char *endereco) {
 }
 
 YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *contexto, YFuncaoTratadorHttp tratador) {
+    YTratadorHttp anterior;
+    YWebServer_trocaTratador(servidor, contexto, tratador, &anterior);
+    return anterior;
+}
+
+void YWebServer_trocaTratador(YWebServer *servidor, void *contexto, YFuncaoTratadorHttp tratador,
+                              YTratadorHttp *anterior) {
+    // Whoever calls the new handler has taken its pair under this lock, after the old one was written.
     const Tranca tranca(privado(*servidor).trinco);
-    return {std::exchange(servidor->contextoTratador, contexto), std::exchange(servidor->tratador, tratador)};
+    *anterior = {std::exchange(servidor->contextoTratador, contexto),
+                 std::exchange(servidor->tratador, tratador)};
 }
 
 void YWebServer_setDiretorioBase(YWebServer *servidor, const char *diretorio) {

@@ -104,6 +104,11 @@ Y_EXPORTA void YWebServer_setEndereco(YWebServer *servidor, const char *endereco
 Y_EXPORTA YTratadorHttp YWebServer_setTratador(YWebServer *servidor, void *contexto,
                                                YFuncaoTratadorHttp tratador);
 
+/* The same, for a handler that passes requests on: it may be called as soon as it is installed, and
+ * finds the previous pair in `*anterior` from its first call on. */
+Y_EXPORTA void YWebServer_trocaTratador(YWebServer *servidor, void *contexto, YFuncaoTratadorHttp tratador,
+                                        YTratadorHttp *anterior);
+
 /* The directory under which static files are served; null serves nothing (404). The URI without its
  * leading slashes and backslashes names the file, as it stands: nothing is decoded, a query is part
  * of the name. "Date" is the time at which the file was modified. Where there is no file to serve:

@@ -121,6 +121,7 @@ void inicia(YObThread *thread) {
     }
     YObThread_stopImpl(servidor); // a stop that was only asked for ends now
     desliga(servidor);            // a thread that ended by itself left the web server serving
+    registraDefeitosDosWsdls(servidor, nullptr);
     try {
         YWebServer *web = liga(servidor);
         // The sweep's thread comes last: who sees the server alive finds its web server started.
@@ -198,6 +199,20 @@ void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *diretorio) 
     trocaTexto(servidor->diretorioBase, diretorio);
     if (servidor->webServer != nullptr) {
         YWebServer_setDiretorioBase(servidor->webServer, servidor->diretorioBase);
+    }
+}
+
+void YSoapServer_setTratadorHttp(YSoapServer *servidor, void *contexto, YFuncaoTratadorHttp tratador,
+                                 YTratadorHttp *anterior) {
+    YSoapServer_Privado &p = privado(servidor);
+    const Tranca tranca(p.trinco);
+    // Behind our own handler while that is installed; the next start puts ours in front of it otherwise.
+    if (p.servindo) {
+        *anterior = std::exchange(servidor->tratadorAnterior, {contexto, tratador});
+    } else if (p.web != nullptr) {
+        YWebServer_trocaTratador(p.web, contexto, tratador, anterior);
+    } else {
+        *anterior = {}; // the server ends: neither is called any more
     }
 }
 

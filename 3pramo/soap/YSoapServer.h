@@ -109,8 +109,19 @@ Y_EXPORTA void YSoapServer_setDiretorioBase(YSoapServer *servidor, const char *d
  *   YExcSoap "Faltou fechar a macro em WSDL." for a macro without its ")";
  *   YExcSoap "Macro desconhecida em WSDL." for one of no such name;
  *   YExcSoap "Valor inválido para o WSDL." for a field that holds markup (< > & or a quote), and
- *   for a Host that is no name or address with a port. */
+ *   for a Host that is no name or address with a port.
+ * The first two, but for header fields, are also logged as errors, with the port type's name, when
+ * the server starts and when it is given a port type while it serves. */
 Y_EXPORTA void YSoapServer_registraMacro(YSoapServer *servidor, const char *nome, const char *texto);
+
+/* Installs an HTTP handler for what is neither a SOAP call nor the WSDL of a port type, as
+ * YWebServer_trocaTratador does, also while the server serves; no other need reach into
+ * `webServer`. It stays over stops and starts, and after a stop it answers all requests of the
+ * connections that are still open.
+ * Gives: in `*anterior`, before the new pair is called, the one that was installed before: at first
+ *   the web server and its handler of static files. Installing that one again takes this one out. */
+Y_EXPORTA void YSoapServer_setTratadorHttp(YSoapServer *servidor, void *contexto,
+                                           YFuncaoTratadorHttp tratador, YTratadorHttp *anterior);
 
 /* The application's own pointer, which handlers reach through YWebService_getSoapServer. */
 Y_EXPORTA void YSoapServer_setContexto(YSoapServer *servidor, void *contexto);

@@ -123,6 +123,9 @@ void processaChamada(const Chamada &chamada, YStream *entrada, YStream *saida, P
 /// True when the port type's WSDL was written; false when there is no such port type, or it has none.
 bool emiteWsdl(YSoapServer *servidor, const char *nome, const YDIC *header, YStream *saida);
 
+/// Logs as errors the macros that nobody registered or closed, of the WSDL of this port type; null: of all.
+void registraDefeitosDosWsdls(YSoapServer *servidor, const char *soDeste);
+
 } // namespace pramo::soap
 
 #endif

@@ -213,20 +213,10 @@ uint64_t YSoapServer_getServicos(YSoapServer *servidor) {
 
 // ---- Port types ----
 
-YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoPortType *definicao) {
-    // Whole before it is published: no call sees half a port type.
-    Ponteiro<YPortType> novo = cria<YPortType>(YPortType_rtti, FONTE);
-    YPortType_setWsdl(novo, definicao->wsdl);
-    YPortType_setRttiDoServico(novo, definicao->rttiDoServico);
-    for (const YDefinicaoMetodo *m = definicao->tratadores; m != nullptr && m->metodo != nullptr; m++) {
-        YPortType_registraTratador(novo, m->metodo, m->tratador);
-    }
-    YPortType_setGrupoDeRecursos(novo, definicao->grupoDeRecursos);
-    YSoapServer_poePortType(servidor, definicao->nome, novo);
-    return novo.release();
-}
+namespace {
 
-void YSoapServer_poePortType(YSoapServer *servidor, const char *nome, YPortType *portType) {
+// Gives the port type to the server; true when this serves already, and so looks at the WSDL now.
+bool publica(YSoapServer *servidor, const char *nome, YPortType *portType) {
     if (nome == nullptr) {
         lanca(YExcSoap_rtti, "PortType sem nome."_l1, FONTE);
     }
@@ -238,6 +228,32 @@ void YSoapServer_poePortType(YSoapServer *servidor, const char *nome, YPortType 
         antigo = privado(*velho);
     }
     YMapa_guarda(servidor->portTypes, nome, portType);
+    return privado(servidor).servindo;
+}
+
+} // namespace
+
+YPortType *YSoapServer_registraPortType(YSoapServer *servidor, const YDefinicaoPortType *definicao) {
+    // Whole before it is published: no call sees half a port type.
+    Ponteiro<YPortType> novo = cria<YPortType>(YPortType_rtti, FONTE);
+    YPortType_setWsdl(novo, definicao->wsdl);
+    YPortType_setRttiDoServico(novo, definicao->rttiDoServico);
+    for (const YDefinicaoMetodo *m = definicao->tratadores; m != nullptr && m->metodo != nullptr; m++) {
+        YPortType_registraTratador(novo, m->metodo, m->tratador);
+    }
+    YPortType_setGrupoDeRecursos(novo, definicao->grupoDeRecursos);
+    const bool servindo = publica(servidor, definicao->nome, novo);
+    YPortType *portType = novo.release(); // the server's, before the log's sink runs
+    if (servindo) {
+        registraDefeitosDosWsdls(servidor, definicao->nome);
+    }
+    return portType;
+}
+
+void YSoapServer_poePortType(YSoapServer *servidor, const char *nome, YPortType *portType) {
+    if (publica(servidor, nome, portType)) {
+        registraDefeitosDosWsdls(servidor, nome);
+    }
 }
 
 YPortType *YSoapServer_recuperaPortType(YSoapServer *servidor, const char *nome) {

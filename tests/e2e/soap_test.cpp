@@ -156,6 +156,7 @@ TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
                   "HTTP/1.1 404 File not found.")
             << semWsdl;
     }
+    const apoio::Diario diario;
     const std::string longo(31, 'n');
     const std::string publicado = "HTTP/1.1 200 OKtext/xml; charset=ISO-8859-1";
     YSoapServer_registraMacro(servidor, "NOME", "antigo");
@@ -178,6 +179,37 @@ TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
         Resposta r = cliente.pergunta("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
         EXPECT_EQ(r.linha + r.campos["content-type"] + r.corpo, corpo == "none" ? "" : publicado + corpo)
             << wsdl << host;
+    }
+    const YDefinicaoPortType defeituoso = apoio::definicaoDoAlvo("$(*Host)$(PORTA)$(nome)$(");
+    YSoapServer_registraPortType(servidor, &defeituoso);
+    YObThread_stop(servidor);
+    servidor.inicia(); // logged for each time that it was given to a serving server, and at the start
+    EXPECT_EQ(diario.quantos("PortType Alvo: Macro desconhecida em WSDL: nome"), 3);
+    EXPECT_EQ(diario.quantos("PortType Alvo: Faltou fechar a macro em WSDL."), 3);
+    EXPECT_EQ(diario.quantos("PortType"), 6);
+}
+
+TEST_F(Soap, umaRotaHttpFicaAtrasDasChamadasEDosWsdls) {
+    const auto trata = [](void *anterior, char *uri, YMensagemHttp *requisicao, YMensagemHttp *resposta) {
+        if (uri != std::string_view("/saude")) {
+            const auto *a = static_cast<YTratadorHttp *>(anterior);
+            return a->funcao(a->contexto, uri, requisicao, resposta);
+        }
+        YStream_puts(resposta->primeiraLinha, "204 No Content");
+    };
+    const auto saude = [&] { return pede(apoio::requisicao("GET /saude")).linha; };
+    for (const bool parado : {false, true}) {
+        parado ? YObThread_stop(servidor) : void();
+        YTratadorHttp anterior;
+        YTratadorHttp rota;
+        YSoapServer_setTratadorHttp(servidor, &anterior, trata, &anterior);
+        servidor.inicia();
+        EXPECT_EQ(saude(), "HTTP/1.1 204 No Content") << parado;
+        EXPECT_EQ(pede(apoio::requisicao("GET /nada")).linha, "HTTP/1.1 404 File not found.");
+        EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5");
+        YSoapServer_setTratadorHttp(servidor, anterior.contexto, anterior.funcao, &rota);
+        EXPECT_EQ(rota.contexto, &anterior);
+        EXPECT_EQ(saude(), "HTTP/1.1 404 File not found.");
     }
 }
 
