@@ -24,13 +24,15 @@ struct Resposta {
 
 class Cliente {
 public:
-    /// With a receive buffer of so many bytes, as the system rounds them.
-    explicit Cliente(std::uint32_t porta, int buffer = 1 << 17, in_addr endereco = enderecoProprio()) {
+    /// With a receive buffer of so many bytes, as the system rounds them; 0: its own.
+    explicit Cliente(std::uint32_t porta, int buffer = 0, in_addr endereco = enderecoProprio()) {
         const sockaddr_in onde = {AF_INET, htons(static_cast<std::uint16_t>(porta)), endereco, {}};
         const int sim = 1;
         const timeval prazo{10, 0};
         setsockopt(fd_, IPPROTO_TCP, TCP_NODELAY, &sim, sizeof sim);
-        setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);
+        if (buffer != 0) {
+            setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);
+        }
         setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &prazo, sizeof prazo);
         setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &prazo, sizeof prazo);
         passaram(connect(fd_, reinterpret_cast<const sockaddr *>(&onde), sizeof onde), "connect");
