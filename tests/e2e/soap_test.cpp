@@ -180,8 +180,7 @@ TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
         EXPECT_EQ(r.linha + r.campos["content-type"] + r.corpo, corpo == "none" ? "" : publicado + corpo)
             << wsdl << host;
     }
-    const YDefinicaoPortType defeituoso = apoio::definicaoDoAlvo("$(*Host)$(PORTA)$(nome)$(");
-    YSoapServer_registraPortType(servidor, &defeituoso);
+    servidor.registra(definicaoDoAlvo("$(*Host)$(PORTA)$(nome)$("));
     YObThread_stop(servidor);
     servidor.inicia(); // logged for each time that it was given to a serving server, and at the start
     EXPECT_EQ(diario.quantos("PortType Alvo: Macro desconhecida em WSDL: nome"), 3);
@@ -197,19 +196,21 @@ TEST_F(Soap, umaRotaHttpFicaAtrasDasChamadasEDosWsdls) {
         }
         YStream_puts(resposta->primeiraLinha, "204 No Content");
     };
-    const auto saude = [&] { return pede(apoio::requisicao("GET /saude")).linha; };
+    const auto pede = [&](const char *oQue) {
+        return Cliente(servidor.porta()).pergunta(requisicao(oQue)).linha;
+    };
     for (const bool parado : {false, true}) {
         parado ? YObThread_stop(servidor) : void();
         YTratadorHttp anterior;
         YTratadorHttp rota;
         YSoapServer_setTratadorHttp(servidor, &anterior, trata, &anterior);
         servidor.inicia();
-        EXPECT_EQ(saude(), "HTTP/1.1 204 No Content") << parado;
-        EXPECT_EQ(pede(apoio::requisicao("GET /nada")).linha, "HTTP/1.1 404 File not found.");
+        EXPECT_EQ(pede("GET /saude"), "HTTP/1.1 204 No Content") << parado;
+        EXPECT_EQ(pede("GET /nada"), "HTTP/1.1 404 File not found.");
         EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5");
         YSoapServer_setTratadorHttp(servidor, anterior.contexto, anterior.funcao, &rota);
         EXPECT_EQ(rota.contexto, &anterior);
-        EXPECT_EQ(saude(), "HTTP/1.1 404 File not found.");
+        EXPECT_EQ(pede("GET /saude"), "HTTP/1.1 404 File not found.");
     }
 }
 
