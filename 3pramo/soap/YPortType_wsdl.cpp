@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <initializer_list>
 #include <string_view>
 
 using namespace pramo;
@@ -90,70 +89,93 @@ std::vector<Descricao> todasAsDescricoes(const YPortType_Privado &p) {
     return todas;
 }
 
-/// A document as it grows.
-struct Documento {
-    std::string texto;
+// Its pieces: "@" is the port type's name, "%" that of a method or a parameter, "&" a type or a kind of
+// message.
+constexpr std::string_view INICIO = R"(<?xml version="1.0" encoding="ISO-8859-1"?>
+<definitions name="@" targetNamespace="urn:@" xmlns:tns="urn:@"
+    xmlns="http://schemas.xmlsoap.org/wsdl/" xmlns:soap="http://schemas.xmlsoap.org/wsdl/soap/"
+    xmlns:xsd="http://www.w3.org/2001/XMLSchema">
+)";
+constexpr std::string_view INICIO_DA_MENSAGEM = R"(  <message name="%&">
+)";
+constexpr std::string_view PARTE = R"(    <part name="%" type="xsd:&"/>
+)";
+constexpr std::string_view FIM_DA_MENSAGEM = R"(  </message>
+)";
+constexpr std::string_view INICIO_DAS_OPERACOES = R"(  <portType name="@">
+)";
+constexpr std::string_view OPERACAO =
+    R"(    <operation name="%"><input message="tns:%Request"/><output message="tns:%Response"/></operation>
+)";
+constexpr std::string_view INICIO_DA_LIGACAO = R"(  </portType>
+  <binding name="@" type="tns:@">
+    <soap:binding style="rpc" transport="http://schemas.xmlsoap.org/soap/http"/>
+)";
+constexpr std::string_view LIGACAO = R"(    <operation name="%">
+      <soap:operation soapAction="urn:@#%"/>
+      <input><soap:body use="encoded" namespace="urn:@" encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"/></input>
+      <output><soap:body use="encoded" namespace="urn:@" encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"/></output>
+    </operation>
+)";
+constexpr std::string_view FIM = R"(  </binding>
+  <service name="@">
+    <port name="@" binding="tns:@">
+      <soap:address location="http://$(*Host)/soap/@"/>
+    </port>
+  </service>
+</definitions>
+)";
 
-    void poe(std::initializer_list<std::string_view> pedacos) {
-        for (const std::string_view pedaco : pedacos) {
-            texto += pedaco;
+class Documento {
+public:
+    explicit Documento(const std::string &portType) : portType_(portType) {}
+
+    void poe(std::string_view modelo, std::string_view nome = "", std::string_view tipo = "") {
+        for (const char c : modelo) {
+            if (c == '@') {
+                texto_ += portType_;
+            } else if (c == '%') {
+                texto_ += nome;
+            } else if (c == '&') {
+                texto_ += tipo;
+            } else {
+                texto_ += c;
+            }
         }
     }
-    void poeMensagem(std::string_view metodo, std::string_view qual, const std::vector<Parametro> &partes) {
-        poe({"  <message name=\"", metodo, qual, "\">\n"});
+    void poeMensagem(const std::string &metodo, const char *qual, const std::vector<Parametro> &partes) {
+        poe(INICIO_DA_MENSAGEM, metodo, qual);
         for (const Parametro &parte : partes) {
-            poe({"    <part name=\"", parte.nome,
-                 "\" type=\"xsd:", NOMES_DOS_TIPOS[static_cast<std::size_t>(parte.tipo)], "\"/>\n"});
+            poe(PARTE, parte.nome, NOMES_DOS_TIPOS[static_cast<std::size_t>(parte.tipo)]);
         }
-        poe({"  </message>\n"});
+        poe(FIM_DA_MENSAGEM);
     }
+    [[nodiscard]] std::string texto() const { return texto_; }
+
+private:
+    std::string portType_;
+    std::string texto_;
 };
-
-void poeMensagens(Documento &doc, const std::vector<Descricao> &descricoes) {
-    for (const Descricao &d : descricoes) {
-        const std::vector<Parametro> resultado(d.resultado != Y_XSD_NENHUM ? 1 : 0, {"return", d.resultado});
-        doc.poeMensagem(d.metodo, "Request", d.parametros);
-        doc.poeMensagem(d.metodo, "Response", resultado);
-    }
-}
-
-void poeOperacoes(Documento &doc, const std::string &nome, const std::vector<Descricao> &descricoes) {
-    doc.poe({"  <portType name=\"", nome, "\">\n"});
-    for (const Descricao &d : descricoes) {
-        doc.poe({"    <operation name=\"", d.metodo, "\"><input message=\"tns:", d.metodo,
-                 "Request\"/><output message=\"tns:", d.metodo, "Response\"/></operation>\n"});
-    }
-    doc.poe({"  </portType>\n"});
-}
-
-void poeLigacao(Documento &doc, const std::string &nome, const std::vector<Descricao> &descricoes) {
-    const std::string corpo = "<soap:body use=\"encoded\" namespace=\"urn:" + nome +
-                              "\" encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\"/>";
-    doc.poe({"  <binding name=\"", nome, "\" type=\"tns:", nome,
-             "\">\n    <soap:binding style=\"rpc\" transport=\"http://schemas.xmlsoap.org/soap/http\"/>\n"});
-    for (const Descricao &d : descricoes) {
-        doc.poe({"    <operation name=\"", d.metodo, "\">\n      <soap:operation soapAction=\"urn:", nome,
-                 "#", d.metodo, "\"/>\n      <input>", corpo, "</input>\n      <output>", corpo,
-                 "</output>\n    </operation>\n"});
-    }
-    doc.poe({"  </binding>\n"});
-}
 
 std::string fazDocumento(const YPortType_Privado &p) {
     const std::vector<Descricao> descricoes = todasAsDescricoes(p);
-    Documento doc;
-    doc.poe({"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<definitions name=\"", p.nome,
-             "\" targetNamespace=\"urn:", p.nome, "\" xmlns:tns=\"urn:", p.nome,
-             "\"\n    xmlns=\"http://schemas.xmlsoap.org/wsdl/\""
-             " xmlns:soap=\"http://schemas.xmlsoap.org/wsdl/soap/\"\n"
-             "    xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">\n"});
-    poeMensagens(doc, descricoes);
-    poeOperacoes(doc, p.nome, descricoes);
-    poeLigacao(doc, p.nome, descricoes);
-    doc.poe({"  <service name=\"", p.nome, "\">\n    <port name=\"", p.nome, "\" binding=\"tns:", p.nome,
-             "\">\n      <soap:address location=\"http://$(*Host)/soap/", p.nome,
-             "\"/>\n    </port>\n  </service>\n</definitions>\n"});
-    return doc.texto;
+    Documento documento(p.nome);
+    documento.poe(INICIO);
+    for (const Descricao &d : descricoes) {
+        const std::vector<Parametro> resultado(d.resultado != Y_XSD_NENHUM ? 1 : 0, {"return", d.resultado});
+        documento.poeMensagem(d.metodo, "Request", d.parametros);
+        documento.poeMensagem(d.metodo, "Response", resultado);
+    }
+    documento.poe(INICIO_DAS_OPERACOES);
+    for (const Descricao &d : descricoes) {
+        documento.poe(OPERACAO, d.metodo);
+    }
+    documento.poe(INICIO_DA_LIGACAO);
+    for (const Descricao &d : descricoes) {
+        documento.poe(LIGACAO, d.metodo);
+    }
+    documento.poe(FIM);
+    return documento.texto();
 }
 
 } // namespace

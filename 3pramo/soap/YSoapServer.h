@@ -20,8 +20,9 @@
  *   and answers its identity in "return"; "destroi" ends the one named by "eu"; "invoca" calls the
  *   method named by "metodo" with the text of "param" as its request.
  * - Failures are answered as SOAP faults, with HTTP status 200.
- * - A GET for /wsdl/NAME is answered with the WSDL of that port type; everything else with the
- *   files under the base directory.
+ * - A GET for /wsdl/NAME is answered with the WSDL of that port type, its own or the one that is
+ *   made of its descriptions; everything else with the files under the base directory, or by the
+ *   handler of YSoapServer_setTratadorHttp.
  *
  * Text
  * - A request whose XML declaration names UTF-8 is converted; other requests are taken as

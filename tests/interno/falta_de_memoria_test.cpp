@@ -90,4 +90,20 @@ TEST(FaltaDeMemoria, excecoesRelatorioEThreads) {
     });
 }
 
+TEST(FaltaDeMemoria, portTypes) {
+    falhaEmCada([] {
+        const auto servidor = cria<YSoapServer>(YSoapServer_rtti);
+        auto portType = cria<YPortType>(YPortType_rtti);
+        const YDefinicaoParametro parametro = {"parametroDeNomeLongo", Y_XSD_INT};
+        YPortType_descreveMetodo(portType, "metodoDeNomeLongo", &parametro, 1, Y_XSD_INT);
+        auto contexto = cria<YOb>(YOb_rtti);
+        YPortType_registraTratadorComContexto(
+            portType, "metodoDeNomeLongo", [](void *, YWebService *, YNo *, YNo *) {}, contexto.get(),
+            YliberaObjeto);
+        (void)contexto.release();
+        YSoapServer_poePortType(servidor, "PortTypeDeNomeLongo", portType);
+        (void)portType.release();
+    });
+}
+
 } // namespace
