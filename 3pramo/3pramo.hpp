@@ -1,7 +1,12 @@
-// The library for C++ applications: its C functions, exceptions by class, and pointers that own.
+// The library for C++ applications: its C functions, exceptions by class, pointers that own, classes of the
+// object system written in C++ (cpp/Objeto.hpp) and method handlers with typed parameters
+// (cpp/PortType.hpp).
 //
 //     auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
 //     YSoapServer_setPorta(servidor, 8080);
+//     pramo::PortType calc("Calc");
+//     calc.metodo("soma", {"a", "b"}, [](int a, int b) { return a + b; });
+//     calc.registra(servidor);
 //     YObThread_start(servidor);
 //
 //     try { ... }
@@ -13,91 +18,13 @@
 #define Y3PRAMO_3PRAMO_HPP
 
 #include <3pramo/3pramo.h>
+#include <3pramo/cpp/Objeto.hpp>
+#include <3pramo/cpp/PortType.hpp>
+#include <3pramo/cpp/cria.hpp>
 #include <3pramo/cpp/leitura.hpp>
 #include <3pramo/cpp/texto.hpp>
 #include <3pramo/foundation/Ponteiro.hpp>
 #include <3pramo/foundation/YExcecao.hpp>
 #include <3pramo/foundation/latin1.hpp>
-
-#include <tuple>
-#include <type_traits>
-
-namespace pramo {
-
-namespace interno {
-
-template <typename T, const YRtti *(*FUNCAO)()>
-struct Par {};
-
-// Each class with the function that names it; those whose structs are opaque stand for themselves only.
-using Classes =
-    std::tuple<Par<YOb, YOb_rtti>, Par<YObThread, YObThread_rtti>, Par<YObMutex, YObMutex_rtti>,
-               Par<YStream, YStream_rtti>, Par<YSocket, YSocket_rtti>, Par<YSet, YSet_rtti>,
-               Par<YSet, YSetQueDestroi_rtti>, Par<YMapa, YMapa_rtti>, Par<YMapa, YMapaQueDestroi_rtti>,
-               Par<YVetor, YVetor_rtti>, Par<YVetor, YVetorQueDestroi_rtti>,
-               Par<YMensagemHttp, YMensagemHttp_rtti>, Par<YWebServer, YWebServer_rtti>, Par<YNo, YNo_rtti>,
-               Par<YSoapParser, YSoapParser_rtti>, Par<YPortType, YPortType_rtti>,
-               Par<YWebService, YWebService_rtti>, Par<YSoapServer, YSoapServer_rtti>,
-               Par<YMensagemIso, YMensagemIso_rtti>, Par<Pramo_Entidade, Pramo_Entidade_rtti>,
-               Par<Pramo_Botao, Pramo_Botao_rtti>, Par<Pramo_Periferico, Pramo_Periferico_rtti>,
-               Par<Pramo_Variavel, Pramo_Variavel_rtti>, Par<Pramo_Operacao, Pramo_Operacao_rtti>>;
-
-template <typename T, typename CLASSE>
-consteval bool ehDoTipo() {
-    if constexpr (std::is_same_v<T, YOb>) {
-        return true;
-    } else if constexpr (requires { sizeof(CLASSE); } && !std::is_same_v<T, CLASSE>) {
-        return std::is_base_of_v<T, CLASSE>;
-    } else {
-        return std::is_same_v<T, CLASSE>;
-    }
-}
-
-// False also where the compiler does not compare addresses of functions, as with some sanitizers.
-consteval bool saoUma(YFuncaoRtti a, YFuncaoRtti b) {
-    return __builtin_constant_p(a == b) != 0 ? a == b : false;
-}
-
-// Whether a class of the library is of type T; any other class may be.
-template <typename T, typename... CLASSES, YFuncaoRtti... FUNCOES>
-consteval bool podeSerDoTipo(YFuncaoRtti classe, std::tuple<Par<CLASSES, FUNCOES>...> /*classes*/) {
-    return ((!saoUma(classe, FUNCOES) || ehDoTipo<T, CLASSES>()) && ...);
-}
-
-} // namespace interno
-
-/// The class that cria makes an object of. A function of the library that names another class than T, or one
-/// that does not derive from it, does not compile; a class chosen while the program runs is not compared.
-template <typename T>
-class Classe {
-public:
-    template <typename FUNCAO>
-    requires std::is_function_v<FUNCAO>
-    consteval Classe(FUNCAO &classe) : classe_(classe) {
-        if (!interno::podeSerDoTipo<T>(classe, interno::Classes())) {
-            throw "an object of this class is no T";
-        }
-    }
-    template <typename FUNCAO>
-    requires(!std::is_function_v<FUNCAO> && std::is_convertible_v<FUNCAO, YFuncaoRtti>)
-        Classe(const FUNCAO &classe)
-        : classe_(classe) {}
-
-    [[nodiscard]] YFuncaoRtti funcao() const { return classe_; }
-
-private:
-    YFuncaoRtti classe_;
-};
-
-/// A new object of the class; T is the struct that the class's instances are. The allocation report shows the
-/// caller's file and line.
-template <typename T>
-Ponteiro<T> cria(Classe<T> classe, const char *arquivo = __builtin_FILE(), int linha = __builtin_LINE()) {
-    T *novo = nullptr;
-    YalocaObjeto_debug(&novo, classe.funcao(), arquivo, linha);
-    return Ponteiro<T>(novo);
-}
-
-} // namespace pramo
 
 #endif

@@ -1,4 +1,5 @@
-// Includes all, writes the version, and catches an exception of the library by its class.
+// Includes all, writes the version, and catches an exception of the library by its class, with a class of its
+// own.
 #include <3pramo/3pramo.hpp>
 
 #include <iostream>
@@ -6,13 +7,19 @@
 
 using namespace pramo::literais;
 
+struct Servico : pramo::Objeto<Servico, YWebService> {
+    pramo::Ponteiro<YStream> stream = pramo::cria<YStream>(YStream_rtti);
+    void escreve(const std::string &texto) const { YStream_puts(stream, texto.c_str()); }
+};
+
 int main() {
-    const auto stream = pramo::cria<YStream>(YStream_rtti);
+    const auto servico = pramo::cria<Servico>();
+    pramo::PortType<Servico>("Servico").metodo("escreve", {"texto"}, &Servico::escreve);
     try {
-        YStream_puts(stream, Y3PRAMO_VERSAO);
+        servico->escreve(Y3PRAMO_VERSAO);
         YContextoTry_throw(YExcIOError_rtti, "ação"_l1, "consumidor", __LINE__);
     } catch (const YExcecao &excecao) {
-        std::cout << YStream_str(stream) << '\n';
+        std::cout << YStream_str(servico->stream) << '\n';
         return excecao.ehDaClasse(YExc_rtti) && excecao.what() == std::string_view("a\xE7\xE3o") ? 0 : 1;
     }
 }

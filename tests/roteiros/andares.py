@@ -17,7 +17,7 @@ PERMITIDAS = {
     "iso": {"foundation"},
     "forms": {"foundation", "node"},
     "soap": {"foundation", "node", "http"},
-    "cpp": {"foundation", "http", "node", "iso", "forms", "soap"},
+    "cpp": {"foundation", "http", "node", "soap", "forms", "iso"},  # the face of C++
 }
 
 

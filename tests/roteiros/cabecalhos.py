@@ -21,6 +21,15 @@ CORPOS = {
     "(void)pramo::cria<YSoapServer>(YWebServer_rtti);": "not a constant expression",
     "no = pramo::cria<YNo>(YNo_rtti);": "deleted function",  # what it owns would be gone
     "YliberaObjeto(dono);": "deleted function",
+    "struct A : pramo::Objeto<A, YNo> {}; (void)pramo::cria<A>(YNo_rtti);": "no matching function",
+    "struct A : pramo::Objeto<A, YNo> {}; new A;": "deleted function",
+    "struct A : pramo::Objeto<A, YNo> { virtual void g() {} }; A::rtti();": "no virtual functions",
+    "struct B { int b; }; struct A : B, pramo::Objeto<A, YNo> {}; A::rtti();": "is the first base of its class",
+    "struct A : pramo::Objeto<A, YNo> {}; struct B : pramo::Objeto<B, A, A::rtti> {};": "a class of C",
+    "struct A : pramo::Objeto<A, YObThread> {}; A::rtti();": "has a public void run()",
+    'pramo::PortType("P").metodo("m", {"a"}, [] {});': "a name for each parameter",
+    'pramo::PortType("P").metodo("m", {"a"}, [](char *) {});': "no type of a parameter",
+    'pramo::PortType("P").metodo("m", [n = 0]() mutable { n++; });': "not mutable",
 }
 
 
