@@ -17,20 +17,17 @@ std::string leArquivo(const char *caminho);
 void anuncia(std::int32_t porta);
 
 void serve(const Opcoes &opcoes) {
-    // Kept by reference, so they stand before the server, which goes first.
+    // Kept by reference, so it stands before the server, which goes first.
     const std::string wsdlDoCalc = leArquivo(PASTA_DOS_EXEMPLOS "/calc/Calc.wsdl");
-    const std::string wsdlDoContador = leArquivo(PASTA_DOS_EXEMPLOS "/calc/Contador.wsdl");
-    const YDefinicaoPortType portTypes[] = {calc::definicaoDoCalc(wsdlDoCalc.c_str()),
-                                            calc::definicaoDoContador(wsdlDoContador.c_str())};
+    const YDefinicaoPortType definicaoDoCalc = calc::definicaoDoCalc(wsdlDoCalc.c_str());
 
     const auto servidor = pramo::cria<YSoapServer>(YSoapServer_rtti);
     YSoapServer_setEndereco(servidor, opcoes.endereco);
     YSoapServer_setPorta(servidor, opcoes.porta);
     YSoapServer_setDiretorioBase(servidor, opcoes.base);
     YSoapServer_setFechaLogo(servidor, opcoes.fechaLogo);
-    for (const YDefinicaoPortType &portType : portTypes) {
-        YSoapServer_registraPortType(servidor, &portType);
-    }
+    YSoapServer_registraPortType(servidor, &definicaoDoCalc);
+    calc::registraContador(servidor);
     YObThread_start(servidor);
     if (YSoapServer_esperaPronto(servidor, std::time(nullptr) + PRAZO_PARA_ESCUTAR) == 0) {
         throw std::runtime_error("a porta " + std::to_string(opcoes.porta) + " foi recusada");
