@@ -200,7 +200,11 @@ TEST(Operacao, umSinalAcordaTodosOsQueEsperam) {
     std::atomic<std::size_t> acordadas{0};
     const auto threads = emThreads(esperando.size(), [&](int qual) {
         esperando[qual] = gettid();
-        Pramo_Operacao_esperaCondicao(op);
+        if (qual % 2 == 0) {
+            Pramo_Operacao_esperaCondicao(op);
+        } else {
+            EXPECT_EQ(Pramo_Operacao_esperaCondicaoMs(op, INT64_MAX), 1);
+        }
         acordadas++;
     });
     const auto dorme = [](pid_t thread) {
@@ -214,6 +218,7 @@ TEST(Operacao, umSinalAcordaTodosOsQueEsperam) {
         return seguidas == VEZES;
     }));
     EXPECT_EQ(acordadas, 0U);
+    EXPECT_EQ(Pramo_Operacao_esperaCondicaoMs(op, INT64_MIN) + Pramo_Operacao_esperaCondicaoMs(op, 1), 0);
     Pramo_Operacao_sinalizaCondicao(op);
     EXPECT_TRUE(acontece([&] { return acordadas == esperando.size(); }));
 }

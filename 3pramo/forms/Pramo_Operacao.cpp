@@ -8,7 +8,10 @@
 #include <3pramo/foundation/Trinco.hpp>
 #include <3pramo/foundation/YVetor_interno.hpp>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -233,6 +236,18 @@ void Pramo_Operacao_esperaCondicao(Pramo_Operacao *operacao) {
     while (sincronizacao.sinais == antes) {
         sincronizacao.mudou.espera(sincronizacao.trinco);
     }
+}
+
+int32_t Pramo_Operacao_esperaCondicaoMs(Pramo_Operacao *operacao, int64_t milissegundos) {
+    const auto espera = std::chrono::milliseconds(std::clamp<std::int64_t>(milissegundos, 0, INT_MAX));
+    const auto fim = std::chrono::steady_clock::now() + espera;
+    Sincronizacao &sincronizacao = garanteSincronizacao(*operacao);
+    const Tranca tranca(sincronizacao.trinco);
+    const std::uint64_t antes = sincronizacao.sinais;
+    while (sincronizacao.sinais == antes && sincronizacao.mudou.esperaAte(sincronizacao.trinco, fim)) {
+    }
+    // A signal in the last moment came, whatever the wait has ended by.
+    return sincronizacao.sinais != antes ? 1 : 0;
 }
 
 void Pramo_Operacao_sinalizaCondicao(Pramo_Operacao *operacao) {

@@ -14,8 +14,8 @@
  *
  * Raises: whatever makes something, YExc "Memória insuficiente.".
  * Owns: the operation owns its variables, buttons and texts.
- * Threads: one at a time; only esperaCondicao and sinalizaCondicao may be called from any thread
- *   while it lives. */
+ * Threads: one at a time; only esperaCondicao, esperaCondicaoMs and sinalizaCondicao may be called
+ *   from any thread while it lives. */
 #ifndef Y3PRAMO_FORMS_PRAMO_OPERACAO_H
 #define Y3PRAMO_FORMS_PRAMO_OPERACAO_H
 
@@ -163,6 +163,11 @@ Y_EXPORTA void Pramo_Operacao_descarregaNaResposta(const Pramo_Operacao *operaca
 /* Blocks until another thread calls sinalizaCondicao, without a limit.
  * Threads: any, while the operation lives. */
 Y_EXPORTA void Pramo_Operacao_esperaCondicao(Pramo_Operacao *operacao);
+
+/* The same for `milissegundos` at most (beyond 24 days: 24 days); with 0 or less it does not wait.
+ * Gives: 1 when a signal came, 0 when the time had passed without one.
+ * Threads: any, while the operation lives. */
+Y_EXPORTA int32_t Pramo_Operacao_esperaCondicaoMs(Pramo_Operacao *operacao, int64_t milissegundos);
 
 /* Wakes every thread that waits at this moment. It is not remembered: who waits later waits for
  * the next one.
