@@ -87,6 +87,19 @@ TEST(Operacao, gravaOQueEstaMarcadoEDepoisDeLimparNadaVolta) {
     EXPECT_STREQ(Pramo_Operacao_getRespostaDoPopup(op, "k"), "sim");
 }
 
+TEST(Operacao, limparApagaOsSegredosDaArea) {
+    const Operacao op;
+    char fora[] = "xyz";
+    op.cria("f", fora, 4, Pramo_Tipo_getTipoSegredo());
+    auto *area = static_cast<char *>(op.cria("a", nullptr, 3, Pramo_Tipo_getTipoTexto())->endereco);
+    op.cria("s", nullptr, 3, Pramo_Tipo_getTipoSegredo());
+    EXPECT_EQ(op.carrega("<campo nome=a>AB</campo><campo nome=s>xy</campo>"), "");
+    Pramo_Variavel_setTamanho(Pramo_Operacao_getVariavel(op, "s"), ~0ULL); // no further than the area
+    EXPECT_EQ(std::string(area, 6), std::string("AB\0xy\0", 6));
+    Pramo_Operacao_clear(op);
+    EXPECT_EQ(fora + std::string(area, 6), std::string("xyzAB\0\0\0\0", 9));
+}
+
 // ---- Loading ----
 
 // ---- Classes of the application ----

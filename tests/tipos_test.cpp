@@ -9,7 +9,8 @@ namespace {
 Pramo_Tipo *const BIN = Pramo_Tipo_getTipoBIN(), *const DATAC = Pramo_Tipo_getTipoDATAC(),
            *const HORAC = Pramo_Tipo_getTipoHORAC(), *const QTDE3 = Pramo_Tipo_getTipoQTDE3(),
            *const ID = Pramo_Tipo_getTipoId(), *const SENHA = Pramo_Tipo_getTipoSenha(),
-           *const AUTORIZACAO = Pramo_Tipo_getTipoAutorizacao(), *const ESCOLHA = Pramo_Tipo_getTipoEscolhaMultipla();
+           *const AUTORIZACAO = Pramo_Tipo_getTipoAutorizacao(), *const ESCOLHA = Pramo_Tipo_getTipoEscolhaMultipla(),
+           *const DINHEIRO = Pramo_Tipo_getTipoDinheiro(), *const TEXTO = Pramo_Tipo_getTipoTexto(), *const SEGREDO = Pramo_Tipo_getTipoSegredo();
 // clang-format on
 
 std::string bytes(std::initializer_list<int> valores) {
@@ -19,7 +20,8 @@ std::string bytes(std::initializer_list<int> valores) {
 TEST(Tipos, leEGravaSoNosSeusBytesOuNada) {
     // clang-format off
     constexpr const char *NAO_CABE = "YExcSoap: Número não cabe no campo."_l1, *CARACTERE = "YExcSoap: Caractere inválido em número."_l1,
-        *TAMANHO = "YExc: Tamanho não suportado."_l1, *HORA = "YExcSoap: Conteúdo de hora mal formado."_l1, *DATA = "YExcSoap: DateTime inválido."_l1;
+        *TAMANHO = "YExc: Tamanho não suportado."_l1, *HORA = "YExcSoap: Conteúdo de hora mal formado."_l1, *DATA = "YExcSoap: DateTime inválido."_l1,
+        *MAL = "YExcSoap: Conteúdo de dinheiro mal formado."_l1, *LONGO = "YExcSoap: Texto não cabe no campo."_l1, *CONTROLE = "YExcSoap: Caractere inválido em texto."_l1;
     const struct {
         Pramo_Tipo *tipo;
         std::uint64_t tamanho;
@@ -39,6 +41,12 @@ TEST(Tipos, leEGravaSoNosSeusBytesOuNada) {
         {SENHA, ~0ULL, "1", "", TAMANHO}, {HORAC, 2, "1230", "", HORA}, {HORAC, 2, "9 :05", "", HORA}, {HORAC, 2, "+:05", "", HORA},
         {HORAC, 2, nullptr, "", HORA}, {DATAC, 2, "2024/03/05", "", DATA},
         {DATAC, 2, "2108-01-01", "", "YExcSoap: Data posterior a 2107."},
+        {DINHEIRO, 8, "\n12,5 ", bytes({0xE2, 4, 0, 0, 0, 0, 0, 0}), "12.50"}, {DINHEIRO, 8, "-0.01", std::string(8, '\xFF'), "-0.01"}, {DINHEIRO, 8, "007", bytes({0xBC, 2, 0, 0, 0, 0, 0, 0}), "7.00"},
+        {DINHEIRO, 8, "-92233720368547758.08", std::string(7, '\0') + "\x80", "-92233720368547758.08"}, {DINHEIRO, 8, "92233720368547758.08", "", NAO_CABE}, {DINHEIRO, 8, "1000000000000000000", "", NAO_CABE},
+        {DINHEIRO, 8, "1.000", "", MAL}, {DINHEIRO, 8, "1.000,00", "", MAL}, {DINHEIRO, 8, "1 000", "", MAL}, {DINHEIRO, 8, "1e3", "", MAL}, {DINHEIRO, 8, "+1", "", MAL}, {DINHEIRO, 8, "--1", "", MAL}, {DINHEIRO, 8, "- 1", "", MAL},
+        {DINHEIRO, 8, "12,", "", MAL}, {DINHEIRO, 8, ",50", "", MAL}, {DINHEIRO, 8, "1.5-", "", MAL}, {DINHEIRO, 8, "-", "", MAL}, {DINHEIRO, 8, " ", "", MAL}, {DINHEIRO, 8, nullptr, "", MAL}, {DINHEIRO, 4, "1", "", TAMANHO},
+        {TEXTO, 6, " \xE7\t01", std::string(" \xE7\t01\0", 6), " \xE7\t01"}, {TEXTO, 2, nullptr, std::string(2, '\0'), ""}, {TEXTO, 5, "00123", "", LONGO}, {TEXTO, 6, "0\x1B[2", "", CONTROLE}, {TEXTO, 0, "", "", TAMANHO},
+        {SEGREDO, 7, "004200", std::string("004200\0", 7), "(none)"}, {SEGREDO, 6, "004200", "", LONGO}, {SEGREDO, 0, "1", "", TAMANHO},
     };
     // clang-format on
     const auto pagina = beiraDaPagina();
@@ -59,7 +67,9 @@ TEST(Tipos, leEGravaSoNosSeusBytesOuNada) {
             const auto gravado = cria<YNo>(YNo_rtti);
             const std::string falha = excecao([&] { Pramo_Variavel_gravaEmYNo(variavel, gravado); });
             EXPECT_TRUE(resultado != TAMANHO || falha == TAMANHO) << "nor can it be written";
-            EXPECT_EQ(recusa.empty() ? falha + YNo_getString(gravado, "valor") : recusa, resultado);
+            const YNo *valor = YNo_getFilho(gravado, "valor", 0);
+            EXPECT_EQ(recusa.empty() ? falha + (valor != nullptr ? YNo_getValor(valor) : "(none)") : recusa,
+                      resultado);
         }
     }
 }

@@ -6,6 +6,7 @@
 #include <3pramo/forms/Pramo_Operacao_interno.hpp>
 
 #include <3pramo/foundation/Trinco.hpp>
+#include <3pramo/foundation/YMemoria_interno.hpp>
 #include <3pramo/foundation/YVetor_interno.hpp>
 
 #include <algorithm>
@@ -22,6 +23,7 @@ namespace {
 
 // Behind the area: a date or time takes two bytes, also when its variable says less and stands at the end.
 constexpr std::uint64_t BYTES_DE_SOBRA = 2;
+constexpr std::uint64_t BYTES_DA_AREA = PRAMO_AREA_PRE_ALOCADA + BYTES_DE_SOBRA;
 
 /// What waiting threads share. Each remembers the count that it met and leaves when it has changed, so that
 /// neither a wake-up without a signal nor a second signal in between leads it astray.
@@ -79,11 +81,31 @@ void Pramo_Operacao_trataCampos(Pramo_Operacao *operacao) {
     reinterpret_cast<const Pramo_Operacao_Rtti *>(operacao->rtti)->trataCampos(operacao);
 }
 
+namespace {
+
+/// Secrets that stand in the area, which goes on to hold other variables. When it is freed, all of it is
+/// wiped.
+void apagaSegredos(Pramo_Operacao &operacao) {
+    const auto inicio = reinterpret_cast<std::uintptr_t>(operacao.areaPreAlocada);
+    for (void *elemento : elementos(*operacao.variaveis)) {
+        const auto &variavel = *static_cast<const Pramo_Variavel *>(elemento);
+        // Another address than the area's is far away from its start: the difference goes round below it.
+        const std::uint64_t posicao = reinterpret_cast<std::uintptr_t>(variavel.endereco) - inicio;
+        if (inicio != 0 && posicao < BYTES_DA_AREA && variavel.tipo != nullptr &&
+            YRtti_deriva(variavel.tipo->rtti, Pramo_TipoSegredo_rtti) != 0) {
+            apaga(variavel.endereco, std::min(variavel.tamanho, BYTES_DA_AREA - posicao));
+        }
+    }
+}
+
+} // namespace
+
 void Pramo_Operacao_clear(Pramo_Operacao *operacao) {
     // Everything new is made before anything old goes: without memory nothing has changed.
     auto variaveis = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO);
     auto botoes = cria<YVetor>(YVetorQueDestroi_rtti, FONTE_DA_OPERACAO);
     auto mensagens = cria<YMapa>(YMapa_rtti, FONTE_DA_OPERACAO);
+    apagaSegredos(*operacao);
     operacao->foco = nullptr;
     operacao->areaOcupada = 0;
     YliberaObjeto(std::exchange(operacao->variaveis, variaveis.release()));
@@ -103,10 +125,9 @@ void *lugarNaArea(Pramo_Operacao &operacao, std::uint64_t tamanho) {
               FONTE_DA_OPERACAO);
     }
     if (operacao.areaPreAlocada == nullptr) {
-        constexpr std::uint64_t TOTAL = PRAMO_AREA_PRE_ALOCADA + BYTES_DE_SOBRA;
         operacao.areaPreAlocada =
-            static_cast<std::uint8_t *>(YalocaMemoria_debug(TOTAL, FONTE_DA_OPERACAO, __LINE__));
-        std::memset(operacao.areaPreAlocada, 0, TOTAL);
+            static_cast<std::uint8_t *>(YalocaMemoria_debug(BYTES_DA_AREA, FONTE_DA_OPERACAO, __LINE__));
+        std::memset(operacao.areaPreAlocada, 0, BYTES_DA_AREA);
     }
     return operacao.areaPreAlocada + operacao.areaOcupada;
 }

@@ -72,7 +72,7 @@ Y_EXPORTA void Pramo_Operacao_habilitaPeriferico(Pramo_Operacao *operacao, Pramo
  *
  * With a null address the variable gets the next `tamanho` bytes of the operation's own area, not
  * aligned, zero at first; after Pramo_Operacao_clear the area is given out again from its start,
- * with the bytes that were left there.
+ * with the bytes that were left there (those of a `segredo` are zero again).
  * Gives: the variable of this name, with the peripherals enabled now when it is new.
  * Raises: YExcSoap "Nova variável da operação não coube na área pré-alocada." when they do not
  *   fit in what is left of PRAMO_AREA_PRE_ALOCADA bytes; nothing has changed then.

@@ -1,17 +1,17 @@
-// The class of the field types, and the library's eight: numbers, a date, a time of day, texts.
+// The class of the field types, and the library's own for numbers, money, a date and a time of day. Those for
+// texts are in Pramo_Tipo_textos.cpp.
 //
 // A type is two functions and holds nothing: one object of each serves all variables and all threads. What
 // it converts stands at an address that need not be aligned, so bytes are copied, never read as a number.
-#include <3pramo/forms/Pramo_Variavel.h>
+#include <3pramo/forms/Pramo_Tipo_interno.hpp>
 
 #include <3pramo/foundation/DATAC.h>
 #include <3pramo/foundation/YConversoes.h>
-#include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YNumeros.h>
 #include <3pramo/foundation/caracteres.hpp>
-#include <3pramo/foundation/cria.hpp>
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -20,8 +20,6 @@
 using namespace pramo;
 
 namespace {
-
-constexpr const char *FONTE = "Pramo_Tipo";
 
 // Every type's descriptor begins with its YRtti and goes on with the slots, also an application's.
 const Pramo_Tipo_Rtti &slotsDe(const Pramo_Tipo *tipo) {
@@ -55,8 +53,6 @@ void Pramo_Tipo_gravaEmYNo(Pramo_Tipo *tipo, const Pramo_Variavel *variavel, YNo
     slotsDe(tipo).gravaEmYNo(tipo, variavel, elemento);
 }
 
-// ---- What the eight share ----
-
 namespace {
 
 /// Runs a conversion from text: what it raises about the text becomes a YExcSoap, for it is the client that
@@ -66,32 +62,11 @@ void converte(CONVERSAO conversao) {
     try {
         conversao();
     } catch (const YExcecao &e) {
-        lanca(YExcSoap_rtti, e.what(), FONTE);
+        lanca(YExcSoap_rtti, e.what(), FONTE_DO_TIPO);
     }
-}
-
-/// Appends the child "valor", has `poe` give it its text, then names the type: when `poe` raises, the child
-/// stays, without a text.
-template <typename POE>
-void gravaValor(YNo *elemento, const char *tipo, POE poe) {
-    poe(YNo_criaDescendente(elemento, "valor"));
-    YNo_setAtributo(elemento, "tipo", tipo);
 }
 
 } // namespace
-
-/// The class of a field type, and its only object, made at compile time: there is no first use that threads
-/// could meet in. The parent is YOb, so that no such class is a Pramo_Tipo to YRtti_deriva.
-#define PRAMO_TIPO(nome, le, grava)                                                                          \
-    const Pramo_Tipo_Rtti Pramo_Tipo##nome##_definicaoRtti = {                                               \
-        {YOb_rtti, "Pramo_Tipo" #nome, sizeof(Pramo_Tipo), nullptr, nullptr}, le, grava};                    \
-    const YRtti *Pramo_Tipo##nome##_rtti(void) {                                                             \
-        return &Pramo_Tipo##nome##_definicaoRtti.rtti;                                                       \
-    }                                                                                                        \
-    Pramo_Tipo *Pramo_Tipo_getTipo##nome(void) {                                                             \
-        static constinit Pramo_Tipo unico = {{&Pramo_Tipo##nome##_definicaoRtti.rtti}};                      \
-        return &unico;                                                                                       \
-    }
 
 // ---- Numbers of 1 to 18 bytes ----
 
@@ -119,7 +94,7 @@ constexpr Conversao tabelaDeConversao[] = {FIXO(1),  FIXO(2),  FIXO(3),  FIXO(4)
 
 const Conversao &conversaoPara(std::uint64_t tamanho) {
     if (tamanho == 0 || tamanho > std::size(tabelaDeConversao)) {
-        lanca(YExc_rtti, "Tamanho não suportado."_l1, FONTE);
+        tamanhoNaoSuportado();
     }
     return tabelaDeConversao[tamanho - 1];
 }
@@ -158,9 +133,9 @@ void contaCaracteres(Pramo_Variavel &variavel, std::string_view texto) {
 }
 
 void leBin(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
-    const char *texto = YNo_getValor(elemento);
+    const char *texto = textoDe(elemento);
     // Before the conversion, so also of a text that it refuses.
-    contaCaracteres(*variavel, texto != nullptr ? texto : "");
+    contaCaracteres(*variavel, texto);
     leNumero(*variavel, texto);
 }
 
@@ -218,6 +193,80 @@ PRAMO_TIPO(Id, leId, gravaId)
 PRAMO_TIPO(Senha, leId, gravaSenha)
 PRAMO_TIPO(QTDE3, leQtde3, gravaQtde3)
 
+// ---- Money: cents in 64 bits ----
+
+namespace {
+
+constexpr std::size_t MAIS_DECIMAIS = 2;
+
+void exigeOitoBytes(const Pramo_Variavel &variavel) {
+    if (variavel.tamanho != sizeof(std::int64_t)) {
+        tamanhoNaoSuportado();
+    }
+}
+
+/// A number to which digits are appended, one after the other, and whether it has fit so far.
+struct Soma {
+    std::int64_t numero = 0;
+    bool cabe = true;
+
+    // Away from zero, so that the smallest number, which has no counterpart, is read too.
+    void acrescenta(int algarismo, bool negativo) {
+        cabe = cabe && !__builtin_mul_overflow(numero, 10, &numero) &&
+               !__builtin_add_overflow(numero, negativo ? -algarismo : algarismo, &numero);
+    }
+};
+
+// A text that might be meant in two ways is refused: 1.000 is a thousand to one client and one to another.
+std::int64_t centavosDe(std::string_view texto) {
+    texto = apara(texto);
+    const bool negativo = texto.starts_with('-');
+    texto.remove_prefix(negativo ? 1 : 0);
+    const std::string_view inteiros = texto.substr(0, texto.find_first_of(",."));
+    const bool temDecimais = inteiros.size() < texto.size();
+    const std::string_view decimais = temDecimais ? texto.substr(inteiros.size() + 1) : "";
+    const auto soAlgarismos = [](std::string_view t) { return std::ranges::all_of(t, ehAlgarismo); };
+    if (inteiros.empty() || temDecimais == decimais.empty() || decimais.size() > MAIS_DECIMAIS ||
+        !soAlgarismos(inteiros) || !soAlgarismos(decimais)) {
+        lanca(YExcSoap_rtti, "Conteúdo de dinheiro mal formado."_l1, FONTE_DO_TIPO);
+    }
+    Soma centavos;
+    for (const std::string_view algarismos : {inteiros, decimais}) {
+        for (const char c : algarismos) {
+            centavos.acrescenta(c - '0', negativo);
+        }
+    }
+    for (std::size_t faltam = MAIS_DECIMAIS - decimais.size(); faltam > 0; faltam--) {
+        centavos.acrescenta(0, negativo);
+    }
+    if (!centavos.cabe) {
+        lanca(YExcSoap_rtti, "Número não cabe no campo."_l1, FONTE_DO_TIPO);
+    }
+    return centavos.numero;
+}
+
+void leDinheiro(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
+    exigeOitoBytes(*variavel);
+    const std::int64_t centavos = centavosDe(textoDe(elemento));
+    std::memcpy(variavel->endereco, &centavos, sizeof centavos);
+}
+
+void gravaDinheiro(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
+    exigeOitoBytes(*variavel);
+    std::int64_t centavos = 0;
+    std::memcpy(&centavos, variavel->endereco, sizeof centavos);
+    const auto semSinal = static_cast<std::uint64_t>(centavos);
+    const std::uint64_t absoluto = centavos < 0 ? 0 - semSinal : semSinal;
+    char texto[sizeof "-92233720368547758.08"]; // the longest
+    std::snprintf(texto, sizeof texto, "%s%" PRIu64 ".%02" PRIu64, centavos < 0 ? "-" : "", absoluto / 100,
+                  absoluto % 100);
+    gravaValor(elemento, "dinheiro", [&](YNo *valor) { YNo_setValor(valor, texto); });
+}
+
+} // namespace
+
+PRAMO_TIPO(Dinheiro, leDinheiro, gravaDinheiro)
+
 // ---- Packed dates, and times of day as hours * 100 + minutes: two bytes each ----
 
 namespace {
@@ -251,10 +300,10 @@ const char *fimDoInteiro(const char *texto) {
 }
 
 void leHora(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
-    const char *texto = YNo_getValor(elemento);
-    const char *doisPontos = texto != nullptr ? fimDoInteiro(texto) : "";
+    const char *texto = textoDe(elemento);
+    const char *doisPontos = fimDoInteiro(texto);
     if (*doisPontos != ':') {
-        lanca(YExcSoap_rtti, "Conteúdo de hora mal formado."_l1, FONTE);
+        lanca(YExcSoap_rtti, "Conteúdo de hora mal formado."_l1, FONTE_DO_TIPO);
     }
     // Whatever was sent, the low 16 bits of the sum are kept: unsigned, so that it may go round.
     const auto horas = static_cast<std::uint64_t>(atoy64(texto));
@@ -275,35 +324,3 @@ void gravaHora(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *eleme
 
 PRAMO_TIPO(DATAC, leData, gravaData)
 PRAMO_TIPO(HORAC, leHora, gravaHora)
-
-// ---- Texts, and choices, whose text is the option's key ----
-
-namespace {
-
-void leTexto(Pramo_Tipo * /*tipo*/, Pramo_Variavel *variavel, const YNo *elemento) {
-    const char *texto = YNo_getValor(elemento);
-    // Exactly what is wanted: cuts without a zero, fills with zeros.
-    std::strncpy(static_cast<char *>(variavel->endereco), texto != nullptr ? texto : "", variavel->tamanho);
-}
-
-void gravaTexto(const char *tipo, const Pramo_Variavel &variavel, YNo *elemento) {
-    gravaValor(elemento, tipo, [&](YNo *valor) {
-        const auto *texto = static_cast<const char *>(variavel.endereco);
-        // A text that fills its bytes has no zero behind it, so it is written from a copy that has one.
-        const Ponteiro<char> copia(YduplicaStringTam(texto, strnlen(texto, variavel.tamanho)));
-        YNo_setValor(valor, copia);
-    });
-}
-
-void gravaAutorizacao(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
-    gravaTexto("autorizacao", *variavel, elemento);
-}
-
-void gravaEscolhaMultipla(Pramo_Tipo * /*tipo*/, const Pramo_Variavel *variavel, YNo *elemento) {
-    gravaTexto("escolhaMultipla", *variavel, elemento);
-}
-
-} // namespace
-
-PRAMO_TIPO(Autorizacao, leTexto, gravaAutorizacao)
-PRAMO_TIPO(EscolhaMultipla, leTexto, gravaEscolhaMultipla)

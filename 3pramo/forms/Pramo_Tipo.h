@@ -5,7 +5,7 @@
  * the address need not be aligned. What raises stores nothing, and no exception holds the text
  * that was refused.
  *
- * The library's eight types are objects that are there from the start and never freed. They hold
+ * The library's types are objects that are there from the start and never freed. They hold
  * nothing: any thread may use them, on different variables at the same time. By their names in
  * the attribute "tipo":
  *
@@ -17,6 +17,9 @@
  *     hora              hours * 100 + minutes in 16 bits of the machine's byte order: "09:05"
  *     autorizacao,      a text of N bytes at most, without a terminating zero when it has them all:
  *     escolhaMultipla   a longer one is cut, a shorter one filled up with zeros
+ *     dinheiro          cents in an int64_t of the machine's byte order: "12.50"
+ *     texto             a text of N - 1 bytes at most, with zeros up to the end
+ *     segredo           a PIN or password: as `texto`, but written without a "valor"
  *
  * Numbers have 1 to 18 bytes, signed, least significant first, and the texts of YNumeros.h; no
  * content is 0.
@@ -30,7 +33,21 @@
  * Hours and minutes are read as white space, a sign and digits; digits may be missing, and what
  * follows the minutes is ignored. Nothing is out of range: the low 16 bits are kept.
  * Raises: reading, YExcSoap "Conteúdo de hora mal formado." without a ":" right after the hours,
- *   and without content. */
+ *   and without content.
+ *
+ * Money is read as a `-` when it is negative, digits and, if there are decimals, a comma or a point
+ * and one or two digits, with white space around; it is written with a point and two decimals.
+ * Nothing is guessed: separators of thousands, other signs, exponents, more decimals, a comma or
+ * point without digits on both sides, and no content are refused.
+ * Raises: reading, YExcSoap "Conteúdo de dinheiro mal formado." and "Número não cabe no campo.";
+ *   both ways, YExc "Tamanho não suportado." for another N than 8.
+ *
+ * A `texto` or `segredo` keeps every character of the content, also zeros in front (white space in
+ * front the parser drops, YSoapParser.h); no content is the empty text. What a `segredo` holds in an
+ * operation's own memory is wiped when the operation is cleared or freed; memory of the application is the
+ * application's to wipe. Raises: reading, YExcSoap "Texto não cabe no campo." and, for a control character
+ * other than tab, LF and CR, "Caractere inválido em texto."; both ways, YExc "Tamanho não suportado." for an
+ * N of 0. */
 #ifndef Y3PRAMO_FORMS_PRAMO_TIPO_H
 #define Y3PRAMO_FORMS_PRAMO_TIPO_H
 
@@ -59,8 +76,8 @@ typedef struct Pramo_Tipo_Rtti {
      *   put those back that stood there before. */
     void (*leDeYNo)(Pramo_Tipo *tipo, struct Pramo_Variavel *variavel, const YNo *elemento);
 
-    /* Appends a child "valor" with the value's text, and names the type in the element's
-     * attribute "tipo". */
+    /* Appends a child "valor" with the value's text, unless it is not to be shown, and names the
+     * type in the element's attribute "tipo". */
     void (*gravaEmYNo)(Pramo_Tipo *tipo, const struct Pramo_Variavel *variavel, YNo *elemento);
 } Pramo_Tipo_Rtti;
 
@@ -81,6 +98,9 @@ Y_EXPORTA Pramo_Tipo *Pramo_Tipo_getTipoId(void);
 Y_EXPORTA Pramo_Tipo *Pramo_Tipo_getTipoSenha(void);
 Y_EXPORTA Pramo_Tipo *Pramo_Tipo_getTipoAutorizacao(void);
 Y_EXPORTA Pramo_Tipo *Pramo_Tipo_getTipoEscolhaMultipla(void);
+Y_EXPORTA Pramo_Tipo *Pramo_Tipo_getTipoDinheiro(void);
+Y_EXPORTA Pramo_Tipo *Pramo_Tipo_getTipoTexto(void);
+Y_EXPORTA Pramo_Tipo *Pramo_Tipo_getTipoSegredo(void);
 
 /* Their classes, each directly under YOb. */
 Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoBIN_definicaoRtti;
@@ -91,6 +111,9 @@ Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoId_definicaoRtti;
 Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoSenha_definicaoRtti;
 Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoAutorizacao_definicaoRtti;
 Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoEscolhaMultipla_definicaoRtti;
+Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoDinheiro_definicaoRtti;
+Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoTexto_definicaoRtti;
+Y_EXPORTA extern const Pramo_Tipo_Rtti Pramo_TipoSegredo_definicaoRtti;
 Y_EXPORTA const YRtti *Pramo_TipoBIN_rtti(void);
 Y_EXPORTA const YRtti *Pramo_TipoDATAC_rtti(void);
 Y_EXPORTA const YRtti *Pramo_TipoHORAC_rtti(void);
@@ -99,6 +122,9 @@ Y_EXPORTA const YRtti *Pramo_TipoId_rtti(void);
 Y_EXPORTA const YRtti *Pramo_TipoSenha_rtti(void);
 Y_EXPORTA const YRtti *Pramo_TipoAutorizacao_rtti(void);
 Y_EXPORTA const YRtti *Pramo_TipoEscolhaMultipla_rtti(void);
+Y_EXPORTA const YRtti *Pramo_TipoDinheiro_rtti(void);
+Y_EXPORTA const YRtti *Pramo_TipoTexto_rtti(void);
+Y_EXPORTA const YRtti *Pramo_TipoSegredo_rtti(void);
 
 Y_FIM_C
 

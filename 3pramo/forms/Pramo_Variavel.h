@@ -118,7 +118,7 @@ Y_EXPORTA uint64_t Pramo_Variavel_getCaracteresDepoisDaVirgula(const Pramo_Varia
 Y_EXPORTA void Pramo_Variavel_leDeYNo(Pramo_Variavel *variavel, const YNo *elemento);
 
 /* Writes the field into an element of a response; children are appended:
- * - child "valor" and attribute "tipo", by the type;
+ * - child "valor" (not of a `segredo`) and attribute "tipo", by the type;
  * - attributes "somenteLeitura", "requerValidacao" and, when there is one, "titulo";
  * - a child "periferico" for each peripheral;
  * - a child "opcao" with "chave" and "texto" for each option.
