@@ -74,10 +74,13 @@ TEST(Operacao, gravaOQueEstaMarcadoEDepoisDeLimparNadaVolta) {
         Pramo_Variavel_desmarcaUsada(b);
         Pramo_Variavel_setRequerValidacao(op.cria("c", nullptr, 1, Pramo_Tipo_getTipoQTDE3()), 1);
         Pramo_Operacao_criaBotao(op, "k", "K");
+        Pramo_Botao_setOferecido(Pramo_Operacao_criaBotao(op, "r", "R"), 0);
         EXPECT_EQ(op.escrita(), campoA + resto);
         Pramo_Operacao_focaEm(op, volta % 2 == 0 ? a : b); // b is not marked
         EXPECT_EQ(op.escrita(), campoA + (volta % 2 == 0 ? "<focado>a</focado>" : "") + resto)
             << "marks stay";
+        Pramo_Operacao_setAviso(op, "x<");
+        EXPECT_TRUE(op.escrita().ends_with(resto + "<aviso>x&lt;</aviso>"));
         Pramo_Operacao_clear(op);
     }
     Pramo_Operacao_habilitaPeriferico(op, nullptr);
@@ -101,6 +104,37 @@ TEST(Operacao, limparApagaOsSegredosDaArea) {
 }
 
 // ---- Loading ----
+
+TEST(Operacao, oBotaoAcionadoEhUmDosOferecidos) {
+    const std::string k = "<botaoAcionado>k</botaoAcionado>";
+    const std::string r = "<botaoAcionado>r</botaoAcionado>";
+    // The request; the title of the button pressed; the same when loading is strict, or what is raised.
+    const std::tuple<std::string, std::string, std::string> casos[] = {
+        {k, "1", "1"},
+        {"<botaoAcionado/><botao nomeDaOperacao=k/><botaoAcionado>j</botaoAcionado>", "2", "2"},
+        {"<campo nome=a>1</campo>", "", ""},
+        {r, "", "YExcSoap: O botão \"r\" não foi oferecido."_l1},
+        {"<botaoAcionado> k </botaoAcionado>", "", "YExcSoap: O botão \"k \" não foi oferecido."_l1},
+        {"<botaoAcionado>j</botaoAcionado>" + k + r, "1", "YExcSoap: Veio mais de um botão acionado."_l1},
+        {k + "<campo nome=a>x</campo>", "YExcSoap: Caractere inválido em número."_l1,
+         "YExcSoap: campo: a. Caractere inválido em número."_l1},
+    };
+    for (const auto &[campos, frouxa, estrita] : casos) {
+        for (const int qual : {0, 1}) {
+            const Operacao op;
+            op.cria("a", nullptr, 1);
+            for (const auto &[nome, titulo] : {std::pair("k", "1"), {"k", "outro"}, {"j", "2"}, {"r", "3"}}) {
+                Pramo_Botao_setOferecido(Pramo_Operacao_criaBotao(op, nome, titulo), *nome - 'r');
+            }
+            EXPECT_EQ(op.carrega(k), "");
+            Pramo_Operacao_setCargaEstrita(op, qual);
+            const std::string recusa = op.carrega(campos);
+            const Pramo_Botao *botao = Pramo_Operacao_getBotaoAcionado(op);
+            EXPECT_EQ(recusa + (botao != nullptr ? botao->titulo : ""), qual != 0 ? estrita : frouxa)
+                << campos;
+        }
+    }
+}
 
 // ---- Classes of the application ----
 

@@ -22,6 +22,12 @@ Y_EXPORTA const YRtti *Pramo_Botao_rtti(void);
 Y_EXPORTA void Pramo_Botao_setTitulo(Pramo_Botao *botao, const char *titulo);
 Y_EXPORTA const char *Pramo_Botao_getTitulo(const Pramo_Botao *botao);
 
+/* Whether the client is offered the button, as it is at first: with 0 it is withheld from the
+ * responses, and is none that a request can press, until it is offered again with nonzero.
+ * Gives: getOferecido 1 when it is offered, else 0. */
+Y_EXPORTA void Pramo_Botao_setOferecido(Pramo_Botao *botao, int32_t oferecido);
+Y_EXPORTA int32_t Pramo_Botao_getOferecido(const Pramo_Botao *botao);
+
 Y_FIM_C
 
 #endif

@@ -1,6 +1,6 @@
 // The common part of variables, buttons and peripherals. Objects are zeroed memory, and zero is right for all
 // that the entity has: no constructor.
-#include <3pramo/forms/Pramo_Entidade.h>
+#include <3pramo/forms/Pramo_Entidade_interno.hpp>
 
 #include <3pramo/foundation/cria.hpp>
 
@@ -25,7 +25,7 @@ const YRtti *Pramo_Entidade_rtti(void) {
 
 void Pramo_Entidade_setNome(Pramo_Entidade *entidade, const char *nome) {
     // A peripheral's name is no block to be freed, and all threads read it.
-    if (entidade->nomeFixo == 0) {
+    if ((entidade->marcas & NOME_FIXO) == 0) {
         trocaTexto(entidade->nome, nome);
     }
 }

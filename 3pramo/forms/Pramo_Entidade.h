@@ -18,7 +18,7 @@ Y_CLASSE(Pramo_Entidade, YOb) {
     char *nome;            /* of the field, the peripheral or, of a button, the operation; null at first */
     char *modulo;          /* the application's; null at first */
     int32_t numeroDaLinha; /* the application's; 0 at first */
-    int32_t nomeFixo;      /* private */
+    int32_t marcas;        /* private */
 };
 
 typedef struct Pramo_Entidade Pramo_Entidade;

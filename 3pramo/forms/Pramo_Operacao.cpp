@@ -108,6 +108,8 @@ void Pramo_Operacao_clear(Pramo_Operacao *operacao) {
     apagaSegredos(*operacao);
     operacao->foco = nullptr;
     operacao->areaOcupada = 0;
+    privado(*operacao).botaoAcionado = nullptr;
+    privado(*operacao).aviso.reset();
     YliberaObjeto(std::exchange(operacao->variaveis, variaveis.release()));
     YliberaObjeto(std::exchange(operacao->botoes, botoes.release()));
     YliberaObjeto(std::exchange(operacao->mensagens, mensagens.release()));
@@ -223,6 +225,14 @@ void Pramo_Operacao_setRespostaDoPopup(Pramo_Operacao *operacao, const char *cha
 
 const char *Pramo_Operacao_getRespostaDoPopup(const Pramo_Operacao *operacao, const char *chave) {
     return YDIC_recupera(operacao->respostasDoPopup, chave);
+}
+
+void Pramo_Operacao_setAviso(Pramo_Operacao *operacao, const char *aviso) {
+    privado(*operacao).aviso = Ponteiro<char>(YduplicaString(aviso));
+}
+
+const char *Pramo_Operacao_getAviso(const Pramo_Operacao *operacao) {
+    return privado(*operacao).aviso.get();
 }
 
 // ---- Waiting for each other ----

@@ -9,8 +9,8 @@
  *     Pramo_Operacao_trataCampos(operacao);                       the application looks at them
  *     Pramo_Operacao_descarregaNaResposta(operacao, resposta);    the next form
  *
- * What fields hold may be secret: no exception quotes it, and of a request or response with a
- * form the log of SOAP bodies (Y_LOG_CORPO) has nothing but the tags.
+ * What fields hold may be secret: no exception quotes it, and of a request or response with
+ * fields the log of SOAP bodies (Y_LOG_CORPO) has nothing but the tags.
  *
  * Raises: whatever makes something, YExc "Memória insuficiente.".
  * Owns: the operation owns its variables, buttons and texts.
@@ -97,9 +97,9 @@ Y_EXPORTA void Pramo_Operacao_focaEm(Pramo_Operacao *operacao, Pramo_Variavel *v
 Y_EXPORTA Pramo_Botao *Pramo_Operacao_criaBotao(Pramo_Operacao *operacao, const char *nome,
                                                 const char *titulo);
 
-/* Frees all variables and buttons, drops the focus, forgets the messages and gives the area out
- * from its start again. Title, enabled peripherals, answers to popups, strictness and whoever
- * waits stay. */
+/* Frees all variables and buttons, drops the focus, the button pressed and the notice, forgets the
+ * messages and gives the area out from its start again, in which the bytes of a `segredo` have
+ * been wiped. Title, enabled peripherals, answers to popups, strictness and whoever waits stay. */
 Y_EXPORTA void Pramo_Operacao_clear(Pramo_Operacao *operacao);
 
 /* ---- Messages and answers ---- */
@@ -117,15 +117,32 @@ Y_EXPORTA void Pramo_Operacao_setRespostaDoPopup(Pramo_Operacao *operacao, const
                                                  const char *resposta);
 Y_EXPORTA const char *Pramo_Operacao_getRespostaDoPopup(const Pramo_Operacao *operacao, const char *chave);
 
+/* The notice: a line for the person at the till, written into every response until it is set again
+ * or cleared; null, as at first, for none. Copied.
+ * Lives: until the next set or clear. */
+Y_EXPORTA void Pramo_Operacao_setAviso(Pramo_Operacao *operacao, const char *aviso);
+Y_EXPORTA const char *Pramo_Operacao_getAviso(const Pramo_Operacao *operacao);
+
 /* ---- Exchange ---- */
 
 /* Loads the fields below the element of a request: each child "campo" is read into the variable
- * that its attribute "nome" names (Pramo_Variavel_leDeYNo), whose mark then goes. Other children
- * are skipped; a null element has none.
+ * that its attribute "nome" names (Pramo_Variavel_leDeYNo), whose mark then goes. A child
+ * "botaoAcionado" names the button that was pressed (getBotaoAcionado). Other children are
+ * skipped; a null element has none.
  * Raises: YExcSoap "Faltou atributo nome na tag campo.", "Não existe o campo "NAME"." and what
  *   the field's type raises; the fields before it stay loaded and unmarked, the ones after it
  *   are not touched. */
 Y_EXPORTA void Pramo_Operacao_carregaDaRequisicao(Pramo_Operacao *operacao, const YNo *elemento);
+
+/* The button with which the client sent the last request that was loaded. A button's name says which
+ * operation it opens: the client sends it as the content of an element "botaoAcionado" beside the
+ * fields, with those that it wants to have loaded or with none, and the application, in
+ * trataCampos or after it, opens that operation, or does what else the button stands for.
+ * Gives: the first button of that name that is offered (Pramo_Botao_setOferecido); null when the
+ *   request named none or one that is not offered, and when its loading raised. Of several the
+ *   last counts; an element without content is none.
+ * Lives: until the next loading or clear. */
+Y_EXPORTA Pramo_Botao *Pramo_Operacao_getBotaoAcionado(const Pramo_Operacao *operacao);
 
 /* With nonzero, loading takes the fields of a request all or not at all, so that a client can
  * correct what was refused; with 0, as at first, every field that names a variable is stored.
@@ -139,7 +156,9 @@ Y_EXPORTA void Pramo_Operacao_carregaDaRequisicao(Pramo_Operacao *operacao, cons
  * - "campo: NAME. O campo "NAME" é somente para leitura.",
  * - "campo: NAME. O campo "NAME" veio duas vezes.",
  * - "campo: NAME. A opção escolhida não existe no campo "NAME"." for an attribute "opcao" that
- *   is no key of its options.
+ *   is no key of its options,
+ * - "O botão "NAME" não foi oferecido." for a button pressed that is unknown or withheld, and
+ *   "Veio mais de um botão acionado.".
  * Raises, loading: what a type raises, as YExcSoap with "campo: NAME. " in front. */
 Y_EXPORTA void Pramo_Operacao_setCargaEstrita(Pramo_Operacao *operacao, int32_t estrita);
 Y_EXPORTA int32_t Pramo_Operacao_getCargaEstrita(const Pramo_Operacao *operacao);
@@ -152,9 +171,10 @@ Y_EXPORTA void Pramo_Operacao_trataCampos(Pramo_Operacao *operacao);
  *   "descricao", if it has one, its name in the attribute "nome", "estilo" = "CampoSenha" and
  *   what Pramo_Variavel_gravaEmYNo writes; if it has the focus, then an element "focado" with
  *   its name;
- * - for each button an element "botao" with the attributes "nomeDaOperacao", "titulo" and
- *   "estilo" = "BotaoAbertura";
- * - last an element "estilo" with "DialogoPadrao".
+ * - for each button that is offered an element "botao" with the attributes "nomeDaOperacao",
+ *   "titulo" and "estilo" = "BotaoAbertura";
+ * - an element "estilo" with "DialogoPadrao";
+ * - last, if there is a notice, an element "aviso" with it.
  * Raises: what a type raises; what was written then stays. */
 Y_EXPORTA void Pramo_Operacao_descarregaNaResposta(const Pramo_Operacao *operacao, YNo *elemento);
 

@@ -13,6 +13,8 @@ constexpr const char *FONTE_DA_OPERACAO = "Pramo_Operacao";
 /// What stands behind `privado`.
 struct Pramo_Operacao_Privado {
     bool cargaEstrita = false;
+    Pramo_Botao *botaoAcionado = nullptr; // one of the operation's
+    Ponteiro<char> aviso;
 };
 
 inline Pramo_Operacao_Privado &privado(const Pramo_Operacao &operacao) {

@@ -20,7 +20,7 @@ using namespace pramo;
 namespace {
 
 // Names are quoted; what a field holds never is.
-[[noreturn]] void recusaCampo(const char *antes, const char *nome, const char *depois) {
+[[noreturn]] void recusaNome(const char *antes, const char *nome, const char *depois) {
     const std::string mensagem = semFaltaDeMemoria(
         FONTE_DA_OPERACAO, [&] { return std::string(antes) + "\"" + nome + "\"" + depois; });
     lanca(YExcSoap_rtti, mensagem.c_str(), FONTE_DA_OPERACAO);
@@ -33,25 +33,64 @@ Pramo_Variavel &variavelDoCampo(const Pramo_Operacao &operacao, const YNo &campo
     }
     Pramo_Variavel *variavel = Pramo_Operacao_recuperaVariavel(&operacao, nome);
     if (variavel == nullptr) {
-        recusaCampo("Não existe o campo "_l1, nome, ".");
+        recusaNome("Não existe o campo "_l1, nome, ".");
     }
     return *variavel;
+}
+
+/// Calls `visita` with each child of this name, in the order sent.
+template <typename VISITA>
+void visitaFilhos(const YNo *elemento, const char *nome, VISITA visita) {
+    const YVetor *filhos = YNo_getFilhos(elemento);
+    if (filhos == nullptr) {
+        return;
+    }
+    for (void *posicao : elementos(*filhos)) {
+        const auto &filho = *static_cast<const YNo *>(posicao);
+        if (filho.nome != nullptr && std::strcmp(filho.nome, nome) == 0) {
+            visita(filho);
+        }
+    }
 }
 
 /// Calls `visita` with each element "campo" and its variable, in the order sent. A name that no variable has
 /// ends the walk where it stands, with an exception.
 template <typename VISITA>
 void visitaCampos(const Pramo_Operacao &operacao, const YNo *elemento, VISITA visita) {
-    const YVetor *filhos = YNo_getFilhos(elemento);
-    if (filhos == nullptr) {
-        return;
-    }
-    for (void *filho : elementos(*filhos)) {
-        const auto &campo = *static_cast<const YNo *>(filho);
-        if (campo.nome != nullptr && std::strcmp(campo.nome, "campo") == 0) {
-            visita(variavelDoCampo(operacao, campo), campo);
+    visitaFilhos(elemento, "campo",
+                 [&](const YNo &campo) { visita(variavelDoCampo(operacao, campo), campo); });
+}
+
+// What was not offered cannot be pressed, as if it did not exist. Null when there is none.
+Pramo_Botao *botaoOferecido(const Pramo_Operacao &operacao, const char *nome) {
+    for (void *elemento : elementos(*operacao.botoes)) {
+        auto *botao = static_cast<Pramo_Botao *>(elemento);
+        if (Pramo_Botao_getOferecido(botao) != 0 && botao->nome != nullptr &&
+            std::strcmp(botao->nome, nome) == 0) {
+            return botao;
         }
     }
+    return nullptr;
+}
+
+/// The button that the request names, null for none; strictly, one that is not offered is refused and so is
+/// a second one.
+Pramo_Botao *acionadoNaRequisicao(const Pramo_Operacao &operacao, const YNo *elemento, bool estrita) {
+    Pramo_Botao *acionado = nullptr;
+    visitaFilhos(elemento, "botaoAcionado", [&](const YNo &filho) {
+        if (filho.valor == nullptr) {
+            return; // what a client's library makes of a parameter that was not given
+        }
+        if (estrita && acionado != nullptr) {
+            lanca(YExcSoap_rtti, "Veio mais de um botão acionado."_l1, FONTE_DA_OPERACAO);
+        }
+        Pramo_Botao *botao = botaoOferecido(operacao, filho.valor);
+        if (estrita && botao == nullptr) {
+            recusaNome("O botão "_l1, filho.valor, " não foi oferecido."_l1);
+        }
+        acionado = botao != nullptr ? botao : acionado;
+    });
+    return acionado;
 }
 
 // The mark goes only when the value is in: a field that was refused is still asked for.
@@ -153,7 +192,7 @@ private:
     // The detail text of this thread comes in front of the message of its next exception.
     [[noreturn]] static void recusa(const Pramo_Variavel &variavel, const char *antes, const char *depois) {
         YContextoTry_printf("campo: %s. ", variavel.nome);
-        recusaCampo(antes, variavel.nome, depois);
+        recusaNome(antes, variavel.nome, depois);
     }
 
     /// Whatever the type raises is said of its field, as an exception of the exchange.
@@ -173,11 +212,19 @@ private:
 } // namespace
 
 void Pramo_Operacao_carregaDaRequisicao(Pramo_Operacao *operacao, const YNo *elemento) {
-    if (privado(*operacao).cargaEstrita) {
+    Pramo_Operacao_Privado &p = privado(*operacao);
+    p.botaoAcionado = nullptr;
+    Pramo_Botao *acionado = acionadoNaRequisicao(*operacao, elemento, p.cargaEstrita);
+    if (p.cargaEstrita) {
         CargaEstrita().carregaTudo(*operacao, elemento);
     } else {
         visitaCampos(*operacao, elemento, carrega);
     }
+    p.botaoAcionado = acionado; // of a request that was refused nothing counts
+}
+
+Pramo_Botao *Pramo_Operacao_getBotaoAcionado(const Pramo_Operacao *operacao) {
+    return privado(*operacao).botaoAcionado;
 }
 
 void Pramo_Operacao_setCargaEstrita(Pramo_Operacao *operacao, int32_t estrita) {
@@ -223,8 +270,15 @@ void Pramo_Operacao_descarregaNaResposta(const Pramo_Operacao *operacao, YNo *el
             YNo_setString(elemento, "focado", variavel->nome);
         }
     }
-    for (const void *botao : elementos(*operacao->botoes)) {
-        gravaBotao(*static_cast<const Pramo_Botao *>(botao), elemento);
+    for (const void *posicao : elementos(*operacao->botoes)) {
+        const auto *botao = static_cast<const Pramo_Botao *>(posicao);
+        if (Pramo_Botao_getOferecido(botao) != 0) {
+            gravaBotao(*botao, elemento);
+        }
     }
     YNo_setString(elemento, "estilo", "DialogoPadrao");
+    // Behind all that clients know from before: one that does not know it reads over it.
+    if (const char *aviso = Pramo_Operacao_getAviso(operacao)) {
+        YNo_setString(elemento, "aviso", aviso);
+    }
 }

@@ -2,6 +2,8 @@
 // that is read and written as an atomic.
 #include <3pramo/forms/Pramo_Periferico.h>
 
+#include <3pramo/forms/Pramo_Entidade_interno.hpp>
+
 #include <array>
 #include <atomic>
 #include <string_view>
@@ -19,7 +21,7 @@ constinit std::array<Pramo_Periferico, QUANTOS> perifericos = [] {
     for (std::size_t i = 0; i < QUANTOS; i++) {
         todos[i].rtti = &Pramo_Periferico_definicaoRtti;
         todos[i].nome = nomes[i];
-        todos[i].nomeFixo = 1;
+        todos[i].marcas = pramo::NOME_FIXO;
         todos[i].codigo = 1 << i;
     }
     return todos;
