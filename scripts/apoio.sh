@@ -4,8 +4,9 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 PACOTES_CONSTRUCAO=(g++ cmake ninja-build)
-PACOTES_TESTES=(libgtest-dev locales python3 pkg-config)
-PACOTES_CLIENTES=(curl php-cli php-soap libsoap-lite-perl python3-suds python3-zeep)
+PACOTES_TESTES=(libgtest-dev libxml2-utils locales python3 pkg-config)
+PACOTES_CLIENTES=(curl php-cli php-soap libsoap-lite-perl python3-suds python3-zeep
+    jaxws openjdk-17-jdk-headless)
 PACOTES_CLANG=(clang libclang-rt-14-dev)
 PACOTES_FORMATO=(clang-format clang-tidy git)
 

@@ -1,11 +1,10 @@
 // Publishes the port types Calc and Contador, and a page that calls soma, until SIGINT or SIGTERM.
+#include "arquivo.hpp"
 #include "portTypes.hpp"
 #include "programa.h"
 
 #include <ctime>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -13,7 +12,6 @@ namespace {
 
 constexpr int PRAZO_PARA_ESCUTAR = 10; // seconds
 
-std::string leArquivo(const char *caminho);
 void anuncia(std::int32_t porta);
 
 void serve(const Opcoes &opcoes) {
@@ -55,14 +53,6 @@ int main(int argc, char **argv) {
 }
 
 namespace {
-
-std::string leArquivo(const char *caminho) {
-    std::ifstream arquivo(caminho, std::ios::binary);
-    if (!arquivo) {
-        throw std::runtime_error(std::string("falta o arquivo ") + caminho);
-    }
-    return {std::istreambuf_iterator<char>(arquivo), {}};
-}
 
 void anuncia(std::int32_t porta) {
     const std::string endereco = "http://127.0.0.1:" + std::to_string(porta);

@@ -46,6 +46,6 @@ constexpr YDefinicaoMetodo METODOS[] = {{"preenche", preenche}, {nullptr, nullpt
 
 } // namespace
 
-YDefinicaoPortType definicaoDoFormulario() {
-    return {"Formulario", METODOS, Formulario_rtti, nullptr, nullptr};
+YDefinicaoPortType definicaoDoFormulario(const char *wsdl) {
+    return {"Formulario", METODOS, Formulario_rtti, wsdl, nullptr};
 }

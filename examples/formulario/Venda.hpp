@@ -17,6 +17,8 @@ struct Venda : Pramo_Operacao {
     char autorizacao[12];
     std::int64_t total; // in cents
     std::int64_t etapa; // see Venda.cpp
+    Pramo_Botao *cancelamento;
+    Pramo_Botao *consulta;
 };
 
 const YRtti *Venda_rtti();
