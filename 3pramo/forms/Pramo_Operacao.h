@@ -159,7 +159,8 @@ Y_EXPORTA Pramo_Botao *Pramo_Operacao_getBotaoAcionado(const Pramo_Operacao *ope
  *   is no key of its options,
  * - "O botão "NAME" não foi oferecido." for a button pressed that is unknown or withheld, and
  *   "Veio mais de um botão acionado.".
- * Raises, loading: what a type raises, as YExcSoap with "campo: NAME. " in front. */
+ * Raises, loading: what a type raises, as YExcSoap with "campo: NAME. " in front.
+ * Each of these about a field has its name as its attribute campo, too (YContextoTry_atributo). */
 Y_EXPORTA void Pramo_Operacao_setCargaEstrita(Pramo_Operacao *operacao, int32_t estrita);
 Y_EXPORTA int32_t Pramo_Operacao_getCargaEstrita(const Pramo_Operacao *operacao);
 

@@ -19,10 +19,12 @@ using namespace pramo;
 
 namespace {
 
+// Who handles the refusal need not look for the field's name in its text.
 // Names are quoted; what a field holds never is.
 [[noreturn]] void recusaNome(const char *antes, const char *nome, const char *depois) {
     const std::string mensagem = semFaltaDeMemoria(
         FONTE_DA_OPERACAO, [&] { return std::string(antes) + "\"" + nome + "\"" + depois; });
+    YContextoTry_atributo("campo", nome);
     lanca(YExcSoap_rtti, mensagem.c_str(), FONTE_DA_OPERACAO);
 }
 
@@ -201,6 +203,7 @@ private:
             carrega(variavel, campo);
         } catch (const YExcecao &e) {
             YContextoTry_printf("campo: %s. ", variavel.nome);
+            YContextoTry_atributo("campo", variavel.nome);
             lanca(YExcSoap_rtti, e.what(), FONTE_DA_OPERACAO);
         }
     }

@@ -6,8 +6,10 @@
 #include <3pramo/foundation/Formato.hpp>
 #include <3pramo/foundation/YExc_daThread.hpp>
 #include <3pramo/foundation/YExc_interno.hpp>
+#include <3pramo/foundation/caracteres.hpp>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <string>
 #include <utility>
@@ -20,6 +22,14 @@ namespace {
 
 constexpr std::size_t MAXIMO_DO_DETALHE = std::size_t{64} * 1024;
 constexpr std::size_t FIM_DO_DETALHE = 64; // what is kept of the end of a longer one, its ". " above all
+constexpr std::size_t MAXIMO_DE_ATRIBUTOS = 16;
+constexpr std::size_t MAXIMO_DO_NOME = 64;
+constexpr std::size_t MAXIMO_DO_VALOR = std::size_t{4} * 1024;
+
+bool ehNomeDeAtributo(std::string_view nome) {
+    return !nome.empty() && nome.size() <= MAXIMO_DO_NOME && !ehAlgarismo(nome.front()) &&
+           std::ranges::all_of(nome, ehAlfanumerico);
+}
 
 } // namespace
 
@@ -39,13 +49,36 @@ void YContextoTry_printf(const char *formato, ...) {
     l->detalhe = std::move(detalhe);
 }
 
+int YContextoTry_atributo(const char *nome, const char *valor) {
+    Lembrancas *l = lembrancasOuNovas();
+    if (l == nullptr || nome == nullptr || valor == nullptr || !ehNomeDeAtributo(nome)) {
+        return 0;
+    }
+    return semFaltaDeMemoria("YExc", [&] {
+        auto &atributos = l->atributos;
+        std::string cortado(valor, strnlen(valor, MAXIMO_DO_VALOR));
+        const auto achado = std::ranges::find(atributos, std::string_view(nome), &YExcecao::Atributo::first);
+        if (achado != atributos.end()) {
+            achado->second = std::move(cortado);
+            return 1;
+        }
+        if (atributos.size() == MAXIMO_DE_ATRIBUTOS) {
+            return 0;
+        }
+        atributos.emplace_back(nome, std::move(cortado));
+        return 1;
+    });
+}
+
 void YContextoTry_throw(YFuncaoRtti classe, const char *mensagem, const char *arquivo, int linha) {
     std::string detalhe;
+    std::vector<YExcecao::Atributo> atributos;
     if (Lembrancas *l = lembrancas()) {
-        // Used up by this raise in any case: it must not decorate a later, unrelated one.
+        // Used up by this raise in any case: they must not decorate a later, unrelated one.
         detalhe.swap(l->detalhe);
+        atributos.swap(l->atributos);
     }
-    throw YExcecao(classe, detalhe.c_str(), mensagem, arquivo, linha);
+    throw YExcecao(classe, detalhe.c_str(), mensagem, arquivo, linha, std::move(atributos));
 }
 
 // ---- Regions ----
@@ -149,6 +182,12 @@ void YContextoTry_finaliza(YContextoTry *contexto) {
     if (excecao != nullptr && !tratada) {
         std::rethrow_exception(excecao);
     }
+}
+
+const char *YContextoTry_getAtributo(const YContextoTry *contexto, const char *nome) {
+    const std::exception_ptr &excecao = pendente(const_cast<YContextoTry *>(contexto));
+    // The copy shares the texts of the exception, which the region keeps.
+    return excecao != nullptr ? traduz(excecao).atributo(nome) : nullptr;
 }
 
 const char *YContextoTry_mensagem(const YContextoTry *contexto) {

@@ -56,6 +56,11 @@ Y_EXPORTA void YContextoTry_finaliza(YContextoTry *contexto);
  * Lives: until YContextoTry_finaliza. */
 Y_EXPORTA const char *YContextoTry_mensagem(const YContextoTry *contexto);
 
+/* An attribute of the pending or handled exception (YContextoTry_atributo); null when there is none
+ * of this name.
+ * Lives: until YContextoTry_finaliza. */
+Y_EXPORTA const char *YContextoTry_getAtributo(const YContextoTry *contexto, const char *nome);
+
 Y_FIM_C
 
 #endif

@@ -23,6 +23,16 @@ Y_NAO_VOLTA Y_EXPORTA void YContextoTry_throw(YFuncaoRtti classe, const char *me
  * runs. */
 Y_EXPORTA void YContextoTry_printf(const char *formato, ...) Y_FORMATO(1, 2);
 
+/* Gives the exception that the next raise on this thread makes an attribute: what stands in its
+ * texts, once more by itself, for who handles it (`campo`, the name of the field that was refused).
+ * It is used up and lives as the detail text does. Of a value longer than 4 KiB the rest is left
+ * out.
+ * Gives: 1; 0, and nothing is kept, for a null name or value, a name that is not ASCII letters and
+ *   digits (a letter first, 64 at most), and beyond 16 attributes. A name that was given before gets
+ *   the new value.
+ * Raises: YExc "Memória insuficiente." */
+Y_EXPORTA int YContextoTry_atributo(const char *nome, const char *valor);
+
 Y_FIM_C
 
 #endif

@@ -41,12 +41,24 @@ constexpr const char *DESCONHECIDA = "Exceção desconhecida."_l1;
 
 } // namespace
 
-// Without texts when there is no memory for them: SEM_MEMORIA then stands for the message.
+struct YExcecao::Textos {
+    std::string mensagem;
+    std::size_t detalhe; // so much of it is the detail text
+    std::string arquivo;
+    std::vector<Atributo> atributos;
+};
+
 YExcecao::YExcecao(YFuncaoRtti qual, const char *detalhe, const char *mensagem, const char *arquivo,
                    int linha)
+    : YExcecao(qual, detalhe, mensagem, arquivo, linha, {}) {}
+
+// Without texts when there is no memory for them: SEM_MEMORIA then stands for the message.
+YExcecao::YExcecao(YFuncaoRtti qual, const char *detalhe, const char *mensagem, const char *arquivo,
+                   int linha, std::vector<Atributo> atributos)
     : classe_(qual), linha_(linha) {
     try {
-        textos_ = std::make_shared<const Textos>(Textos{std::string(detalhe) + mensagem, arquivo});
+        textos_ = std::make_shared<const Textos>(
+            Textos{std::string(detalhe) + mensagem, std::strlen(detalhe), arquivo, std::move(atributos)});
     } catch (const std::bad_alloc &) {
         // Raised from here it would take the place of the very exception that is being made.
         textos_ = nullptr;
@@ -57,6 +69,27 @@ YExcecao::~YExcecao() = default;
 
 const char *YExcecao::what() const noexcept {
     return textos_ != nullptr ? textos_->mensagem.c_str() : SEM_MEMORIA;
+}
+
+const char *YExcecao::mensagem() const noexcept {
+    // Not from what(), which a derived class may have made its own.
+    return textos_ != nullptr ? textos_->mensagem.c_str() + textos_->detalhe : SEM_MEMORIA;
+}
+
+std::string YExcecao::detalhe() const {
+    return semFaltaDeMemoria("YExc", [this] {
+        return textos_ != nullptr ? textos_->mensagem.substr(0, textos_->detalhe) : std::string();
+    });
+}
+
+const char *YExcecao::atributo(const char *nome) const noexcept {
+    const auto todos = atributos();
+    const auto achado = std::ranges::find(todos, std::string_view(nome), &Atributo::first);
+    return achado != todos.end() ? achado->second.c_str() : nullptr;
+}
+
+std::span<const YExcecao::Atributo> YExcecao::atributos() const noexcept {
+    return textos_ != nullptr ? std::span<const Atributo>(textos_->atributos) : std::span<const Atributo>();
 }
 
 const char *YExcecao::arquivo() const noexcept {

@@ -3,6 +3,7 @@
 #define Y3PRAMO_FOUNDATION_YEXC_DATHREAD_HPP
 
 #include <3pramo/foundation/YContextoTry.h>
+#include <3pramo/foundation/YExcecao.hpp>
 
 #include <array>
 #include <exception>
@@ -18,7 +19,8 @@ struct RegiaoQueTrata {
 };
 
 struct Lembrancas {
-    std::string detalhe; // waits for the next raise
+    std::string detalhe; // waits for the next raise, as do the attributes
+    std::vector<YExcecao::Atributo> atributos;
     std::exception_ptr ultimaTratada;
     std::array<RegiaoQueTrata, 4> regioes; // innermost last; of a deeper nest the innermost ones
     std::size_t abertas = 0;

@@ -465,5 +465,6 @@ YNo *YNo_getFilhoUnico(const YNo *no, const char *caminho) {
 
 void pramo::faltouTag(const char *caminho) {
     YContextoTry_printf("Tag procurada: %s. ", caminho != nullptr ? caminho : "");
+    YContextoTry_atributo("campo", caminho);
     lanca(YExcSoap_rtti, "Faltou tag.", FONTE);
 }

@@ -138,7 +138,8 @@ Y_EXPORTA YNo *YNo_procuraDescendente(const YNo *no, const char *caminho);
 Y_EXPORTA YNo *YNo_criaDescendente(YNo *no, const char *caminho);
 
 /* The node at the path.
- * Raises: YExcSoap "Tag procurada: CAMINHO. Faltou tag." when there is none. */
+ * Raises: YExcSoap "Tag procurada: CAMINHO. Faltou tag." when there is none, with the path as its
+ *   attribute campo (YContextoTry_atributo). */
 Y_EXPORTA YNo *YNo_getFilhoUnico(const YNo *no, const char *caminho);
 
 /* ---- Typed values ----

@@ -237,6 +237,10 @@ void YSoapServer_setLimiteDeServicos(YSoapServer *servidor, uint64_t servicos) {
     privado(servidor).limiteDeServicos = servicos;
 }
 
+void YSoapServer_setDetalheDaFalha(YSoapServer *servidor, int comDetalhe) {
+    privado(servidor).detalheDaFalha = comDetalhe != 0;
+}
+
 void YSoapServer_setLimitesDaMensagem(YSoapServer *servidor, uint64_t niveis, uint64_t nos, uint64_t bytes) {
     YSoapServer_Privado &p = privado(servidor);
     const Tranca tranca(p.trinco);

@@ -132,6 +132,20 @@ Y_EXPORTA void *YSoapServer_getContexto(const YSoapServer *servidor);
 Y_EXPORTA void YSoapServer_setGrupoDeRecursos(YSoapServer *servidor, void *grupo);
 Y_EXPORTA void *YSoapServer_getGrupoDeRecursos(const YSoapServer *servidor);
 
+/* With nonzero a fault tells its parts by themselves, so that no client takes its text to pieces;
+ * with 0, as at first, it does not. Behind "faultactor", with accents whole, where the text has
+ * none:
+ *   <detail><f:falha xmlns:f="urn:3pramo">
+ *     <classe>       the exception's class
+ *     <mensagem>     its message
+ *     <detalhe>      the detail text that stands in front of it, when there is one
+ *     <lugar>        SOURCE:LINE
+ *     and an element for each attribute of the exception (YContextoTry_atributo), as <campo>, the
+ *     name of the form's field or the path of the element that was refused or is missing, and
+ *     <nome>, that of a method or port type that is not known.
+ * Of an exception that is not the library's it tells what the text tells: YExc "Erro interno." */
+Y_EXPORTA void YSoapServer_setDetalheDaFalha(YSoapServer *servidor, int comDetalhe);
+
 /* ---- Bounds ---- */
 
 /* Most live service objects; 100,000 by default.

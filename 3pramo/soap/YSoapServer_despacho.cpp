@@ -94,6 +94,7 @@ Tratador obtemTratador(const Chamada &chamada, const YWebService *servico) {
         servicoNaoConsta();
     }
     YContextoTry_printf("nome: %s. ", chamada.portType);
+    YContextoTry_atributo("nome", chamada.portType);
     lanca(YExcSoap_rtti, "PortType desconhecido."_l1, FONTE);
 }
 
@@ -134,6 +135,7 @@ void invoca(const Chamada &chamada, const YNo *requisicao, YNo *resposta, Pino &
     const char *metodo = YNo_getString(requisicao, "metodo");
     if (metodo == nullptr) {
         YContextoTry_printf("Tag procurada: %s. ", "metodo");
+        YContextoTry_atributo("campo", "metodo");
         lanca(YExcSoap_rtti, "Faltou tag."_l1, FONTE);
     }
     Ponteiro<YStream> entrada;
@@ -165,6 +167,7 @@ void chamaMetodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *res
         invoca(chamada, requisicao, resposta, servico);
     } else {
         YContextoTry_printf("nome: %s. ", chamada.metodo);
+        YContextoTry_atributo("nome", chamada.metodo);
         lanca(YExcSoap_rtti, "Método desconhecido."_l1, FONTE);
     }
 }

@@ -34,6 +34,7 @@ struct YSoapServer_Privado {
     bool servindo Y_GUARDADO_POR(trinco) =
         false; // the web server was started with our handler and not stopped since
     std::atomic<std::uint64_t> limiteDeServicos{100'000};
+    std::atomic<bool> detalheDaFalha{false};
     std::uint64_t temporarios = 0; // of the live set, those of one call; guarded by the registry lock
 };
 

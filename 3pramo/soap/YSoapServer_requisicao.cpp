@@ -1,12 +1,11 @@
 // One HTTP request: told apart, its SOAP call answered with an envelope or a fault.
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
-#include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/YObThread_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
+#include <3pramo/soap/envelope.hpp>
 #include <3pramo/soap/mascara.hpp>
 
-#include <charconv>
 #include <cstring>
 
 using namespace pramo;
@@ -15,21 +14,12 @@ using namespace pramo::soap;
 namespace {
 
 constexpr std::size_t BUFFER_DO_METODO = 128;
-constexpr const char *TIPO_XML = "text/xml; charset=ISO-8859-1";
-
-constexpr std::string_view INICIO_DO_ENVELOPE =
-    "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
-    "<SOAP-ENV:Envelope"
-    " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\""
-    " xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
-    " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\""
-    " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
-    " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\">"
-    "<SOAP-ENV:Body>";
-constexpr std::string_view FIM_DO_ENVELOPE = "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
 constexpr std::string_view INICIO_DA_FALHA =
     "<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>";
-constexpr std::string_view FIM_DA_FALHA = "</faultstring><faultactor/></SOAP-ENV:Fault>";
+constexpr std::string_view FIM_DO_TEXTO = "</faultstring><faultactor/>";
+constexpr std::string_view INICIO_DO_DETALHE = "<detail><f:falha xmlns:f=\"urn:3pramo\">";
+constexpr std::string_view FIM_DO_DETALHE = "</f:falha></detail>";
+constexpr std::string_view FIM_DA_FALHA = "</SOAP-ENV:Fault>";
 
 // The port type name, a part of the URI; the method name is left in `metodo`.
 const char *interpretaSoapAction(const char *uri, const char *acao, char (&metodo)[BUFFER_DO_METODO]) {
@@ -45,59 +35,84 @@ const char *interpretaSoapAction(const char *uri, const char *acao, char (&metod
     return barra != nullptr ? barra + 1 : uri;
 }
 
-// The description without accents, with what XML does not take raw as references; control characters, which
-// it does not take at all, become question marks.
-void emiteTextoDaFalha(YStream *saida, const std::string &descricao) {
-    const Ponteiro<YStream> plano = cria<YStream>(YStream_rtti, FONTE);
-    YStream_putTirandoAcentos(plano, descricao.c_str());
-    for (const char c : conteudo(*plano)) {
+// What XML does not take raw as references; control characters, which it does not take at all, become
+// question marks.
+void emiteTexto(YStream *saida, std::string_view texto) {
+    for (const char c : texto) {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '"' || c == '\t' || c == '\n') {
             YStream_put(saida, c);
         } else if (byte < ' ') {
             YStream_put(saida, '?');
         } else {
-            const char texto[] = {c, 0};
-            YStream_putHtmlString(saida, texto);
+            const char um[] = {c, 0};
+            YStream_putHtmlString(saida, um);
         }
     }
 }
 
-// In a catch block: what the client is told of the exception in flight. The text of one that is not the
+void emiteSemAcentos(YStream *saida, const std::string &descricao) {
+    const Ponteiro<YStream> plano = cria<YStream>(YStream_rtti, FONTE);
+    YStream_putTirandoAcentos(plano, descricao.c_str());
+    emiteTexto(saida, conteudo(*plano));
+}
+
+void emiteElemento(YStream *saida, std::string_view nome, std::string_view texto) {
+    for (const std::string_view pedaco : {std::string_view("<"), nome, std::string_view(">")}) {
+        acrescenta(*saida, pedaco);
+    }
+    emiteTexto(saida, texto);
+    for (const std::string_view pedaco : {std::string_view("</"), nome, std::string_view(">")}) {
+        acrescenta(*saida, pedaco);
+    }
+}
+
+// The parts of the description by themselves, and what the exception says beside its text.
+void emiteDetalhe(YStream *saida, const YExcecao &excecao) {
+    acrescenta(*saida, INICIO_DO_DETALHE);
+    emiteElemento(saida, "classe", excecao.classe()->name);
+    emiteElemento(saida, "mensagem", excecao.mensagem());
+    if (const std::string detalhe = excecao.detalhe(); !detalhe.empty()) {
+        emiteElemento(saida, "detalhe", detalhe);
+    }
+    emiteElemento(saida, "lugar", std::string(excecao.arquivo()) + ":" + std::to_string(excecao.linha()));
+    for (const auto &[nome, valor] : excecao.atributos()) {
+        emiteElemento(saida, nome, valor);
+    }
+    acrescenta(*saida, FIM_DO_DETALHE);
+}
+
+void emiteFalha(YStream *saida, const YExcecao &excecao, bool comDetalhe) {
+    // Nothing is written before the text is there: its making may raise, and so end the request.
+    const std::string descricao = excecao.descricao();
+    acrescenta(*saida, INICIO_DA_FALHA);
+    emiteSemAcentos(saida, descricao);
+    acrescenta(*saida, FIM_DO_TEXTO);
+    if (comDetalhe) {
+        emiteDetalhe(saida, excecao);
+    }
+    acrescenta(*saida, FIM_DA_FALHA);
+}
+
+// In a catch block: the exception in flight as the client is told of it. The text of one that is not the
 // library's was not written for it (it may hold a statement with a card number): it goes to the log, masked.
-std::string descricaoParaOCliente() {
+void emiteFalhaCorrente(YStream *saida, bool comDetalhe) {
     try {
         throw;
     } catch (const YExcecao &e) {
-        return e.descricao();
+        emiteFalha(saida, e, comDetalhe);
     } catch (...) {
         if (terminaAThread()) {
             throw;
         }
         registraExcecaoCorrente("YSoapServer");
-        return YExcecao(YExc_rtti, "", "Erro interno."_l1, FONTE, __LINE__).descricao();
+        emiteFalha(saida, YExcecao(YExc_rtti, "", "Erro interno."_l1, FONTE, __LINE__), comDetalhe);
     }
-}
-
-void emiteFalha(YStream *saida) {
-    // Nothing is written before the text is there: its making may raise, and so end the request.
-    const std::string descricao = descricaoParaOCliente();
-    acrescenta(*saida, INICIO_DA_FALHA);
-    emiteTextoDaFalha(saida, descricao);
-    acrescenta(*saida, FIM_DA_FALHA);
 }
 
 YTratadorHttp tratadorAnterior(const YSoapServer *servidor) {
     const Tranca tranca(privado(servidor).trinco);
     return servidor->tratadorAnterior;
-}
-
-void registraCorpo(const char *sentido, const char *portType, const char *metodo, const YStream *corpo) {
-    if ((YObLOG_habilitadas() & Y_LOG_CORPO) == 0) {
-        return;
-    }
-    const std::string nome = std::string(portType) + "#" + metodo;
-    registraTexto(Y_LOG_CORPO, std::string(sentido) + " " + nome + ": " + mascaraCorpo(conteudo(*corpo)));
 }
 
 void trataChamadaSoap(YSoapServer *servidor, const char *acao, const char *uri, YMensagemHttp *requisicao,
@@ -107,17 +122,17 @@ void trataChamadaSoap(YSoapServer *servidor, const char *acao, const char *uri, 
     // What raises up to the envelope goes to the web server, which ends the connection without an answer.
     const char *portType = interpretaSoapAction(uri, acao, metodo);
     // Before the call, which converts the text where it stands.
-    registraCorpo("requisição"_l1, portType, metodo, requisicao->body);
+    registraCorpo("requisição"_l1, portType, metodo, conteudo(*requisicao->body));
     acrescenta(*resposta->body, INICIO_DO_ENVELOPE);
     YStream_puts(resposta->primeiraLinha, "200 OK");
     try {
         // From here on the answer is an envelope, whatever the handler raises.
         processaChamada({servidor, portType, metodo, true, 0}, requisicao->body, resposta->body, nullptr);
     } catch (...) {
-        emiteFalha(resposta->body);
+        emiteFalhaCorrente(resposta->body, privado(servidor).detalheDaFalha);
     }
     acrescenta(*resposta->body, FIM_DO_ENVELOPE);
-    registraCorpo("resposta", portType, metodo, resposta->body);
+    registraCorpo("resposta", portType, metodo, conteudo(*resposta->body));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Works on the bytes as they came, before any parser has accepted them: where it is in doubt it shows less.
 #include <3pramo/soap/mascara.hpp>
 
+#include <3pramo/foundation/YObLOG_interno.hpp>
 #include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/foundation/mascara.hpp>
 
@@ -39,6 +40,14 @@ std::string soTags(std::string_view corpo) {
 
 std::string mascaraCorpo(std::string_view corpo) {
     return temFormulario(corpo) ? soTags(corpo) : mascaraDadosDeCartao(corpo);
+}
+
+void registraCorpo(const char *sentido, const char *portType, const char *metodo, std::string_view corpo) {
+    if ((YObLOG_habilitadas() & Y_LOG_CORPO) == 0) {
+        return;
+    }
+    const std::string nome = std::string(portType) + "#" + metodo;
+    registraTexto(Y_LOG_CORPO, std::string(sentido) + " " + nome + ": " + mascaraCorpo(corpo));
 }
 
 } // namespace pramo::soap

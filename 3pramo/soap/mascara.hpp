@@ -12,6 +12,9 @@ namespace pramo::soap {
 /// the tags remain. What remains is masked by mascaraDadosDeCartao.
 std::string mascaraCorpo(std::string_view corpo);
 
+/// Logs the body of a call, masked, if bodies are logged; `sentido` says what it is.
+void registraCorpo(const char *sentido, const char *portType, const char *metodo, std::string_view corpo);
+
 } // namespace pramo::soap
 
 #endif
