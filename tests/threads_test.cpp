@@ -69,6 +69,19 @@ TEST(Thread, umComecoEsperaOFimDeUmaParadaPropria) {
     EXPECT_TRUE(acontece([&] { return c->voltas == 2; }));
 }
 
+TEST(Thread, acordaQuemDormeENadaSePerde) {
+    const apoio::Diario diario;
+    const auto c = novoContador([](Contador *eu) { eu->voltas == 400 ? throw std::bad_alloc() : void(); });
+    YObThread_acorda(c); // kept for the first sleep
+    YObThread_start(c);
+    for (int vez = 2; vez < 400; vez++) { // asleep or on its way there
+        EXPECT_TRUE(acontece([&] { return c->voltas == vez; }));
+        YObThread_acorda(c);
+    }
+    EXPECT_TRUE(acontece([&] { return c->voltas == 400 && YObThread_isAlive(c) == 0; }));
+    EXPECT_EQ(diario.quantos("Contador_run: YExc: Mem"), 1);
+}
+
 /// Runs the function on so many threads at once; false when one of them never came.
 bool rodam(
     int quantas, void (*funcao)() = [] {}) {

@@ -39,7 +39,8 @@ Y_EXPORTA int YObLOG_habilita(int mascaras);
 Y_EXPORTA int YObLOG_habilitadas(void);
 
 /* A sink: called with its context, the record's mask and the escaped text (zero-terminated, no line
- * end), one record at a time, in the order in which they were written.
+ * end), one record at a time, in the order in which they were written. The text is ISO-8859-1,
+ * printable characters alone; into another encoding the sink converts it.
  * It may log itself: such a record goes to standard error, cut to 1,023 bytes.
  * Raises: may raise an exception of any kind; its record then goes to standard error, too. A sink
  * that ends its thread (pthread_exit) ends just that, unless it was called by a destructor that
@@ -49,10 +50,10 @@ Y_EXPORTA int YObLOG_habilitadas(void);
  * Lives: the text is valid during the call. */
 typedef void (*YFuncaoLog)(void *contexto, int mascara, const char *texto);
 
-/* Sets where records go. Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on
- * standard error, in UTF-8. That waits for no reader: what standard error (a pipe, say) does not
- * take at once is left out and counted as above, and a reader that went away is no signal to the
- * process.
+/* Sets where records go. A sink gets them in ISO-8859-1 with control characters escaped, as above.
+ * Null brings back the default: a line "DATE TIME MASK TEXT" in UTC on standard error, in UTF-8.
+ * That waits for no reader: what standard error (a pipe, say) does not take at once is left out and
+ * counted as above, and a reader that went away is no signal to the process.
  * Lives: when it returns, the sink that was set before is no longer running and will not be called
  * again (except when called from inside that sink). */
 Y_EXPORTA void YObLOG_setSaida(YFuncaoLog funcao, void *contexto);

@@ -11,6 +11,7 @@
 #include <3pramo/foundation/YOb_interno.hpp>
 
 #include <atomic>
+#include <cstdio>
 #include <pthread.h>
 #include <thread>
 #include <utility>
@@ -38,6 +39,7 @@ struct Privado {
     unsigned mudancas Y_GUARDADO_POR(trinco) = 0;
     unsigned esperam Y_GUARDADO_POR(trinco) = 0;
     bool liberando Y_GUARDADO_POR(trinco) = false; // whoever waits for a change leaves
+    bool acordada Y_GUARDADO_POR(trinco) = false;  // and no sleep has taken that yet
 };
 
 Privado &privado(const YObThread *thread) {
@@ -144,8 +146,11 @@ void *roda(void *argumento) {
     try {
         slotsDe(thread).run(thread);
     } catch (...) {
+        // Of any length: cut to it, for there may be no memory.
+        char onde[128];
+        std::snprintf(onde, sizeof onde, "%s_run", thread->rtti->name);
         // Hands the unwinding of pthread_exit on, which `fim` then ends.
-        registraExcecaoCorrente("run");
+        registraExcecaoCorrente(onde);
     }
     return nullptr;
 }
@@ -241,9 +246,18 @@ int YObThread_dorme(YObThread *thread, uint32_t milissegundos) {
     const auto fim = std::chrono::steady_clock::now() + std::chrono::milliseconds(milissegundos);
     const Tranca tranca(p.trinco);
     // Other changes wake it, too: it sleeps on until the time has passed or the life is over.
-    while (p.viva && p.mudou.esperaAte(p.trinco, fim)) {
+    while (p.viva && !p.acordada && p.mudou.esperaAte(p.trinco, fim)) {
     }
+    p.acordada = false;
     return p.viva ? 1 : 0;
+}
+
+void YObThread_acorda(YObThread *thread) {
+    Privado &p = privado(thread);
+    const Tranca tranca(p.trinco);
+    p.acordada = true;
+    // Under the lock: once it is let go, the thread may end and the object with it.
+    p.mudou.avisa();
 }
 
 void YObThread_startImpl(YObThread *thread) {

@@ -37,14 +37,23 @@ Y_EXPORTA void YObThread_start(YObThread *thread);
 Y_EXPORTA void YObThread_stop(YObThread *thread);
 
 /* Nonzero once started, also before YObThread_start returns, until a stop is asked or `run` has
- * ended: returned, or by an exception (which is logged), or by pthread_exit.
+ * ended: returned, or by an exception (which is logged with the class of the object), or by
+ * pthread_exit. So what runs for a thread object, a handler of a server for one, learns from it that
+ * it is to come to an end.
  * Threads: any. */
 Y_EXPORTA int YObThread_isAlive(const YObThread *thread);
 
-/* Sleeps up to `milissegundos` on behalf of the thread, less when a stop is asked; for use in
- * `run`.
- * Gives: what YObThread_isAlive then gives. */
+/* Sleeps up to `milissegundos` on behalf of the thread, less when a stop is asked or YObThread_acorda
+ * wakes it; for use in `run`.
+ * Gives: what YObThread_isAlive then gives; whether it was woken or the time passed, it does not
+ *   say: look at what the thread works on. */
 Y_EXPORTA int YObThread_dorme(YObThread *thread, uint32_t milissegundos);
+
+/* Wakes the thread from YObThread_dorme; it goes on living. While it does not sleep the wake is kept
+ * for its next sleep, which then returns at once, also across a stop and a start. Several that no
+ * sleep has taken yet are one. So none is lost: put down the work first, then wake.
+ * Threads: any, while the object lives. */
+Y_EXPORTA void YObThread_acorda(YObThread *thread);
 
 /* The class's own start: runs the run slot on a new thread. Does nothing when it is alive. After a
  * stop it may be started again; one that the thread asked itself ends first.

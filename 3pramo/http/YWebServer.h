@@ -57,6 +57,8 @@ Y_INICIO_C
  *
  * Raises: an exception that leaves it ends the connection without an answer, except
  *   YExcNaoImplementado, which is answered with the line "HTTP/1.1 501 Not Implemented.".
+ * Stops: one that runs long asks YObThread_isAlive of its server, to which its context leads; 0 says
+ *   that a stop or the freeing is asked. The server lives until it has returned.
  * Owns: all of them are the server's.
  * Lives: `uri` until the answer is sent.
  * Threads: the connection's; several at once. */

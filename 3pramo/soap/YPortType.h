@@ -19,7 +19,9 @@ Y_INICIO_C
  *   requisicao  the method's element; null when the request has no body
  *   resposta    an empty, nameless node that the results are written into, usually with the
  *               typed setters
- * A handler that runs long asks YObThread_isAlive of its server whether a stop has been asked.
+ * Stops: one that runs long asks YObThread_isAlive of its server, which YWebService_getSoapServer
+ *   gives while the object is in a live set; 0 says that a stop or the freeing is asked. The server
+ *   lives until it has returned.
  * Raises: an exception of the library's classes, or of a class derived from them, becomes a SOAP
  *   fault with its class, message and place. Any other (a std::exception) is logged, with what may
  *   be card data masked, and answered as YExc "Erro interno.": its text was not written for a
