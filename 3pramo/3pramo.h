@@ -26,6 +26,7 @@
 #include <3pramo/foundation/YSet.h>
 #include <3pramo/foundation/YSocket.h>
 #include <3pramo/foundation/YStream.h>
+#include <3pramo/foundation/YTcpServer.h>
 #include <3pramo/foundation/YVetor.h>
 #include <3pramo/foundation/YexecutaThread.h>
 #include <3pramo/http/YMensagemHttp.h>

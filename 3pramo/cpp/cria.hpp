@@ -26,7 +26,7 @@ using Classes =
     std::tuple<Par<YOb, YOb_rtti>, Par<YObThread, YObThread_rtti>, Par<YObMutex, YObMutex_rtti>,
                Par<YStream, YStream_rtti>, Par<YSocket, YSocket_rtti>, Par<YSet, YSet_rtti>,
                Par<YSet, YSetQueDestroi_rtti>, Par<YMapa, YMapa_rtti>, Par<YMapa, YMapaQueDestroi_rtti>,
-               Par<YVetor, YVetor_rtti>, Par<YVetor, YVetorQueDestroi_rtti>,
+               Par<YVetor, YVetor_rtti>, Par<YVetor, YVetorQueDestroi_rtti>, Par<YTcpServer, YTcpServer_rtti>,
                Par<YMensagemHttp, YMensagemHttp_rtti>, Par<YWebServer, YWebServer_rtti>, Par<YNo, YNo_rtti>,
                Par<YSoapParser, YSoapParser_rtti>, Par<YPortType, YPortType_rtti>,
                Par<YWebService, YWebService_rtti>, Par<YSoapServer, YSoapServer_rtti>,

@@ -21,7 +21,7 @@
 Y_INICIO_C
 
 #define Y_LOG_ERRO 1 /* failures that nobody else is told of; enabled from the start */
-#define Y_LOG_WEB 64 /* traces of the web server */
+#define Y_LOG_WEB 64 /* traces of the web server and of the TCP server */
 #define Y_LOG_CORPO                                                                                          \
     128 /* body of every SOAP request and response, before parsing; runs of digits that may be               \
            card data, and identities, are masked; of a body with a form only the tags remain */

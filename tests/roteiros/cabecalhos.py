@@ -19,6 +19,7 @@ CORPOS = {
     "YalocaObjeto(no, YNo_rtti);": "deleted function",
     "(void)pramo::cria<YNo>(YStream_rtti);": "not a constant expression",
     "(void)pramo::cria<YSoapServer>(YWebServer_rtti);": "not a constant expression",
+    "(void)pramo::cria<YWebServer>(YTcpServer_rtti);": "not a constant expression",
     "no = pramo::cria<YNo>(YNo_rtti);": "deleted function",  # what it owns would be gone
     "YliberaObjeto(dono);": "deleted function",
     "struct A : pramo::Objeto<A, YNo> {}; (void)pramo::cria<A>(YNo_rtti);": "no matching function",
