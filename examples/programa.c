@@ -5,17 +5,17 @@
 #include <argp.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <string.h>
 
 /* Above every character, so that no option has a short form. */
 enum { ENDERECO = 256, PORTA, BASE, FECHA_LOGO, LOG_CORPO };
 
-static const struct argp_option OPCOES[] = {
+static const struct argp_option OPCOES[SERVICO_SOAP] = {
     {"endereco", ENDERECO, "A", 0, "escuta em A, 127.0.0.1 se falta; vazio: em todos", 0},
     {"porta", PORTA, "N", 0, "escuta na porta N, 8080 se falta; 0: em uma livre", 0},
     {"base", BASE, "DIR", 0, "serve os arquivos da pasta DIR", 0},
     {"fecha-logo", FECHA_LOGO, NULL, 0, "encerra logo as conexões que o cliente quer encerradas", 0},
-    {"log-corpo", LOG_CORPO, NULL, 0, "registra os corpos das mensagens", 0},
-    {NULL, 0, NULL, 0, NULL, 0}};
+    {"log-corpo", LOG_CORPO, NULL, 0, "registra os corpos das mensagens", 0}};
 
 static int32_t porta(const char *texto, struct argp_state *estado) {
     char *fim = NULL;
@@ -49,8 +49,10 @@ static error_t leOpcao(int chave, char *valor, struct argp_state *estado) {
     }
 }
 
-void leOpcoes(int argc, char **argv, const char *oque, Opcoes *opcoes) {
-    const struct argp argp = {OPCOES, leOpcao, NULL, oque, NULL, NULL, NULL};
+void leOpcoes(int argc, char **argv, Servico servico, const char *oque, Opcoes *opcoes) {
+    struct argp_option dele[SERVICO_SOAP + 1] = {0}; /* the one behind the last ends them */
+    const struct argp argp = {dele, leOpcao, NULL, oque, NULL, NULL, NULL};
+    memcpy(dele, OPCOES, servico * sizeof *dele);
     argp_err_exit_status = 2;
     argp_parse(&argp, argc, argv, 0, NULL, opcoes);
 }

@@ -45,7 +45,7 @@ static void serve(void *argumento) {
 int main(int argc, char **argv) {
     Execucao execucao = {{"127.0.0.1", 8080, PASTA_DOS_EXEMPLOS "/calc/www", 0, 0}, NULL, NULL, 0};
     YContextoTry contexto = {0};
-    leOpcoes(argc, argv, "Publica o port type Calc.", &execucao.opcoes);
+    leOpcoes(argc, argv, SERVICO_SOAP, "Publica o port type Calc.", &execucao.opcoes);
     bloqueiaSinais(); /* before the server's threads start */
     if (execucao.opcoes.logCorpo) {
         YObLOG_habilita(YObLOG_habilitadas() | Y_LOG_CORPO);

@@ -38,7 +38,7 @@ void serve(const Opcoes &opcoes) {
 
 int main(int argc, char **argv) {
     Opcoes opcoes = {"127.0.0.1", 8080, PASTA_DOS_EXEMPLOS "/calc/www", 0, 0};
-    leOpcoes(argc, argv, "Publica os port types Calc e Contador.", &opcoes);
+    leOpcoes(argc, argv, SERVICO_SOAP, "Publica os port types Calc e Contador.", &opcoes);
     bloqueiaSinais(); // before the server's threads start
     if (opcoes.logCorpo != 0) {
         YObLOG_habilita(YObLOG_habilitadas() | Y_LOG_CORPO);

@@ -43,7 +43,8 @@ void serve(const Opcoes &opcoes) {
 
 int main(int argc, char **argv) {
     Opcoes opcoes = {"127.0.0.1", 8080, nullptr, 0, 0};
-    leOpcoes(argc, argv, "Publica o port type Formulario: uma venda em forma de formulário.", &opcoes);
+    leOpcoes(argc, argv, SERVICO_SOAP, "Publica o port type Formulario: uma venda em forma de formulário.",
+             &opcoes);
     bloqueiaSinais(); // before the server's threads start
     if (opcoes.logCorpo != 0) {
         YObLOG_habilita(YObLOG_habilitadas() | Y_LOG_CORPO);

@@ -8,7 +8,7 @@ import sys
 import tempfile
 import urllib.request
 
-from programa import Programa, conversa
+from programa import Programa, exige
 
 exemplo, documento = sys.argv[1:]
 blocos = re.findall(r"```http\n(.*?)\n```", pathlib.Path(documento).read_text(encoding="utf-8"), re.S)
@@ -17,15 +17,15 @@ identidade = publicada
 with Programa(exemplo, "--log-corpo", stderr=subprocess.PIPE) as programa:
     wsdl = urllib.request.urlopen(f"{programa.endereco}/wsdl/Formulario", timeout=30).read().decode("latin-1")
     for pedido, resposta in zip(blocos[::2], blocos[1::2], strict=True):
-        veio = conversa(programa.porta, pedido.replace(publicada, identidade).encode()).decode("ascii")
+        veio = programa.conversa(pedido.replace(publicada, identidade).encode()).decode("ascii")
         if "constroiResponse" in veio:
             identidade = re.search(r"(?<=<ns1:return>)\w+", veio)[0]
         veio = re.sub("\nDate: .*", data, veio.replace(identidade, publicada))
-        if re.sub(r":\d+\)", "", veio) != re.sub(r":\d+\)", "", resposta):  # lines of the sources move
-            sys.exit(f"{pedido}\nis answered\n{veio}\nnot\n{resposta}")
+        exige(re.sub(r":\d+\)", "", veio) == re.sub(r":\d+\)", "", resposta),  # lines of the sources move
+              f"{pedido}\nis answered\n{veio}\nnot\n{resposta}")
 mostrados = re.findall("12,50|123456|004217|AUT 42|18.75", programa.erros)
-if mostrados or '<f:campo nome="senha" periferico="PIN">[*]</f:campo>' not in programa.erros:
-    sys.exit(f"the log shows {mostrados}: {programa.erros}")
+exige(not mostrados and '<f:campo nome="senha" periferico="PIN">[*]</f:campo>' in programa.erros,
+      f"the log shows {mostrados}: {programa.erros}")
 
 # Every element of a Body, and forms that are none.
 elementos = [(re.search(r"Body>\s*(.*?)\s*</[\w:-]*Body", b, re.S)[1], True) for b in blocos if "Fault" not in b]
@@ -37,5 +37,4 @@ with tempfile.TemporaryDirectory() as pasta:
     for elemento, vale in elementos:
         arquivo.write_text(elemento, encoding="ascii")
         feito = subprocess.run(["xmllint", "--noout", "--schema", schema, arquivo], capture_output=True, text=True)
-        if (feito.returncode == 0) != vale:
-            sys.exit(f"{elemento}\nis valid: {not vale}\n{feito.stderr}")
+        exige((feito.returncode == 0) == vale, f"{elemento}\nis valid: {not vale}\n{feito.stderr}")

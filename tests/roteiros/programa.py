@@ -19,7 +19,7 @@ class Programa:
         self.processo = subprocess.Popen(self.comando, stdout=subprocess.PIPE, text=True, **self.popen)
         pronto, _, _ = select.select([self.processo.stdout], [], [], PRAZO)
         linha = self.processo.stdout.readline() if pronto else ""
-        achado = re.match(r"pronto: (http://127\.0\.0\.1:(\d+))/", linha)
+        achado = re.match(r"pronto: (\w+://127\.0\.0\.1:(\d+))/", linha)
         if not achado:
             self.processo.kill()
             raise RuntimeError(f"{self.comando} is not ready: {linha!r}")
