@@ -14,9 +14,8 @@
 //     const YDefinicaoPortType definicao = {"Venda", metodos, Venda::rtti, wsdl, nullptr};
 //
 // - Constructor and destructor run as written, those of the members too. The object system makes the base
-// part
-//   before, which the constructor finds whole, and ends it after the destructor. A constructor that raises
-//   leaves nothing behind, as in any class.
+//   part before, which the constructor finds whole, and ends it after the destructor. A constructor that
+//   raises leaves nothing behind, as in any class.
 // - The constructor takes no arguments: "constroi" has none. Members are what it makes of them; zeroed, as in
 //   a class of C, are those of a class without a constructor of its own.
 // - The class is made with pramo::cria alone: on the stack, as a member or with new it does not compile, or
