@@ -36,7 +36,9 @@
 #include <3pramo/node/YNo.h>
 #include <3pramo/node/YSoapParser.h>
 #include <3pramo/node/yuliano.h>
+#include <3pramo/soap/YExcFalhaRemota.h>
 #include <3pramo/soap/YPortType.h>
+#include <3pramo/soap/YSoapClient.h>
 #include <3pramo/soap/YSoapServer.h>
 #include <3pramo/soap/YWebService.h>
 #include <3pramo/versao.h>

@@ -181,9 +181,11 @@ TEST_F(Valores, leiturasEstritas) {
         EXPECT_EQ(le[qual](apoio::le("<n><b>1</b></n>").get()) + le[qual](nullptr), "ausenteausente") << qual;
     }
     const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
+    // clang-format off
     const std::pair<std::string, const char *> elementos[] = {
-        {"200", "000200"},   {"mal formada", "-200"},  {"mal formada", " 200"},
-        {"mal formada", ""}, {"fora da faixa", "256"}, {"fora da faixa", "0099999999999999999999"}};
+        {"200", "000200"}, {"mal formada", "-200"}, {"mal formada", " 200"}, {"mal formada", ""}, {"fora da faixa", "256"}, {"fora da faixa", "0099999999999999999999"},
+    };
+    // clang-format on
     for (const auto &[resultado, texto] : elementos) {
         YMensagemIso_setBit(mensagem, 4, texto);
         EXPECT_EQ(estrito(pramo::le<uint8_t>(mensagem, 4)), resultado) << texto;

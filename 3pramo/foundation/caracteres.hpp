@@ -50,6 +50,18 @@ constexpr std::string_view apara(std::string_view texto, std::string_view quais 
     return texto.substr(0, texto.find_last_not_of(quais) + 1);
 }
 
+/// True when the list of words, separated by commas, has the word in any letter case.
+constexpr bool temNaLista(std::string_view lista, std::string_view procurada) {
+    while (!lista.empty()) {
+        const std::size_t fim = std::min(lista.find(','), lista.size());
+        if (iguaisSemCaixa(apara(lista.substr(0, fim), ESPACOS), procurada)) {
+            return true;
+        }
+        lista.remove_prefix(std::min(fim + 1, lista.size()));
+    }
+    return false;
+}
+
 } // namespace pramo
 
 #endif

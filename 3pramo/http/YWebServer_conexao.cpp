@@ -82,21 +82,9 @@ Metodo metodoDe(std::string_view nome) {
     lanca(YExcNaoImplementado_rtti, "método HTTP não permitido."_l1, FONTE);
 }
 
-/// True when the list of words, separated by commas, has the word in any letter case.
-bool temNaLista(const char *lista, std::string_view procurada) {
-    std::string_view resto = lista != nullptr ? lista : "";
-    while (!resto.empty()) {
-        const std::size_t fim = std::min(resto.find(','), resto.size());
-        if (iguaisSemCaixa(apara(resto.substr(0, fim), ESPACOS), procurada)) {
-            return true;
-        }
-        resto.remove_prefix(std::min(fim + 1, resto.size()));
-    }
-    return false;
-}
-
 bool pedeFim(const YMensagemHttp &requisicao, const RequestLine &linha) {
-    const char *conexao = YDIC_recupera(requisicao.header, "Connection");
+    const char *campo = YDIC_recupera(requisicao.header, "Connection");
+    const std::string_view conexao = campo != nullptr ? campo : "";
     return temNaLista(conexao, "close") || (linha.versaoMenor == 0 && !temNaLista(conexao, "keep-alive"));
 }
 

@@ -15,6 +15,7 @@ namespace {
 constexpr const char *FONTE = "YSoapServer";
 constexpr std::string_view MARCA_DE_ORDEM = "\xEF\xBB\xBF";
 constexpr std::string_view DECLARACAO = "<?xml ";
+constexpr std::string_view ENCODING = "encoding";
 
 bool soAscii(std::string_view texto) {
     return std::all_of(texto.begin(), texto.end(),
@@ -37,13 +38,12 @@ void converte(YStream &stream) {
 
 // True when the declaration's encoding is UTF-8, in any letter case.
 bool declaraUtf8(std::string_view declaracao) {
-    constexpr std::string_view NOME = "encoding";
     constexpr std::string_view UTF8 = "UTF-8";
-    const std::size_t lugar = declaracao.find(NOME);
+    const std::size_t lugar = declaracao.find(ENCODING);
     if (lugar == std::string_view::npos) {
         return false;
     }
-    std::string_view resto = aparaAntes(declaracao.substr(lugar + NOME.size()));
+    std::string_view resto = aparaAntes(declaracao.substr(lugar + ENCODING.size()));
     if (!resto.starts_with('=')) {
         return false;
     }
@@ -57,19 +57,19 @@ bool declaraUtf8(std::string_view declaracao) {
 
 } // namespace
 
-void preparaTexto(YStream &stream) {
+void preparaTexto(YStream &stream, bool utf8SeNadaDiz) {
     if (naoLido(stream).starts_with(MARCA_DE_ORDEM)) {
         stream.lido += MARCA_DE_ORDEM.size();
     }
     const std::string_view texto = naoLido(stream);
-    if (!texto.starts_with(DECLARACAO)) {
-        return;
+    std::string_view declaracao;
+    if (texto.starts_with(DECLARACAO)) {
+        // Without an end all of the text is declaration, and nothing is left to read.
+        const std::size_t fim = texto.find('>');
+        declaracao = texto.substr(0, fim != std::string_view::npos ? fim + 1 : texto.size());
     }
-    // Without an end all of the text is declaration, and nothing is left to read.
-    const std::size_t fim = texto.find('>');
-    const std::string_view declaracao =
-        texto.substr(0, fim != std::string_view::npos ? fim + 1 : texto.size());
-    const bool utf8 = declaraUtf8(declaracao);
+    const bool utf8 =
+        declaracao.find(ENCODING) != std::string_view::npos ? declaraUtf8(declaracao) : utf8SeNadaDiz;
     stream.lido += declaracao.size();
     if (utf8) {
         converte(stream);

@@ -1,4 +1,4 @@
-// The text of a request made ready for the parser.
+// The text of a request, or of an answer, made ready for the parser.
 #ifndef Y3PRAMO_SOAP_TEXTODAREQUISICAO_HPP
 #define Y3PRAMO_SOAP_TEXTODAREQUISICAO_HPP
 
@@ -8,8 +8,9 @@ namespace pramo::soap {
 
 /// Skips a UTF-8 byte order mark and the XML declaration at the start of the stream. When the declaration
 /// names UTF-8, what follows is converted to ISO-8859-1; bytes that are no valid UTF-8 stay as they are.
+/// Without a declaration, or with one that names no encoding, the text is UTF-8 if `utf8SeNadaDiz`.
 /// Raises YExcSoap "Caractere fora de ISO-8859-1." for a character that ISO-8859-1 does not have.
-void preparaTexto(YStream &texto);
+void preparaTexto(YStream &texto, bool utf8SeNadaDiz = false);
 
 } // namespace pramo::soap
 

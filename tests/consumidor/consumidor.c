@@ -14,6 +14,7 @@ static void levanta(void *argumento) {
     __attribute__((cleanup(limpa))) const int um = 1;
     YStream_printf(argumento, "%d.%d.%d", Y3PRAMO_VERSAO_MAIOR, Y3PRAMO_VERSAO_MENOR,
                    Y3PRAMO_VERSAO_CORRECAO);
+    YContextoTry_atributo("campo", "valor");
     YContextoTry_throw(YExcIOError_rtti, "teste", "consumidor", __LINE__);
 }
 
@@ -25,6 +26,7 @@ int main(void) {
     YalocaObjeto(&stream, YStream_rtti);
     YContextoTry_inicia(&contexto);
     certo = !YContextoTry_executa(&contexto, levanta, stream) && YContextoTry_catch(&contexto, YExc_rtti);
+    certo = certo && strcmp(YContextoTry_getAtributo(&contexto, "campo"), "valor") == 0;
     YContextoTry_finaliza(&contexto);
     certo = certo && limpou == 1 && strcmp(Y3PRAMO_VERSAO, Y3PRAMO_versao()) == 0;
     puts(YStream_str(stream));

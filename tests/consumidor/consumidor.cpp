@@ -5,8 +5,6 @@
 #include <iostream>
 #include <string_view>
 
-using namespace pramo::literais;
-
 struct Servico : pramo::Objeto<Servico, YWebService> {
     pramo::Ponteiro<YStream> stream = pramo::cria<YStream>(YStream_rtti);
     void escreve(const std::string &texto) const { YStream_puts(stream, texto.c_str()); }
@@ -17,7 +15,7 @@ int main() {
     pramo::PortType<Servico>("Servico").metodo("escreve", {"texto"}, &Servico::escreve);
     try {
         servico->escreve(Y3PRAMO_VERSAO);
-        YContextoTry_throw(YExcIOError_rtti, "ação"_l1, "consumidor", __LINE__);
+        YContextoTry_throw(YExcIOError_rtti, pramo::latin1("ação").c_str(), "consumidor", __LINE__);
     } catch (const YExcecao &excecao) {
         std::cout << YStream_str(servico->stream) << '\n';
         return excecao.ehDaClasse(YExc_rtti) && excecao.what() == std::string_view("a\xE7\xE3o") ? 0 : 1;

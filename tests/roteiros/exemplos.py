@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """The examples. Those that serve SOAP answer recorded requests as they must, one after the other, in forms that the
-living clients do not send. Then their page, and ports that no server can have.
+living clients do not send. Then their page, ports that no server can have, and the client with the first of them.
 
-Usage: exemplos.py CALC CALC-C TCP WEB LOG THREAD
+Usage: exemplos.py CALC CALC-C CLIENTE TCP WEB LOG THREAD
 """
 import pathlib
 import re
@@ -63,7 +63,16 @@ def responde_gravadas(caminho):
     exige("Calc#soma" in programa.erros, f"no record of the bodies: {programa.erros}")
 
 
-calc, calc_c, tcp, web, log, thread = sys.argv[1:]
+def usa_cliente(caminho, calc):
+    with Programa(calc) as programa:
+        comando = [caminho, "127.0.0.1", str(programa.porta)]
+        dito = subprocess.run(comando, capture_output=True, timeout=60, check=True).stdout.decode()
+    esperado = "2 + 3 = 5\nO coração tem razões que a própria razão desconhece\ncontador: 20\ncontador: 40\n" \
+        "recusada: Divisao por zero.\n"
+    exige(dito == esperado, f"{caminho}: {dito}")
+
+
+calc, calc_c, cliente, tcp, web, log, thread = sys.argv[1:]
 ecoa_linhas(tcp)
 PAGINA = (b"/index.html", b"200 OK\n(.*\n)+<h1>A hora")
 serve_paginas(web, PAGINA, (b"/", PAGINA[1]), (b"/hora", rb'json\n(.*\n)+{"hora": "\d.*Z"}\n$'), (b"/x", b"404"))
@@ -71,6 +80,7 @@ registros = serve_paginas(log, PAGINA)
 exige(re.search(r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} web YWebServer: .*/index\.html servido\.$", registros, re.M),
       f"no record of the page: {registros}")
 imprime_linhas(thread)
+usa_cliente(cliente, calc)
 for soap in calc, calc_c:
     responde_gravadas(soap)
 for servidor in calc, calc_c, tcp, web, log:
