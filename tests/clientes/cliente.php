@@ -1,14 +1,11 @@
 <?php
 // PHP's SoapClient against the example server, without and with its WSDL: cliente.php ADDRESS
 
-$erros = 0;
-
 function confere(string $o_que, mixed $veio, mixed $esperado): void
 {
-    global $erros;
     if ($veio !== $esperado) {
-        $erros++;
         echo "$o_que: expected ", var_export($esperado, true), ", got ", var_export($veio, true), "\n";
+        exit(1);
     }
 }
 
@@ -33,8 +30,6 @@ function conversa(SoapClient $calc, SoapClient $contador, callable $p, callable 
     confere('cadastra', $calc->cadastra($p('dados', $dados)), 'nome=José; endereco/rua=São João; endereco/num=7');
 
     confere('falha', falha(fn() => $calc->falha()), 'SOAP-ENV:Client: YExcSoap: Esta operacao sempre falha.');
-    confere('€', falha(fn() => $calc->eco($p('texto', '€'))),
-        'SOAP-ENV:Client: YExcSoap: Caractere fora de ISO-8859-1.');
     $duasVezes = (object) ['rua' => 'A']; // the second time it travels as a reference
     confere('an object twice', $calc->cadastra($p('dados', ['x' => $duasVezes, 'endereco' => $duasVezes])),
         'endereco/rua=A');
@@ -56,7 +51,3 @@ $comWsdl = fn($nome) => new SoapClient("$endereco/wsdl/$nome", ['cache_wsdl' => 
 conversa($semWsdl('Calc'), $semWsdl('Contador'), fn($nome, $valor) => new SoapParam($valor, $nome),
     fn($n) => (string) $n, fn($texto) => $texto);
 conversa($comWsdl('Calc'), $comWsdl('Contador'), fn($nome, $valor) => $valor, fn($n) => $n, 'floatval');
-$latin1 = new SoapClient(null,
-    ['location' => "$endereco/soap/Calc", 'uri' => 'urn:Calc', 'encoding' => 'ISO-8859-1']);
-confere('eco in ISO-8859-1', $latin1->eco(new SoapParam("a\xE7\xE3o", 'texto')), "a\xE7\xE3o");
-exit($erros ? 1 : 0);

@@ -4,17 +4,14 @@ use strict;
 use warnings;
 use utf8;
 use SOAP::Lite;
-binmode STDOUT, ':utf8';
+binmode STDERR, ':utf8';
 
 my ($endereco) = @ARGV;
-my $erros = 0;
 
 sub confere {
     my ($o_que, $veio, $esperado) = @_;
     $veio //= 'undef';
-    return if $veio eq $esperado;
-    $erros++;
-    print "$o_que: expected $esperado, got $veio\n";
+    die "$o_que: expected $esperado, got $veio\n" if $veio ne $esperado;
 }
 
 # What the call dies of, without the place in the sources.
@@ -48,10 +45,6 @@ confere('destroi', scalar $contador->destroi($eu)->result, 'undef');
 confere('valor after destroi', falha(sub { $contador->valor($eu) }),
     'YExcSoap: Servico nao consta da lista de servicos ativos.');
 
-my $latin1 = SOAP::Lite->new(uri => 'urn:Calc', proxy => "$endereco/soap/Calc", encoding => 'ISO-8859-1');
-confere('eco in ISO-8859-1', $latin1->eco(SOAP::Data->name('texto')->type(string => "a\xE7\xE3o"))->result, 'ação');
-
 my $servico = SOAP::Lite->service("$endereco/wsdl/Calc");
 confere('soma by WSDL', $servico->soma(2, 3), 5);
 confere('cadastra by WSDL', $servico->cadastra({ cidade => 'Recife', uf => 'PE' }), 'cidade=Recife; uf=PE');
-exit($erros ? 1 : 0);

@@ -12,14 +12,14 @@ def falha(chamada, classe, texto):
         return re.sub(r" \(\w+:\d+\).*", "", texto(excecao))
 
 
-def conversa(calc, contador, classe, texto, dados):
+def conversa(calc, contador, classe, texto, cadastros=()):
     eu = contador.constroi()
     for veio, esperado in (
             (calc.soma(2, 3), 5),
             (calc.divide(7, 2), 3.5),
             (calc.eco('ação "x" <&>'), 'ação "x" <&>'),
             (calc.lema(), "O coração tem razões que a própria razão desconhece"),
-            (calc.cadastra(dados), "nome=José; endereco/rua=A; endereco/num=7"),
+            *((calc.cadastra(dados), "nome=José; endereco/rua=A; endereco/num=7") for dados in cadastros),
             (falha(calc.falha, classe, texto), "YExcSoap: Esta operacao sempre falha."),
             (contador.incrementa(eu, 2), 2),
             (contador.incrementa(eu, 40), 42),
@@ -36,24 +36,14 @@ def com_suds(endereco):
     logging.getLogger("suds").setLevel(logging.ERROR)  # it warns of faults with status 200
     calc, contador = (suds.client.Client(f"{endereco}/wsdl/{nome}", cache=None).service for nome in ("Calc", "Contador"))
     conversa(calc, contador, suds.WebFault, lambda e: str(e.fault.faultstring),
-             {"nome": "José", "endereco": {"rua": "A", "num": 7}})
+             [{"nome": "José", "endereco": {"rua": "A", "num": 7}}])
 
 
 def com_zeep(endereco):
     import zeep
-    from lxml.etree import QName
-    from zeep import xsd
 
     calc, contador = (zeep.Client(f"{endereco}/wsdl/{nome}").service for nome in ("Calc", "Contador"))
-
-    def estrutura(qual, /, **campos):  # for an anyType zeep must be told the structure
-        return xsd.ComplexType(xsd.Sequence([xsd.Element(n, tipo) for n, tipo in campos.items()]),
-                               qname=QName("urn:Calc", qual))
-
-    endereco_postal = estrutura("Endereco", rua=xsd.String(), num=xsd.Int())
-    pessoa = estrutura("Pessoa", nome=xsd.String(), endereco=endereco_postal)
-    dados = xsd.AnyObject(pessoa, pessoa(nome="José", endereco={"rua": "A", "num": 7}))
-    conversa(calc, contador, zeep.exceptions.Fault, lambda e: e.message, dados)
+    conversa(calc, contador, zeep.exceptions.Fault, lambda e: e.message)
 
 
 if __name__ == "__main__":

@@ -6,6 +6,8 @@ import subprocess
 import sys
 import tempfile
 
+from programa import exige
+
 _, _, PROGRAMA, *SEM_MEMORIA = sys.argv
 CARTAO, TRILHA, PIN = "4111111111111111", "4111111111111111=30121010000012300000", "0123456789ABCDEF"
 COMPRA = f"0200702000002080100016{CARTAO}00300000000001234500012337{TRILHA}TERM0001{PIN}".encode()
@@ -14,13 +16,10 @@ FIO_DOS_NOMES = ("0200" "0000000000200006" + "PADARIA SÃO JOÃO".ljust(40) + "0
 TEXTO_DA_COMPRA = (f"200\n002 {CARTAO}\n003 003000\n004 000000012345\n011 000123\n035 {TRILHA}\n041 TERM0001\n"
                    f"052 {PIN}\n").encode()
 TEXTO_DA_REDE = b"800\n007 1122093015\n011 000126\n070 301\n"
-falhas = []
 
 
 def confere(oque, obtido, esperado):
-    if obtido != esperado:
-        falhas.append(oque)
-        print(f"{oque}\n  expected {esperado!r}\n  got      {obtido!r}")
+    exige(obtido == esperado, f"{oque}\n  expected {esperado!r}\n  got      {obtido!r}")
 
 
 def iso(*argumentos, entrada=b"", saida=subprocess.PIPE, antes=()):
@@ -106,5 +105,3 @@ formas()
 with tempfile.TemporaryDirectory() as nome_da_pasta:
     vistas(pathlib.Path(nome_da_pasta, "a"), pathlib.Path(nome_da_pasta, "b"))
     recusas(pathlib.Path(nome_da_pasta, "ruim"))
-print(f"{len(falhas)} failed")
-sys.exit(1 if falhas else 0)
