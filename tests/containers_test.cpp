@@ -1,7 +1,5 @@
-// Lists, sets and maps of pointers, and the retainer.
-#include "apoio/servidor.hpp"
-
-using namespace apoio;
+// Lists, sets and maps of pointers.
+#include "apoio/teste.hpp"
 
 namespace {
 
@@ -135,13 +133,6 @@ TEST(Mapa, chavesSaoComparadasPeloConteudoECopiadas) {
     for (const char *desconhecida : {"", "a", "A", "c"}) {
         EXPECT_TRUE(YMapa_busca(m, desconhecida) == nullptr && YMapa_retira(m, desconhecida) == nullptr);
     }
-}
-
-TEST(Retentor, semOperacaoDaZeroERegistra) {
-    const auto retentor = cria<YRetentor>(YRetentor_rtti);
-    const Diario diario;
-    EXPECT_EQ(YRetentor_requisita0(retentor, nullptr, 4, nullptr, 5), 0);
-    EXPECT_EQ(diario.quantos("Chamada de operação sem implementação."_l1), 1);
 }
 
 } // namespace

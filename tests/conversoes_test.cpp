@@ -1,20 +1,14 @@
 // Numbers, day numbers and times, to text and to memory and back.
 #include "apoio/teste.hpp"
 
-using namespace apoio;
-
 namespace {
 
 using Par = std::pair<void (*)(void *destino, const char *texto), void (*)(char *texto, const void *origem)>;
 
 // By size, from 1 byte on.
-#define PEQUENO(N)                                                                                           \
-    {                                                                                                        \
-        _ato##N, [](char *texto, const void *origem) { _##N##toafixo(texto, origem, 0); }                    \
-    }
-#define GRANDE(N)                                                                                            \
-    { BINQ##N##_atob, BINQ##N##_btoa }
 // clang-format off
+#define PEQUENO(N) {_ato##N, [](char *texto, const void *origem) { _##N##toafixo(texto, origem, 0); }}
+#define GRANDE(N) {BINQ##N##_atob, BINQ##N##_btoa}
 const Par PARES[] = {
     PEQUENO(1), PEQUENO(2), PEQUENO(3), PEQUENO(4), PEQUENO(5), PEQUENO(6), PEQUENO(7), PEQUENO(8),
     GRANDE(9), GRANDE(10), GRANDE(11), GRANDE(12), GRANDE(13), GRANDE(14), GRANDE(15), GRANDE(16), GRANDE(17), GRANDE(18),
@@ -118,19 +112,18 @@ TEST(Datas, todoDiaAte2150) {
 }
 
 TEST(Datas, asBordas) {
-    struct tm data;
+    tm data;
     yuliano_to_tm(UINT32_MAX, &data);
     EXPECT_EQ(tm_to_yuliano(&data), UINT32_MAX);
     const time_t longe = INT64_MAX;
     EXPECT_EQ(excecao([&] { BIOSRTC_gmtime(&longe, &data); }), "YExc: Momento fora do calendário."_l1);
-    const auto numero = [&](int ano, int mes, int dia) {
-        data.tm_year = ano;
-        data.tm_mon = mes;
-        data.tm_mday = dia;
-        return tm_to_yuliano(&data);
-    };
-    EXPECT_EQ(numero(79, 11, 31) + numero(80, -1, 1) + numero(80, 12, 1) + numero(80, 0, -5), 0U);
-    EXPECT_EQ(numero(INT32_MAX, 11, 31) + numero(INT32_MIN, 0, 1), 0U) << "no 32 bits number them";
+    // Before the first, no such month or day, and what no 32 bits number.
+    constexpr int SEM_NUMERO[][3] = {{79, 11, 31}, {80, -1, 1},         {80, 12, 1},
+                                     {80, 0, -5},  {INT32_MAX, 11, 31}, {INT32_MIN, 0, 1}};
+    for (const auto &[ano, mes, dia] : SEM_NUMERO) {
+        std::tie(data.tm_year, data.tm_mon, data.tm_mday) = std::tuple(ano, mes, dia);
+        EXPECT_EQ(tm_to_yuliano(&data), 0U) << ano << " " << mes << " " << dia;
+    }
 }
 
 TEST(Utf8, oMesmoTextoDosDoisLadosESoOQueCabe) {

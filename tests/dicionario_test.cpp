@@ -1,14 +1,11 @@
 // The dictionary of texts: order, letter case, replacement and lines.
 #include "apoio/teste.hpp"
 
-using namespace apoio;
-
 namespace {
 
 using Pares = std::vector<std::pair<std::string, std::string>>;
 
-class Dicionario : public testing::Test {
-protected:
+struct Dicionario : testing::Test {
     Pares pares() {
         Pares todos;
         for (YDIC_IT it = YDIC_inicio(d); it != YDIC_fim(d); YDIC_IT_anda(&it)) {
@@ -30,18 +27,15 @@ TEST_F(Dicionario, textosDoProprioDicionario) {
 }
 
 TEST_F(Dicionario, trataLinha) {
-    // clang-format off
-    const std::tuple<const char *, char, Pares> casos[] = {
-        {" \tHost\t : a:80 \t", ':', {{"Host", "a:80"}}}, {"vazio:", ':', {{"vazio", ""}}}, {"brancos: \t ", ':', {{"brancos", ""}}},
-        {": sem nome", ':', {{"", "sem nome"}}}, {"a b=c d", '=', {{"a b", "c d"}}}, {"nbsp:\xA0x\xA0", ':', {{"nbsp", "\xA0x\xA0"}}},
-        {"", ':', {}}, {"sem separador", ':', {}}, {"o fim da linha nada separa", '\0', {}},
-    };
-    // clang-format on
-    for (const auto &[linha, separador, esperados] : casos) {
+    const auto tratada = [this](const std::string &linha) {
         YDIC_clear(d);
-        EXPECT_EQ(YDIC_trata_linha(d, linha, separador), esperados.empty() ? 0 : 1) << linha;
-        EXPECT_EQ(pares(), esperados) << linha;
-    }
+        const bool guardou = YDIC_trata_linha(d, linha.c_str(), ':') == 1;
+        return guardou ? pares().at(0).first + "|" + pares().at(0).second : std::to_string(pares().size());
+    };
+    confere(tratada, {{" \tHost\t : a:80 \t", "Host|a:80"}, {"nbsp:\xA0x\xA0", "nbsp|\xA0x\xA0"}});
+    confere(tratada,
+            {{"brancos: \t ", "brancos|"}, {": sem nome", "|sem nome"}, {"", "0"}, {"sem separador", "0"}});
+    EXPECT_EQ(YDIC_trata_linha(d, "o fim da linha nada separa", '\0'), 0);
 }
 
 TEST_F(Dicionario, chavesQueUmaOpcaoNovaIgualaFicamSeparadas) {

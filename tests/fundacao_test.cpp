@@ -1,8 +1,6 @@
 // Objects, exceptions, protected regions, log, allocation report and identities.
 #include "apoio/servidor.hpp"
 
-using namespace apoio;
-
 namespace {
 
 std::string ordem;
@@ -174,13 +172,13 @@ TEST(Log, saidaPresaSeguraUmaThreadSo) {
 TEST(Memoria, relatorioMostraOQueEstaVivo) { // it is on in every test
     YStream *stream = nullptr;
     YalocaObjeto_debug(&stream, YStream_rtti, "fonte.c", 7);
-    std::ostringstream vivos;
-    const auto escreve = [](void *onde, const char *classe, uint64_t, const char *fonte, int linha) {
-        *static_cast<std::ostringstream *>(onde) << classe << fonte << linha << ";";
+    std::string vivos;
+    const auto anotaVivo = [](void *onde, const char *classe, uint64_t, const char *fonte, int linha) {
+        *static_cast<std::string *>(onde) += classe + std::string(fonte) + std::to_string(linha) + ";";
     };
-    YMemoria_relatorio(escreve, &vivos);
+    YMemoria_relatorio(anotaVivo, &vivos);
     YliberaObjeto(stream);
-    EXPECT_EQ(vivos.str(), "YStreamfonte.c7;");
+    EXPECT_EQ(vivos, "YStreamfonte.c7;");
     EXPECT_THROW(YalocaMemoria(uint64_t{1} << 62), YExcecao);
 }
 

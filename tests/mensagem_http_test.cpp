@@ -1,12 +1,9 @@
 // HTTP messages over a connection on loopback: what is read, what is written, what stays untouched.
 #include "apoio/servidor.hpp"
 
-using namespace apoio;
-
 namespace {
 
-class Mensagem : public testing::Test {
-protected:
+struct Mensagem : testing::Test {
     Ponteiro<YSocket> ouvinte = cria<YSocket>(YSocket_rtti);
     std::optional<Cliente> cliente;
     Ponteiro<YSocket> conexao;
@@ -95,8 +92,7 @@ TEST_F(Mensagem, enviadaComOTamanhoRealESalvaInteira) {
               "YExcIOError: " + caminho + ". Falha na grava\xE7\xE3o do arquivo.");
     setrlimit(RLIMIT_FSIZE, &antes);
     YMensagemHttp_salvaEmArquivo(m, caminho.c_str());
-    EXPECT_EQ((std::ostringstream() << std::ifstream(caminho).rdbuf()).str(),
-              ateOZero + "\n\n" + ateOZero + "\n\n");
+    EXPECT_EQ(conteudoDe(caminho), ateOZero + "\n\n" + ateOZero + "\n\n");
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 // depth.
 #include "apoio/teste.hpp"
 
-using namespace apoio;
-
 namespace {
 
 TEST(No, caminhos) {

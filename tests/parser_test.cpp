@@ -1,14 +1,11 @@
 // What the parser takes, what it refuses, and what it leaves behind.
 #include "apoio/teste.hpp"
 
-using namespace apoio;
-
 namespace {
 
 constexpr const char *MAL_FORMADA = "YExcSoap: Mensagem SOAP mal formada.";
 
-class Parser : public testing::Test {
-protected:
+struct Parser : testing::Test {
     Ponteiro<YSoapParser> parser = cria<YSoapParser>(YSoapParser_rtti);
 
     // Reads one element: what of it is written, or "null", and "|" with what is left when that is not
@@ -29,7 +26,7 @@ protected:
 
 TEST_F(Parser, aceita) {
     // clang-format off
-    const std::pair<const char *, const char *> casos[] = {
+    confere([this](const std::string &texto) { return le(texto); }, {
         {" \t\r\n\v\f<a>   </a> xyz", "<a/>| xyz"}, {"<a></b>", "<a/>"}, {"<a>  x y  </a>", "<a>x y  </a>"},
         {"<p:a q:b=\"1\" c=2>v</p:a>", "<a b=\"1\" c=\"2\">v</a>"},
         {"<\ta\nb\r=\v1\f>x< / a >", "<a b=\"1\">x</a>"},
@@ -44,11 +41,8 @@ TEST_F(Parser, aceita) {
         // No element, and lists that end early.
         {"</a>x", "null|x"}, {"< !DOCTYPE x=1 y=\"2\" / ><c/>", "null|<c/>"},
         {"<r><a><!--c--><b/></a></r>", "<r><a/><b/></r>|</r>"}, {"<a><![CDATA[x]]></a>", "<a/>|</a>"},
-    };
+    });
     // clang-format on
-    for (const auto &[texto, lido] : casos) {
-        EXPECT_EQ(le(texto), lido) << texto;
-    }
     le("<a b=\"x&amp;y\" c=d>t1</p:e>");
     EXPECT_EQ(parser->token, '>');
     EXPECT_STREQ(YStream_str(parser->palavra), "p:e");

@@ -1,16 +1,13 @@
 // Sockets over loopback.
 #include "apoio/teste.hpp"
 
-using namespace apoio;
-
 namespace {
 
 constexpr uint32_t MUITO = 9000; // milliseconds
 
 const auto novo = [] { return cria<YSocket>(YSocket_rtti); };
 
-class Socket : public testing::Test {
-protected:
+struct Socket : testing::Test {
     Ponteiro<YSocket> ouvinte, cliente, conexao;
     Ponteiro<YStream> s = cria<YStream>(YStream_rtti);
     YSocket *aceita = nullptr;

@@ -1,12 +1,9 @@
 // Streams: content, formatting, references.
 #include "apoio/teste.hpp"
 
-using namespace apoio;
-
 namespace {
 
-class Stream : public testing::Test {
-protected:
+struct Stream : testing::Test {
     Ponteiro<YStream> dono = cria<YStream>(YStream_rtti);
     YStream *s = dono.get();
 };

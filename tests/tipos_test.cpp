@@ -1,8 +1,6 @@
 // Field types: what a text becomes in memory, what is written back, and that no other byte is touched.
 #include "apoio/teste.hpp"
 
-using namespace apoio;
-
 namespace {
 
 // clang-format off

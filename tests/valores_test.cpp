@@ -3,8 +3,6 @@
 
 #include <clocale>
 
-using namespace apoio;
-
 namespace {
 
 // A time zone by its rule, so that no zone files are needed.
@@ -15,8 +13,7 @@ void fuso(const char *regra) {
 
 constexpr const char *NOVA_YORK = "EST5EDT,M3.2.0,M11.1.0";
 
-class Valores : public testing::Test {
-protected:
+struct Valores : testing::Test {
     Ponteiro<YNo> dono = cria<YNo>(YNo_rtti);
     YNo *no = dono.get();
 

@@ -57,10 +57,6 @@ void padrao(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*/)
     throw std::out_of_range("fora da faixa: 4111111111111111");
 }
 
-void estranha(YWebService * /*servico*/, YNo * /*requisicao*/, YNo * /*resposta*/) {
-    throw 42; // NOLINT(hicpp-exception-baseclass): what is no std::exception
-}
-
 // ---- Ways to end ----
 
 void vence(YWebService *servico, YNo *requisicao, YNo * /*resposta*/) {
@@ -84,10 +80,10 @@ void troca(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
     YNo_setPtr(resposta, "return", novo);
 }
 
-constexpr YDefinicaoMetodo METODOS[] = {{"soma", soma},       {"acumula", acumula}, {"total", total},
-                                        {"eco", eco},         {"espera", espera},   {"falha", falha},
-                                        {"padrao", padrao},   {"vence", vence},     {"estranha", estranha},
-                                        {"suicida", suicida}, {"troca", troca},     {nullptr, nullptr}};
+constexpr YDefinicaoMetodo METODOS[] = {{"soma", soma},     {"acumula", acumula}, {"total", total},
+                                        {"eco", eco},       {"espera", espera},   {"falha", falha},
+                                        {"padrao", padrao}, {"vence", vence},     {"suicida", suicida},
+                                        {"troca", troca},   {nullptr, nullptr}};
 
 } // namespace
 

@@ -51,6 +51,9 @@ public:
 
     operator CLASSE *() const { return servidor_; }
     [[nodiscard]] std::uint32_t porta() const { return static_cast<std::uint32_t>(PORTA(servidor_)); }
+    /// The answer to bytes on a connection of their own; all that comes.
+    [[nodiscard]] Resposta responde(std::string_view bytes) const { return Cliente(porta()).pergunta(bytes); }
+    std::string conversa(std::string_view bytes) const { return apoio::conversa(porta(), bytes); }
 
 private:
     Ponteiro<CLASSE> servidor_;

@@ -56,14 +56,9 @@ inline std::string resultado(const Resposta &r) {
 }
 
 /// One call on a connection of its own.
-inline Resposta chamaComCorpo(std::uint32_t porta, const std::string &portType, const std::string &metodo,
-                              const std::string &corpo) {
-    return Cliente(porta).pergunta(pedidoSoap(portType, metodo, corpo));
-}
-
 inline std::string chama(std::uint32_t porta, const std::string &portType, const std::string &metodo,
                          const std::string &parametros = "") {
-    return resultado(chamaComCorpo(porta, portType, metodo, envelope(metodo, parametros)));
+    return resultado(Cliente(porta).pergunta(pedidoSoap(portType, metodo, envelope(metodo, parametros))));
 }
 
 inline std::string eu(const std::string &identidade) {

@@ -37,6 +37,21 @@ using pramo::cria;
 using pramo::Ponteiro;
 using namespace std::literals;
 
+using Casos = std::vector<std::pair<std::string, std::string>>;
+
+/// The function gives for each input what stands beside it.
+template <typename FUNCAO>
+void confere(FUNCAO funcao, const Casos &casos) {
+    for (const auto &[entrada, esperado] : casos) {
+        EXPECT_EQ(funcao(entrada), esperado) << entrada;
+    }
+}
+
+/// All that a file holds.
+inline std::string conteudoDe(const std::string &caminho) {
+    return (std::ostringstream() << std::ifstream(caminho).rdbuf()).str();
+}
+
 /// Runs the function in a child of this process; true when it gives true within twenty seconds.
 template <typename FUNCAO>
 bool noFilho(FUNCAO funcao) {
@@ -62,3 +77,5 @@ inline std::span<std::uint8_t> beiraDaPagina() {
 }
 
 } // namespace apoio
+
+using namespace apoio; // for the tests, which all begin with this header or one that stands on it

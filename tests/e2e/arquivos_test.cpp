@@ -1,8 +1,6 @@
 // Static files over TCP.
 #include "apoio/servidor.hpp"
 
-using namespace apoio;
-
 namespace fs = std::filesystem;
 
 namespace {
@@ -11,8 +9,7 @@ const std::string OI = "HTTP/1.1 200 OK<p>oi</p>";
 const std::string PROIBIDO = "HTTP/1.1 403 Forbidden.<h1>Erro 403</h1><br/>Proibido: ";
 const std::string FALTA = "HTTP/1.1 404 File not found.<h1>Erro 404</h1><br/>Inexistente: ";
 
-class Arquivos : public testing::Test {
-protected:
+struct Arquivos : testing::Test {
     std::string modelo = fs::temp_directory_path() / "arquivos-XXXXXX";
     const fs::path raiz = mkdtemp(modelo.data());
     Servidor servidor;
@@ -31,9 +28,7 @@ protected:
     }
     /// Status line and body.
     [[nodiscard]] std::string obtem(const std::string &uri) const {
-        Cliente cliente(servidor.porta());
-        cliente.envia(requisicao("GET /" + uri));
-        const Resposta r = cliente.recebe();
+        const Resposta r = servidor.responde(requisicao("GET /" + uri));
         return r.linha + r.corpo;
     }
 };
@@ -66,7 +61,7 @@ TEST_F(Arquivos, dataDoArquivoTambemComHead) {
     const timespec tempos[] = {{1'794'041'377, 0}, {1'794'041'377, 0}};
     ASSERT_EQ(utimensat(0, (raiz / "index.html").c_str(), tempos, 0), 0);
     for (const auto &[metodo, fim] : {std::pair("GET", "9\n\n<p>oi</p>"), {"HEAD", "0\n\n"}}) {
-        const std::string r = conversa(servidor.porta(), requisicao(metodo + " /index.html"s));
+        const std::string r = servidor.conversa(requisicao(metodo + " /index.html"s));
         EXPECT_TRUE(r.ends_with("\nDate: 07 Nov 2026 08:49:37 GMT\nContent-Length: "s + fim)) << r;
     }
 }

@@ -1,8 +1,6 @@
 // The web server's life: start, stop, start again, destruction under load, limits of connections.
 #include "apoio/servidor.hpp"
 
-using namespace apoio;
-
 namespace {
 
 template <typename ACAO>
@@ -12,8 +10,7 @@ auto duracao(ACAO acao) {
     return std::chrono::steady_clock::now() - inicio;
 }
 
-class Parada : public testing::Test {
-protected:
+struct Parada : testing::Test {
     std::atomic<int> dentro{0}; // handlers that wait until the test lets them go
     std::atomic<bool> aberto{false};
     std::atomic<bool> demolido{false};

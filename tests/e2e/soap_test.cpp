@@ -1,8 +1,6 @@
 // SOAP calls over TCP: what is answered, to whom a call goes, what fails and how.
 #include "apoio/soap.hpp"
 
-using namespace apoio;
-
 namespace {
 
 struct Soap : ComAlvo {};
@@ -10,41 +8,33 @@ struct Soap : ComAlvo {};
 const std::string FALTOU = "YExcSoap: Tag procurada: a. Faltou tag.";
 
 TEST_F(Soap, oQueELidoEOQueERecusado) {
-    const std::tuple<std::string, std::string, std::string, std::string> casos[] = {
-        {"Alvo", "eco", envelope("eco", "<texto>\r\n&lt;&gt;&amp;lt;&quot;&apos;&#13; x</texto>"),
-         "&lt;&gt;&amp;lt;&quot;'&#13; x"},
-        {"Alvo", "eco", envelope("eco", "<texto>1</texto>") + "<lixo", "1"},
-        {"Alvo", "eco", "<x><eco><texto>sem Body</texto></eco></x>", "sem Body"},
-        {"Alvo", "acumula", envelope("acumula", "<valor>40</valor>" + eu(" " + chama("constroi") + "\n")),
-         "40"},
-        {"Alvo", "destroi", "", ""}, // nothing to end
-        {"Alvo", "a/b<c>&\xE7\xA7", "", "YExcSoap: nome: a/b&lt;c&gt;&amp;c&#167;. Metodo desconhecido."},
-        {"Nada", "constroi", "", "YExcSoap: nome: Nada. PortType desconhecido."},
-        {"Alvo", "soma", "", FALTOU},
-        {"Alvo", "soma", " \n", "YExcSoap: Token inesperado."},
-        {"Alvo", "destroi", envelope("destroi", eu("0")), NAO_CONSTA},
-        {"Alvo", "falha", "", "YExcSoap: Acao &lt;nao&gt; permitida &amp; so isso: ?&#167;."},
-        {"Alvo", "estranha", "", "YExc: Erro interno."},
-    };
-    for (const auto &[portType, metodo, corpo, esperado] : casos) {
-        EXPECT_EQ(resultado(chamaComCorpo(servidor.porta(), portType, metodo, corpo)), esperado)
-            << portType << "#" << metodo << " " << corpo;
-        EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5") << "and the next one is answered";
-    }
-}
-
-TEST_F(Soap, oNomeDoMetodoEDoPortType) {
     const std::string soma = envelope("soma", "<a>2</a><b>3</b>");
-    const std::tuple<std::string, std::string, std::string> casos[] = {
-        {"GET /Alvo", "#soma", "5"},                 // a call whatever its HTTP method
-        {"POST /wsdl/Alvo", "\"urn:x#soma\"x", "5"}, // a call, not a WSDL
-        {"POST /Alvo", "#" + std::string(200, 'm'),
+    // The line, the SOAPAction, the body, and what it is answered.
+    const std::tuple<std::string, std::string, std::string, std::string> casos[] = {
+        {"POST /Alvo", "#eco", envelope("eco", "<texto>\r\n&lt;&gt;&amp;lt;&quot;&apos;&#13; x</texto>"),
+         "&lt;&gt;&amp;lt;&quot;'&#13; x"},
+        {"POST /Alvo", "#eco", envelope("eco", "<texto>1</texto>") + "<lixo", "1"},
+        {"POST /Alvo", "#eco", "<x><eco><texto>sem Body</texto></eco></x>", "sem Body"},
+        {"POST /Alvo", "#acumula",
+         envelope("acumula", "<valor>40</valor>" + eu(" " + chama("constroi") + "\n")), "40"},
+        {"POST /Alvo", "#destroi", "", ""}, // nothing to end
+        {"POST /Alvo", "#a/b<c>&\xE7\xA7", "",
+         "YExcSoap: nome: a/b&lt;c&gt;&amp;c&#167;. Metodo desconhecido."},
+        {"POST /Nada", "#constroi", "", "YExcSoap: nome: Nada. PortType desconhecido."},
+        {"POST /Alvo", "#soma", "", FALTOU},
+        {"POST /Alvo", "#soma", " \n", "YExcSoap: Token inesperado."},
+        {"POST /Alvo", "#destroi", envelope("destroi", eu("0")), NAO_CONSTA},
+        {"POST /Alvo", "#falha", "", "YExcSoap: Acao &lt;nao&gt; permitida &amp; so isso: ?&#167;."},
+        {"GET /Alvo", "#soma", soma, "5"},                 // a call whatever its HTTP method
+        {"POST /wsdl/Alvo", "\"urn:x#soma\"x", soma, "5"}, // a call, not a WSDL
+        {"POST /Alvo", "#" + std::string(200, 'm'), "",
          "YExcSoap: nome: " + std::string(127, 'm') + ". Metodo desconhecido."},
-        {"POST /Alvo", "soma", "no envelope: "}, // without # no SOAP call, and no answer
+        {"POST /Alvo", "soma", soma, "no envelope: "}, // without # no SOAP call, and no answer
     };
-    for (const auto &[linha, acao, esperado] : casos) {
-        const auto bytes = requisicao(linha, "SOAPAction: " + acao + "\r\n", soma);
-        EXPECT_EQ(resultado(Cliente(servidor.porta()).pergunta(bytes)), esperado) << linha << acao;
+    for (const auto &[linha, acao, corpo, esperado] : casos) {
+        const std::string pedido = requisicao(linha, "SOAPAction: " + acao + "\r\n", corpo);
+        EXPECT_EQ(resultado(servidor.responde(pedido)), esperado) << pedido;
+        EXPECT_EQ(chama("soma", "<a>2</a><b>3</b>"), "5") << "and the next one is answered";
     }
 }
 
@@ -55,7 +45,8 @@ TEST_F(Soap, invocaLevaUmaChamadaComoTexto) {
     const std::string cinco = resposta("soma", "&lt;return&gt;5&lt;/return&gt;");
     const std::string dois = "&lt;return&gt;2&lt;/return&gt;";
     const std::string objeto = chama("constroi");
-    const std::pair<std::string, std::string> casos[] = {
+    const auto invoca = [&](const std::string &parametros) { return chama("invoca", parametros); };
+    const Casos casos = {
         {"<metodo>soma</metodo><param>&lt;soma>&lt;a>2&lt;/a>&lt;b>3&lt;/b>&lt;/soma></param>", cinco},
         {"<metodo>soma</metodo><param>&lt;a>2&lt;/a>&lt;b>3&lt;/b></param>", cinco}, // param is the request
         {"<metodo>soma</metodo><param>&lt;a</param>", "YExcSoap: Token inesperado."},
@@ -65,15 +56,13 @@ TEST_F(Soap, invocaLevaUmaChamadaComoTexto) {
         {"<metodo>total</metodo><param>&lt;eu>" + objeto + "&lt;/eu></param>", resposta("total", dois)},
         {eu(objeto) + "<metodo>destroi</metodo>", resposta("destroi", "")},
     };
-    for (const auto &[parametros, resultado] : casos) {
-        EXPECT_EQ(chama("invoca", parametros), resultado) << parametros;
-    }
+    confere(invoca, casos);
     EXPECT_EQ(chama("total", eu(objeto)), NAO_CONSTA);
 
     std::string interior = "<metodo>soma</metodo>";
     for (int niveis = 1; niveis <= 9; niveis++) {
-        const std::string r = chama("invoca", interior);
-        EXPECT_EQ(r, niveis <= 8 ? FALTOU : "YExcSoap: Invocacoes aninhadas demais.") << niveis;
+        EXPECT_EQ(invoca(interior), niveis <= 8 ? FALTOU : "YExcSoap: Invocacoes aninhadas demais.")
+            << niveis;
         interior = std::regex_replace(interior, std::regex("&"), "&amp;");
         interior = std::regex_replace(interior, std::regex("<"), "&lt;");
         interior = "<metodo>invoca</metodo><param>" + interior + "</param>";
@@ -152,9 +141,7 @@ TEST_F(Soap, aClasseDoObjetoDecideAQuemAChamadaVai) {
 
 TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
     for (const char *semWsdl : {"GET /wsdl/Nada", "GET /wsdl/Alvo"}) {
-        EXPECT_EQ(Cliente(servidor.porta()).pergunta(requisicao(semWsdl)).linha,
-                  "HTTP/1.1 404 File not found.")
-            << semWsdl;
+        EXPECT_EQ(servidor.responde(requisicao(semWsdl)).linha, "HTTP/1.1 404 File not found.") << semWsdl;
     }
     const apoio::Diario diario;
     const std::string longo(31, 'n');
@@ -175,8 +162,7 @@ TEST_F(Soap, wsdlComMacrosEORestoVaiParaOsArquivos) {
     };
     for (const auto &[wsdl, host, corpo] : casos) {
         servidor.registra(definicaoDoAlvo(wsdl.c_str()));
-        Cliente cliente(servidor.porta());
-        Resposta r = cliente.pergunta("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+        Resposta r = servidor.responde("POST /x/wsdl/Alvo HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
         EXPECT_EQ(r.linha + r.campos["content-type"] + r.corpo, corpo == "none" ? "" : publicado + corpo)
             << wsdl << host;
     }
@@ -235,7 +221,7 @@ TEST_F(Soap, limites) {
     EXPECT_EQ(chama("soma", "<a>2</a><b>3</b><c/>"), "YExcSoap: Mensagem SOAP mal formada.");
 
     YSoapServer_setLimiteDoCorpo(servidor, 500);
-    EXPECT_EQ(conversa(servidor.porta(), pedidoSoap("Alvo", "eco", std::string(501, ' '))),
+    EXPECT_EQ(servidor.conversa(pedidoSoap("Alvo", "eco", std::string(501, ' '))),
               "HTTP/1.1 413 Content Too Large.\n");
 }
 

@@ -2,8 +2,6 @@
 // object knows its owner's secret; no call may meet another one's.
 #include "apoio/soap.hpp"
 
-using namespace apoio;
-
 namespace {
 
 struct Tumulto {

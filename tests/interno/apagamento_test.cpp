@@ -3,8 +3,6 @@
 
 #include <malloc.h>
 
-using namespace apoio;
-
 namespace {
 
 std::atomic<bool> vigia{false};
@@ -45,7 +43,7 @@ TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
     cliente = true;
     {
         const std::string pedido = pedidoSoap("Caixa", "trabalha", corpoDoTrabalho());
-        const std::string respostas = conversa(servidor.porta(), pedido + pedido);
+        const std::string respostas = servidor.conversa(pedido + pedido);
         EXPECT_NE(respostas.find("<ns1:valor>" + CARTAO + "</ns1:valor>"), std::string::npos) << respostas;
     }
     cliente = false;

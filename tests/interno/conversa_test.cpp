@@ -3,8 +3,6 @@
 #include "faltas.hpp"
 #include "trabalho.hpp"
 
-using namespace apoio;
-
 namespace {
 
 struct Conversa : ComAlvo {
@@ -41,7 +39,7 @@ TEST_F(Conversa, semMemoriaNasChamadas) {
         try {
             chama("nada");
             chama("acumula", eu(chama("constroi")) + "<valor>1</valor>");
-            conversa(servidor.porta(), pedidoSoap("Caixa", "trabalha", corpoDoTrabalho()));
+            servidor.conversa(pedidoSoap("Caixa", "trabalha", corpoDoTrabalho()));
         } catch (const std::system_error &) { // what fails on the server's side
         }
     };

@@ -4,8 +4,6 @@
 
 #include <3pramo/foundation/YExc_interno.hpp>
 
-using namespace apoio;
-
 namespace {
 
 void falhaEmCada(void (*operacao)()) {

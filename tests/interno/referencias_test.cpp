@@ -3,8 +3,6 @@
 
 #include <3pramo/soap/referencias.hpp>
 
-using namespace apoio;
-
 namespace {
 
 // What of the method's element `m`, or of the Body without one, is written once references are resolved and
@@ -39,7 +37,7 @@ TEST(Referencias, saoResolvidasDentroDosLimitesDaMensagem) {
         risadas += "<r id=" + i + ">" + a + a + a + a + a + a + "</r>";
     }
     // clang-format off
-    const std::pair<std::string, std::string> casos[] = {
+    confere(resolvido, {
         {"<m><a href='#1'/><b x:href=#1/></m><r id='1' t=int>2</r><r id=1>3</r>", "<m><a id=\"'1'\" t=\"int\">2</a><b id=\"'1'\" t=\"int\">2</b></m>"},
         // What is read as another element may hold references, and be one.
         {"<m><a n=x href=#1/></m><r id=1><b href=#2/><c>1</c></r><r id=2 href=#3/><r id=3><d/></r>",
@@ -56,11 +54,8 @@ TEST(Referencias, saoResolvidasDentroDosLimitesDaMensagem) {
         {risadas, MAL_FORMADA}, {"<m><a href=#1/><a href=#1/></m><r id=1>" + std::string(250, 'v') + "</r>", MAL_FORMADA},
         {"<m><a><b><c href=#1/></b></a></m><r id=1><d/></r>", "<m><a><b><c id=\"1\"><d/></c></b></a></m>"},
         {"<m><a><b><c href=#1/></b></a></m><r id=1><d><e/></d></r>", MAL_FORMADA},
-    };
+    });
     // clang-format on
-    for (const auto &[corpo, esperado] : casos) {
-        EXPECT_EQ(resolvido(corpo), esperado) << corpo;
-    }
 }
 
 } // namespace

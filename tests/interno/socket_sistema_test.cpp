@@ -8,8 +8,6 @@
 
 #include <netdb.h>
 
-using namespace apoio;
-
 using namespace pramo;
 using sistema::Envio;
 
