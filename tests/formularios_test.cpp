@@ -247,8 +247,8 @@ TEST(Operacao, umSinalAcordaTodosOsQueEsperam) {
         acordadas++;
     });
     const auto dorme = [](pid_t thread) {
-        const std::string estado = conteudoDe("/proc/self/task/" + std::to_string(thread) + "/stat");
-        return estado.find(") S ") != std::string::npos;
+        return conteudoDe("/proc/self/task/" + std::to_string(thread) + "/stat").find(") S ") !=
+               std::string::npos;
     };
     int seguidas = 0;
     EXPECT_TRUE(acontece([&] {

@@ -22,7 +22,6 @@ TEST_F(Soap, oQueELidoEOQueERecusado) {
          "YExcSoap: nome: a/b&lt;c&gt;&amp;c&#167;. Metodo desconhecido."},
         {"POST /Nada", "#constroi", "", "YExcSoap: nome: Nada. PortType desconhecido."},
         {"POST /Alvo", "#soma", "", FALTOU},
-        {"POST /Alvo", "#soma", " \n", "YExcSoap: Token inesperado."},
         {"POST /Alvo", "#destroi", envelope("destroi", eu("0")), NAO_CONSTA},
         {"POST /Alvo", "#falha", "", "YExcSoap: Acao &lt;nao&gt; permitida &amp; so isso: ?&#167;."},
         {"GET /Alvo", "#soma", soma, "5"},                 // a call whatever its HTTP method

@@ -3,13 +3,12 @@
 
 #include <malloc.h>
 
-namespace {
+static std::atomic<bool> vigia{false};
+static std::atomic<int> achados{0};
+// On this thread the texts are the test's own: wiped here, so that no block inherits them.
+static thread_local bool cliente = false;
 
-std::atomic<bool> vigia{false};
-std::atomic<int> achados{0};
-thread_local bool cliente = false; // its texts are the test's own: wiped here, so that no block inherits them
-
-void examina(void *bloco) {
+static void examina(void *bloco) {
     const std::size_t tamanho = malloc_usable_size(bloco);
     if (cliente) {
         std::memset(bloco, 0, tamanho);
@@ -19,8 +18,6 @@ void examina(void *bloco) {
         achados += memmem(bloco, tamanho, segredo.data(), segredo.size()) != nullptr ? 1 : 0;
     }
 }
-
-} // namespace
 
 // The linker sends the library's frees here (-Wl,--wrap).
 extern "C" {
@@ -32,8 +29,6 @@ void __wrap_free(void *bloco) { // NOLINT
     __real_free(bloco);
 }
 }
-
-namespace {
 
 TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
     ServidorSoap servidor({definicaoDaCaixa()});
@@ -51,5 +46,3 @@ TEST(Apagamento, nenhumBlocoLiberadoGuardaUmSegredo) {
     vigia = false;
     EXPECT_EQ(achados, 0);
 }
-
-} // namespace

@@ -11,6 +11,24 @@
 using namespace pramo;
 using sistema::Envio;
 
+static std::atomic<bool> responde{false};
+static std::atomic<int> perguntas{0};
+
+// The linker sends the searches for names here (-Wl,--wrap): one name's server does not answer.
+extern "C" {
+decltype(getaddrinfo) __real_getaddrinfo; // NOLINT(bugprone-reserved-identifier)
+int __wrap_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido,
+                       addrinfo **achados) { // NOLINT
+    if (nome != std::string_view("mudo.invalid") || pedido->ai_flags != 0) {
+        return __real_getaddrinfo(nome, porta, pedido, achados);
+    }
+    perguntas++;
+    responde.wait(false);
+    perguntas--;
+    return EAI_AGAIN;
+}
+}
+
 namespace {
 
 constexpr int JANELA = 300; // milliseconds
@@ -95,28 +113,6 @@ TEST(ExecutaThread, quemDesistiuDeEsperarNaoRecebeTrabalho) {
     }
     esperaDaOciosa = std::chrono::seconds(10);
 }
-
-std::atomic<bool> responde{false};
-std::atomic<int> perguntas{0};
-
-} // namespace
-
-// The linker sends the searches for names here (-Wl,--wrap): one name's server does not answer.
-extern "C" {
-decltype(getaddrinfo) __real_getaddrinfo; // NOLINT(bugprone-reserved-identifier)
-int __wrap_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido,
-                       addrinfo **achados) { // NOLINT
-    if (nome != std::string_view("mudo.invalid") || pedido->ai_flags != 0) {
-        return __real_getaddrinfo(nome, porta, pedido, achados);
-    }
-    perguntas++;
-    responde.wait(false);
-    perguntas--;
-    return EAI_AGAIN;
-}
-}
-
-namespace {
 
 TEST(Busca, naoSeguraQuemPerguntaAlemDoSeuPrazo) {
     for (int n = 0; n < 65; n++) { // more than may search at once

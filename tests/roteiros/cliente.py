@@ -1,13 +1,11 @@
 #!/usr/bin/env python3
-"""Runs a client against an example server: executa.py SERVER [OPTION...] -- CLIENT [ARGUMENT...]. The client gets the
+"""Runs a client against an example server: cliente.py SERVER [OPTION...] -- CLIENT [ARGUMENT...]. The client gets the
 server's address as its last argument; its status is this program's, and the server's end must be clean."""
 import os
-import pathlib
 import subprocess
 import sys
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "roteiros"))
-from programa import Programa  # noqa: E402
+from programa import Programa
 
 meio = sys.argv.index("--")
 ambiente = {nome: valor for nome, valor in os.environ.items() if not nome.lower().endswith("_proxy")}
