@@ -7,8 +7,10 @@
 #include <3pramo/foundation/Ponteiro.hpp>
 #include <3pramo/foundation/YRetentor.h>
 #include <3pramo/foundation/YSocket.h>
+#include <3pramo/foundation/YTcpServer.h>
 #include <3pramo/iso/YMensagemIso.h>
 #include <3pramo/node/YSoapParser.h>
+#include <3pramo/soap/YSoapClient.h>
 #include <3pramo/soap/YSoapServer.h>
 
 #include <tuple>
