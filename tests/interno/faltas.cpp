@@ -29,8 +29,11 @@ int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *atributos, vo
 
 // Not inlined: the compiler would take the pair below for a mismatch.
 [[gnu::noinline]] void *operator new(std::size_t tamanho) {
-    void *bloco = std::malloc(tamanho != 0 ? tamanho : 1);
+    void *bloco = operator new(tamanho, std::nothrow);
     return bloco != nullptr ? bloco : throw std::bad_alloc();
+}
+[[gnu::noinline]] void *operator new(std::size_t tamanho, const std::nothrow_t &) noexcept {
+    return std::malloc(tamanho != 0 ? tamanho : 1);
 }
 [[gnu::noinline]] void operator delete(void *bloco) noexcept {
     std::free(bloco);
