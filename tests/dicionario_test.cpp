@@ -35,7 +35,6 @@ TEST_F(Dicionario, trataLinha) {
     confere(tratada, {{" \tHost\t : a:80 \t", "Host|a:80"}, {"nbsp:\xA0x\xA0", "nbsp|\xA0x\xA0"}});
     confere(tratada,
             {{"brancos: \t ", "brancos|"}, {": sem nome", "|sem nome"}, {"", "0"}, {"sem separador", "0"}});
-    EXPECT_EQ(YDIC_trata_linha(d, "o fim da linha nada separa", '\0'), 0);
 }
 
 TEST_F(Dicionario, chavesQueUmaOpcaoNovaIgualaFicamSeparadas) {

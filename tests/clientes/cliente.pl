@@ -47,4 +47,3 @@ confere('valor after destroi', falha(sub { $contador->valor($eu) }),
 
 my $servico = SOAP::Lite->service("$endereco/wsdl/Calc");
 confere('soma by WSDL', $servico->soma(2, 3), 5);
-confere('cadastra by WSDL', $servico->cadastra({ cidade => 'Recife', uf => 'PE' }), 'cidade=Recife; uf=PE');

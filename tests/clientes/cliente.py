@@ -18,7 +18,6 @@ def conversa(calc, contador, classe, texto, cadastros=()):
             (calc.soma(2, 3), 5),
             (calc.divide(7, 2), 3.5),
             (calc.eco('ação "x" <&>'), 'ação "x" <&>'),
-            (calc.lema(), "O coração tem razões que a própria razão desconhece"),
             *((calc.cadastra(dados), "nome=José; endereco/rua=A; endereco/num=7") for dados in cadastros),
             (falha(calc.falha, classe, texto), "YExcSoap: Esta operacao sempre falha."),
             (contador.incrementa(eu, 2), 2),
@@ -46,5 +45,4 @@ def com_zeep(endereco):
     conversa(calc, contador, zeep.exceptions.Fault, lambda e: e.message)
 
 
-if __name__ == "__main__":
-    {"suds": com_suds, "zeep": com_zeep}[sys.argv[1]](sys.argv[2])
+{"suds": com_suds, "zeep": com_zeep}[sys.argv[1]](sys.argv[2])

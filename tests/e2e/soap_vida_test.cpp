@@ -73,7 +73,6 @@ TEST_F(SoapVida, muitosChamamUmObjetoAteQueAlguemODestrua) {
         EXPECT_EQ(chama("destroi", objeto), "");
         threads.clear();
         EXPECT_EQ(soma, respostas * (respostas + 1) / 2) << "each call counted, and in the same object";
-        EXPECT_TRUE(acontece([] { return Alvo::vivos == 0; }));
     }
 }
 
