@@ -9,6 +9,7 @@
 #include <3pramo/foundation/YSocket.h>
 #include <3pramo/foundation/YTcpServer.h>
 #include <3pramo/iso/YMensagemIso.h>
+#include <3pramo/iso/YTabelaIso.h>
 #include <3pramo/node/YSoapParser.h>
 #include <3pramo/soap/YSoapClient.h>
 #include <3pramo/soap/YSoapServer.h>
@@ -33,9 +34,10 @@ using Classes =
                Par<YSoapParser, YSoapParser_rtti>, Par<YPortType, YPortType_rtti>,
                Par<YWebService, YWebService_rtti>, Par<YSoapServer, YSoapServer_rtti>,
                Par<YSoapClient, YSoapClient_rtti>, Par<YRetentor, YRetentor_rtti>,
-               Par<YMensagemIso, YMensagemIso_rtti>, Par<Pramo_Entidade, Pramo_Entidade_rtti>,
-               Par<Pramo_Botao, Pramo_Botao_rtti>, Par<Pramo_Periferico, Pramo_Periferico_rtti>,
-               Par<Pramo_Variavel, Pramo_Variavel_rtti>, Par<Pramo_Operacao, Pramo_Operacao_rtti>>;
+               Par<YMensagemIso, YMensagemIso_rtti>, Par<YTabelaIso, YTabelaIso_rtti>,
+               Par<Pramo_Entidade, Pramo_Entidade_rtti>, Par<Pramo_Botao, Pramo_Botao_rtti>,
+               Par<Pramo_Periferico, Pramo_Periferico_rtti>, Par<Pramo_Variavel, Pramo_Variavel_rtti>,
+               Par<Pramo_Operacao, Pramo_Operacao_rtti>>;
 
 template <typename T, typename CLASSE>
 consteval bool ehDoTipo() {

@@ -2,6 +2,7 @@
 // the texts that came together, so that loading or copying one costs a single allocation. A text that is set
 // afterwards has a block of its own.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
+#include <3pramo/iso/YTabelaIso_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YMemoria_interno.hpp>
@@ -23,14 +24,13 @@ constexpr std::size_t espacoDoTexto(std::size_t tamanho) {
     return sizeof(Tamanho) + tamanho + 1;
 }
 
-// Writes a text with its length into its space; gives the text.
-char *poeTexto(char *espaco, const char *texto, Tamanho tamanho) {
+// Writes the length and the zero of a text into its space; gives the place of its bytes.
+char *abreTexto(char *espaco, Tamanho tamanho) {
     // Texts follow each other closely: the length may stand at any address.
     std::memcpy(espaco, &tamanho, sizeof tamanho);
-    char *copia = espaco + sizeof tamanho;
-    std::memcpy(copia, texto, tamanho);
-    copia[tamanho] = 0;
-    return copia;
+    char *lugar = espaco + sizeof tamanho;
+    lugar[tamanho] = 0;
+    return lugar;
 }
 
 bool estaNoBloco(const Privado &bloco, const char *texto) {
@@ -59,7 +59,9 @@ Privado *criaBloco(std::int32_t capacidade, std::size_t espacoDosTextos) {
     return novo;
 }
 
-Privado *criaBlocoCom(const Conteudo &conteudo) {
+// `poe` writes the bytes of a text to their place.
+template <typename POE>
+Privado *criaBlocoCom(const Conteudo &conteudo, POE poe) {
     std::size_t espaco = 0;
     for (const auto &texto : conteudo) {
         espaco += espacoDoTexto(texto.tamanho);
@@ -68,7 +70,7 @@ Privado *criaBlocoCom(const Conteudo &conteudo) {
     auto *lugar = reinterpret_cast<char *>(novo + 1);
     // `fim` is where this ends: the two loops count the same space.
     for (const auto &texto : conteudo) {
-        novo->slots[texto.bit - 1] = poeTexto(lugar, texto.inicio, texto.tamanho);
+        poe(texto, novo->slots[texto.bit - 1] = abreTexto(lugar, texto.tamanho));
         novo->presentes[(texto.bit - 1) / BITS_POR_BITMAP] |= mascaraDoBit(texto.bit);
         lugar += espacoDoTexto(texto.tamanho);
     }
@@ -109,7 +111,7 @@ void guardaElemento(YMensagemIso &mensagem, std::int32_t bit, const char *texto,
     Ponteiro<char> espaco;
     if (texto != nullptr) {
         espaco.reset(static_cast<char *>(YalocaMemoria_debug(espacoDoTexto(tamanho), FONTE, __LINE__)));
-        poeTexto(espaco, texto, tamanho);
+        std::memcpy(abreTexto(espaco, tamanho), texto, tamanho);
     }
     garanteCapacidade(mensagem, capacidadePara(bit, texto != nullptr));
     Privado &guarda = *privado(mensagem);
@@ -121,6 +123,17 @@ void guardaElemento(YMensagemIso &mensagem, std::int32_t bit, const char *texto,
     // The slot points behind the length, where a C string begins.
     slot = espaco != nullptr ? espaco.release() + sizeof(Tamanho) : nullptr;
     presentes = slot != nullptr ? presentes | mascaraDoBit(bit) : presentes & ~mascaraDoBit(bit);
+}
+
+template <typename POE>
+void substituiPondo(YMensagemIso &mensagem, const Conteudo &novo, POE poe) {
+    // The new block is whole before the old one goes: the texts may lie there.
+    Privado *guarda = novo.capacidade != 0 ? criaBlocoCom(novo, poe) : nullptr;
+    limpa(mensagem);
+    mensagem.privado = guarda;
+    mensagem.bits = guarda != nullptr ? guarda->slots : nullptr;
+    mensagem.capacidade = novo.capacidade;
+    mensagem.transacao = novo.transacao;
 }
 
 void destroiMensagem(void *objeto) {
@@ -138,13 +151,15 @@ const YRtti *YMensagemIso_rtti(void) {
 }
 
 void pramo::iso::substitui(YMensagemIso &mensagem, const Conteudo &novo) {
-    // The new block is whole before the old one goes: the texts may lie there.
-    Privado *guarda = novo.capacidade != 0 ? criaBlocoCom(novo) : nullptr;
-    limpa(mensagem);
-    mensagem.privado = guarda;
-    mensagem.bits = guarda != nullptr ? guarda->slots : nullptr;
-    mensagem.capacidade = novo.capacidade;
-    mensagem.transacao = novo.transacao;
+    substituiPondo(mensagem, novo, [](const Conteudo::Texto &texto, char *lugar) {
+        std::memcpy(lugar, texto.inicio, texto.tamanho);
+    });
+}
+
+void pramo::iso::substitui(YMensagemIso &mensagem, const Conteudo &novo, const YTabelaIso &tabela) {
+    substituiPondo(mensagem, novo, [&](const Conteudo::Texto &texto, char *lugar) {
+        decodifica(tabela.elementos[texto.bit - 1].forma, texto.inicio, texto.tamanho, lugar);
+    });
 }
 
 void pramo::iso::exigeBit(std::int32_t bit) {

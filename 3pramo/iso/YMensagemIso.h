@@ -24,6 +24,7 @@
 #include <3pramo/foundation/YLeitura.h>
 #include <3pramo/foundation/YOb.h>
 #include <3pramo/foundation/YStream.h>
+#include <3pramo/iso/YTabelaIso.h>
 
 Y_INICIO_C
 
@@ -159,6 +160,46 @@ Y_EXPORTA void YMensagemIso_carrega(YMensagemIso *mensagem, const char **posicao
 
 /* The same from `tamanho` bytes, any bytes. */
 Y_EXPORTA void YMensagemIso_carregaBloco(YMensagemIso *mensagem, const char **posicao, uint64_t tamanho);
+
+/* ---- Wire form of a table ----
+ *
+ * Code, bitmaps, lengths and elements in the encodings that the table says (YTabelaIso.h). In the
+ * message every element stays a text of characters: what is packed as its digits, with = where a
+ * track has the nibble D; what is binary as upper-case hexadecimal digits; EBCDIC (code page 037) as
+ * ISO-8859-1. Reading and writing are strict: what one writes the other reads, and every byte that
+ * is read is written again as it was. */
+
+/* Replaces the message by the one that begins at *posicao, in `tamanho` bytes, and moves *posicao
+ * behind it. Reads only what the message needs. Bytes that end right after the code are a message
+ * without slots. Of the contents only what the encoding cannot have is refused; element 1 is not
+ * loaded.
+ * Raises: YExc "PARTE, byte N. REASON", where PARTE is as in YMensagemIso_carrega, with the table's
+ *   names, N counts from the start of the message, 0 the first byte, and REASON is
+ *   "Mensagem ISO 8583 incompleta." N is where the missing bytes should begin with those there are;
+ *   "Código com caractere inválido.", "Bitmap com caractere inválido." or "Tamanho com caractere
+ *   inválido.", N is where the number or bitmap begins;
+ *   "Tamanho além do máximo.", N is where the length begins;
+ *   "Algarismo compactado inválido.", N is the byte with a nibble beyond 9 (in a track, beyond 9 and
+ *   not D) or whose filling is not the table's.
+ *   YExc "Mensagem ISO 8583 com terceiro bitmap."
+ *   The message then holds what was read before that part, and *posicao stands at the part. When
+ *   there is no memory, message and position are what they were. */
+Y_EXPORTA void YMensagemIso_carregaCom(YMensagemIso *mensagem, const YTabelaIso *tabela, const char **posicao,
+                                       uint64_t tamanho);
+
+/* Appends the wire form. Nothing is cut or filled up. In packed tracks = and D are the same.
+ * Raises: YExc "Elemento 3 (Processing code): REASON. Elemento fora da tabela.", with the reason
+ *   that YMensagemIso_validaCom gives, for a text that the table cannot carry: of another length, or
+ *   with a character that its encoding does not have. Character classes are not looked at.
+ *   YExc "Código da transação fora de 0 a 9999."
+ *   Nothing has been appended then. */
+Y_EXPORTA void YMensagemIso_emiteCom(const YMensagemIso *mensagem, const YTabelaIso *tabela, YStream *stream);
+
+/* As YMensagemIso_valida, by the lengths, classes and names of the table. One failure more, of an
+ * element that has no other:
+ * - a text that its encoding cannot carry. */
+Y_EXPORTA int32_t YMensagemIso_validaCom(const YMensagemIso *mensagem, const YTabelaIso *tabela,
+                                         YFuncaoFalhaIso funcao, void *contexto);
 
 /* ---- Dump ----
  *

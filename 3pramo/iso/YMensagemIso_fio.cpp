@@ -2,13 +2,13 @@
 // and then fills it without asking for room again; reading notes where every text lies and copies all of them
 // at the end.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
+#include <3pramo/iso/bitmap.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/foundation/caracteres.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <optional>
 
@@ -18,24 +18,8 @@ using namespace pramo::iso;
 namespace {
 
 constexpr std::uint32_t DIGITOS_DO_CODIGO = 4;
-constexpr std::size_t DIGITOS_DO_BITMAP = 16;
 constexpr std::size_t MAIOR_NUMERO = 11; // characters of any 32-bit one
 constexpr std::size_t MAIOR_PREFIXO = 3;
-
-/// A digit of a bitmap with its four bits in reverse: on the wire the first one is the highest.
-constexpr std::uint64_t AO_CONTRARIO[] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
-constexpr std::string_view DIGITOS = "0123456789ABCDEF";
-
-/// By character: those four bits, or NENHUM for what is no digit of a bitmap.
-constexpr std::uint8_t NENHUM = 0x10;
-constexpr auto BITS_DO_DIGITO = [] {
-    std::array<std::uint8_t, 256> bits{};
-    bits.fill(NENHUM);
-    for (std::size_t i = 0; i < DIGITOS.size(); i++) {
-        bits[static_cast<unsigned char>(DIGITOS[i])] = static_cast<std::uint8_t>(AO_CONTRARIO[i]);
-    }
-    return bits;
-}();
 
 // ---- Writing ----
 
@@ -55,19 +39,9 @@ char *poeCodigo(char *destino, std::int32_t transacao) {
     return destino + std::snprintf(destino, MAIOR_NUMERO + 1, "%04d", transacao);
 }
 
-char *poeBitmap(char *destino, std::uint64_t bitmap) {
-    for (std::size_t i = 0; i < DIGITOS_DO_BITMAP; i++, bitmap >>= 4) {
-        destino[i] = DIGITOS[AO_CONTRARIO[bitmap & 0xF]];
-    }
-    return destino + DIGITOS_DO_BITMAP;
-}
-
 char *poeBitmaps(char *destino, const YMensagemIso &mensagem) {
-    // Whether another bitmap follows is decided by the slots alone, as they are there, empty or not.
-    for (std::int32_t inicio = 0; inicio < mensagem.capacidade; inicio += BITS_POR_BITMAP) {
-        const bool segueOutro = mensagem.capacidade > inicio + BITS_POR_BITMAP;
-        const std::uint64_t anuncio = segueOutro ? mascaraDoBit(1) : 0;
-        destino = poeBitmap(destino, privado(mensagem)->presentes[inicio / BITS_POR_BITMAP] | anuncio);
+    for (std::int32_t slot = 0; slot < mensagem.capacidade; slot += BITS_POR_BITMAP) {
+        destino = poeBitmap(destino, bitmapNoFio(mensagem, slot));
     }
     return destino;
 }
@@ -146,14 +120,7 @@ private:
         const auto diz = [&] { YContextoTry_printf("Bitmap %d. ", qual); };
         exige(DIGITOS_DO_BITMAP, diz);
         std::uint64_t bitmap = 0;
-        // Judged together at the end: no branch for each digit of what is nearly always right.
-        unsigned vistos = 0;
-        for (std::size_t i = 0; i < DIGITOS_DO_BITMAP; i++) {
-            const unsigned bits = BITS_DO_DIGITO[static_cast<unsigned char>(posicao_[i])];
-            vistos |= bits;
-            bitmap |= std::uint64_t{bits} << (4 * i);
-        }
-        if ((vistos & NENHUM) != 0) [[unlikely]] {
+        if (!iso::leBitmap(posicao_, bitmap)) [[unlikely]] {
             diz();
             lanca(YExc_rtti, "Bitmap com caractere inválido."_l1, FONTE);
         }

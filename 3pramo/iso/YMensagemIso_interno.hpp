@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace pramo::iso {
@@ -66,6 +67,13 @@ void percorre(const YMensagemIso &mensagem, VISITA visita) {
     }
 }
 
+/// The bitmap of the slots from this one on, as it is written. Whether another one follows is decided by the
+/// slots alone, as they are there, empty or not.
+inline std::uint64_t bitmapNoFio(const YMensagemIso &mensagem, std::int32_t slot) {
+    const bool segueOutro = mensagem.capacidade > slot + BITS_POR_BITMAP;
+    return privado(mensagem)->presentes[slot / BITS_POR_BITMAP] | (segueOutro ? mascaraDoBit(1) : 0);
+}
+
 inline const YElementoIso &registro(int bit) {
     return elementosIso[bit - 1];
 }
@@ -96,6 +104,20 @@ constexpr std::int32_t capacidadePara(int bit, bool comTexto) {
 
 /// Replaces the whole message. The texts may be its own; when there is no memory nothing has changed.
 void substitui(YMensagemIso &mensagem, const Conteudo &novo);
+
+/// The same where the texts are still as on the wire, in the encodings of the table and right; their sizes
+/// are those of the texts.
+void substitui(YMensagemIso &mensagem, const Conteudo &novo, const YTabelaIso &tabela);
+
+/// What an element's text is held against.
+struct Regra {
+    std::uint64_t classes;
+    std::size_t maximo; // in characters
+    bool fixo;
+};
+
+/// Why a text cannot have this length, empty when it can.
+std::string queixaDoTamanho(const Regra &regra, std::size_t tamanho);
 
 /// Raises unless the number is one from 1 to 128.
 void exigeBit(std::int32_t bit);

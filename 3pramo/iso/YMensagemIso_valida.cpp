@@ -1,6 +1,7 @@
 // The message held against the table. Reasons are made of numbers and of names in the table, so that they may
 // go to a log: no character of a text is in them.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
+#include <3pramo/iso/YTabelaIso_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
 
@@ -39,12 +40,12 @@ constexpr auto CLASSES = [] {
 }();
 
 // As the table names them: "an", "ans".
-std::string nomeDasClasses(std::uint64_t formato) {
+std::string nomeDasClasses(std::uint64_t classes) {
     std::string nome;
     for (const auto &[classe, letra] :
          {std::pair(Y_ISO_A, 'a'), std::pair(Y_ISO_N, 'n'), std::pair(Y_ISO_S, 's'), std::pair(Y_ISO_B, 'b'),
           std::pair(Y_ISO_Z, 'z')}) {
-        if ((formato & static_cast<std::uint64_t>(classe)) != 0) {
+        if ((classes & static_cast<std::uint64_t>(classe)) != 0) {
             nome += letra;
         }
     }
@@ -52,8 +53,8 @@ std::string nomeDasClasses(std::uint64_t formato) {
 }
 
 // Without the blanks that fill up an element of fixed length, where the table has letters.
-std::string_view semEnchimento(std::string_view texto, std::uint64_t formato) {
-    const bool preenchido = Y_ISO_DIGITOS(formato) == 0 && (formato & Y_ISO_A) != 0;
+std::string_view semEnchimento(std::string_view texto, const Regra &regra) {
+    const bool preenchido = regra.fixo && (regra.classes & Y_ISO_A) != 0;
     return preenchido ? texto.substr(0, texto.find_last_not_of(' ') + 1) : texto;
 }
 
@@ -69,36 +70,31 @@ public:
         }
     }
 
-    void confere(int bit, std::string_view texto) {
-        const YElementoIso &elemento = registro(bit);
-        confereTamanho(bit, elemento, texto.size());
-        confereClasses(bit, elemento, texto);
+    void confere(int bit, const char *rotulo, const Regra &regra, std::string_view texto) {
+        if (const std::string queixa = queixaDoTamanho(regra, texto.size()); !queixa.empty()) {
+            falha(bit, rotulo, queixa);
+        }
+        // Only the first one is told: one failure for an element's characters, one for its length.
+        const std::string_view conferido = semEnchimento(texto, regra);
+        const auto *const estranho = std::ranges::find_if(
+            conferido, [&](char c) { return (CLASSES[static_cast<unsigned char>(c)] & regra.classes) == 0; });
+        if (estranho != conferido.end()) {
+            falha(bit, rotulo,
+                  "caractere " + std::to_string(estranho - conferido.begin() + 1) + " fora da classe " +
+                      nomeDasClasses(regra.classes));
+        }
+    }
+
+    void confere(int bit, const ElementoDaTabela &elemento, std::string_view texto) {
+        const std::int32_t antes = falhas_;
+        confere(bit, elemento.rotulo, elemento.regra(), texto);
+        // Told when nothing else was: what its class allows and the wire does not.
+        if (const std::string queixa = queixaDaForma(elemento, texto); falhas_ == antes && !queixa.empty()) {
+            falha(bit, elemento.rotulo, queixa);
+        }
     }
 
 private:
-    void confereTamanho(int bit, const YElementoIso &elemento, std::size_t tamanho) {
-        const bool fixo = Y_ISO_DIGITOS(elemento.formato) == 0;
-        const std::size_t maximo = Y_ISO_CARACTERES(elemento.formato);
-        if (tamanho > maximo || (fixo && tamanho < maximo)) {
-            falha(bit, elemento.rotulo,
-                  "tamanho " + std::to_string(tamanho) + (fixo ? ", exatamente " : ", no máximo "_l1) +
-                      std::to_string(maximo));
-        }
-    }
-
-    void confereClasses(int bit, const YElementoIso &elemento, std::string_view texto) {
-        // Only the first one is told: one failure for an element's characters, one for its length.
-        texto = semEnchimento(texto, elemento.formato);
-        const auto *const estranho = std::find_if(texto.begin(), texto.end(), [&](char c) {
-            return (CLASSES[static_cast<unsigned char>(c)] & elemento.formato & Y_ISO_CLASSES) == 0;
-        });
-        if (estranho != texto.end()) {
-            falha(bit, elemento.rotulo,
-                  "caractere " + std::to_string(estranho - texto.begin() + 1) + " fora da classe " +
-                      nomeDasClasses(elemento.formato));
-        }
-    }
-
     void falha(int bit, const char *rotulo, const std::string &motivo) {
         falhas_++;
         if (funcao_ != nullptr) {
@@ -111,14 +107,48 @@ private:
     std::int32_t falhas_ = 0;
 };
 
-} // namespace
-
-int32_t YMensagemIso_valida(const YMensagemIso *mensagem, YFuncaoFalhaIso funcao, void *contexto) {
+template <typename CONFERE>
+std::int32_t valida(const YMensagemIso &mensagem, YFuncaoFalhaIso funcao, void *contexto, CONFERE confere) {
     // The reasons take memory; what was told before it ran out stays told.
     return semFaltaDeMemoria(FONTE, [&] {
         Validacao validacao(funcao, contexto);
-        validacao.confereCodigo(mensagem->transacao);
-        percorre(*mensagem, [&](int bit, std::string_view texto) { validacao.confere(bit, texto); });
+        validacao.confereCodigo(mensagem.transacao);
+        percorre(mensagem, [&](int bit, std::string_view texto) { confere(validacao, bit, texto); });
         return validacao.falhas();
+    });
+}
+
+} // namespace
+
+std::string pramo::iso::queixaDoTamanho(const Regra &regra, std::size_t tamanho) {
+    if (tamanho <= regra.maximo && (!regra.fixo || tamanho == regra.maximo)) {
+        return {};
+    }
+    return "tamanho " + std::to_string(tamanho) + (regra.fixo ? ", exatamente " : ", no máximo "_l1) +
+           std::to_string(regra.maximo);
+}
+
+std::string pramo::iso::queixaDaForma(const ElementoDaTabela &elemento, std::string_view texto) {
+    if (texto.size() % caracteresPorUnidade(elemento.forma.codificacao) != 0) {
+        return "tamanho " + std::to_string(texto.size()) + std::string(", não par"_l1);
+    }
+    const std::size_t estranho = primeiroSemLugar(elemento.forma, texto);
+    return estranho == texto.size()
+               ? ""
+               : "caractere " + std::to_string(estranho + 1) + std::string(" fora da codificação"_l1);
+}
+
+int32_t YMensagemIso_valida(const YMensagemIso *mensagem, YFuncaoFalhaIso funcao, void *contexto) {
+    return valida(*mensagem, funcao, contexto, [](Validacao &validacao, int bit, std::string_view texto) {
+        const auto &[formato, rotulo] = registro(bit);
+        const Regra regra = {formato & Y_ISO_CLASSES, Y_ISO_CARACTERES(formato), Y_ISO_DIGITOS(formato) == 0};
+        validacao.confere(bit, rotulo, regra, texto);
+    });
+}
+
+int32_t YMensagemIso_validaCom(const YMensagemIso *mensagem, const YTabelaIso *tabela, YFuncaoFalhaIso funcao,
+                               void *contexto) {
+    return valida(*mensagem, funcao, contexto, [&](Validacao &validacao, int bit, std::string_view texto) {
+        validacao.confere(bit, tabela->elementos[bit - 1], texto);
     });
 }
