@@ -173,6 +173,38 @@ public:
     }
 };
 
+/// By a table: the same bytes by that of the empty text, and binary bitmaps with packed decimal.
+template <const char *const &TEXTO>
+class PorTabela : public Nossa {
+public:
+    bool le(std::string_view fio) {
+        const char *posicao = fio.data();
+        YMensagemIso_carregaCom(mensagem_, tabela(), &posicao, fio.size());
+        return posicao == fio.data() + fio.size();
+    }
+
+    std::string_view grava(Saida &saida) const { return gravada(mensagem_, saida.stream); }
+
+    static std::string_view gravada(const YMensagemIso *mensagem, YStream *stream) {
+        YStream_clear(stream);
+        YMensagemIso_emiteCom(mensagem, tabela(), stream);
+        return {YStream_str(stream), static_cast<std::size_t>(YStream_tam(stream))};
+    }
+
+private:
+    static const YTabelaIso *tabela() {
+        static const pramo::Ponteiro<YTabelaIso> unica(
+            YTabelaIso_leTexto(TEXTO, std::strlen(TEXTO), nullptr, nullptr));
+        return unica;
+    }
+};
+
+constexpr const char *VAZIA = "";
+constexpr const char *COMPACTADA =
+    "codigo bcd\nbitmap binario\ntamanhos bcd\nn bcd\nz bcd direita=F\nb binario\n";
+using PorTabelaVazia = PorTabela<VAZIA>;
+using Compactada = PorTabela<COMPACTADA>;
+
 // ---- Messages ----
 
 std::string emite(const pramo::Ponteiro<YMensagemIso> &mensagem) {
@@ -227,6 +259,14 @@ std::string cheia() {
     return emite(mensagem);
 }
 
+std::string compactada(const std::string &fio) {
+    const auto mensagem = pramo::cria<YMensagemIso>(YMensagemIso_rtti);
+    const auto saida = pramo::cria<YStream>(YStream_rtti);
+    const char *posicao = fio.data();
+    YMensagemIso_carregaBloco(mensagem, &posicao, fio.size());
+    return std::string(Compactada::gravada(mensagem, saida));
+}
+
 // ---- Measures ----
 
 template <typename MENSAGEM>
@@ -262,9 +302,15 @@ void registra(const std::string &tamanho, const std::string &fio) {
     };
     poe("iso_le", "3pramo", le<Nossa>);
     poe("iso_le", "3pramo_ate_zero", le<NossaAteZero>);
+    poe("iso_le", "3pramo_tabela", le<PorTabelaVazia>);
     poe("iso_le", "referencia", le<Referencia>);
     poe("iso_grava", "3pramo", grava<Nossa>);
+    poe("iso_grava", "3pramo_tabela", grava<PorTabelaVazia>);
     poe("iso_grava", "referencia", grava<Referencia>);
+    // The same message, in fewer bytes.
+    const std::string bcd = compactada(fio);
+    benchmark::RegisterBenchmark(("iso_le/" + tamanho + "/3pramo_bcd").c_str(), le<Compactada>, bcd);
+    benchmark::RegisterBenchmark(("iso_grava/" + tamanho + "/3pramo_bcd").c_str(), grava<Compactada>, bcd);
 }
 
 } // namespace
