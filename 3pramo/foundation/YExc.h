@@ -2,10 +2,10 @@
  * caught.
  *
  * An exception carries its class, a message (with the detail text in front), the name of the source
- * that raised it and the line; where memory is short, "Memória insuficiente." stands for the
- * message and "YExc" for the source. It travels as a C++ exception (YExcecao.hpp); C code guards
- * itself with a protected region (YContextoTry.h) and is compiled with -fexceptions where
- * exceptions pass through it. */
+ * that raised it, the line, and the attributes that it was given (YContextoTry_atributo); where
+ * memory is short, "Memória insuficiente." stands for the message and "YExc" for the source. It
+ * travels as a C++ exception (YExcecao.hpp); C code guards itself with a protected region
+ * (YContextoTry.h) and is compiled with -fexceptions where exceptions pass through it. */
 #ifndef Y3PRAMO_FOUNDATION_YEXC_H
 #define Y3PRAMO_FOUNDATION_YEXC_H
 
