@@ -1,7 +1,7 @@
 // Classes of the object system that are written as classes of C++.
-#include "apoio/servidor.hpp"
+#include "apoio/teste.hpp"
 
-#include <gtest/gtest.h>
+using namespace apoio;
 
 namespace {
 
@@ -37,7 +37,7 @@ public:
     Composta() {
         EXPECT_EQ(YOb::rtti, rtti()) << "the base is whole already";
         EXPECT_EQ(campo++, 1);
-        simples_ = pramo::cria<Simples>(); // others are made and go meanwhile
+        simples_ = cria<Simples>(); // others are made and go meanwhile
         ordem += 'C';
         if (falha) {
             throw std::runtime_error("não");
@@ -52,19 +52,19 @@ public:
     static constexpr const char *NOME = "Outro nome";
 
 private:
-    pramo::Ponteiro<Simples> simples_;
+    Ponteiro<Simples> simples_;
     Membro membro_;
 };
 
 TEST(ObjetoCpp, construtorEDestrutorRodamEntreOsDaBase) {
     EXPECT_STREQ(Simples::rtti()->name, "Simples");
     EXPECT_STREQ(Composta::rtti()->name, "Outro nome");
-    EXPECT_EQ(pramo::cria<Simples>()->zero, 0);
+    EXPECT_EQ(cria<Simples>()->zero, 0);
     for (const auto &[falha, esperada] : {std::pair(false, "BMBCb1cmb3"), {true, "BMBCmb1b2"}}) {
         Composta::falha = falha;
         ordem.clear();
         try {
-            pramo::cria<Composta>();
+            cria<Composta>();
             EXPECT_FALSE(falha);
         } catch (const std::runtime_error &) {
             EXPECT_TRUE(falha);
@@ -94,9 +94,9 @@ struct Retentor : pramo::Objeto<Retentor, YRetentor> {
 };
 
 TEST(ObjetoCpp, osSlotsSaoOsDaBaseEOsDaClasse) {
-    const auto retentor = pramo::cria<Retentor>();
+    const auto retentor = cria<Retentor>();
     EXPECT_EQ(YRetentor_requisita0(retentor, nullptr, 2, nullptr, 0), 7);
-    auto fio = pramo::cria<Fio>();
+    auto fio = cria<Fio>();
     YObThread_start(fio);
     fio.reset(); // the end stops it first
     EXPECT_EQ(ordem, "o fim de um texto longo, que não cabe no lugar dos curtos");

@@ -1,8 +1,9 @@
-// Values of C++ as parameters and results of SOAP calls. What is read is read whole: a text that is not one
-// of the type is a fault that names the parameter, unlike what the typed getters of YNo make of it.
+// Values of C++ as parameters and results of SOAP calls. What is read is read strictly: a text that is not
+// one of the type is a fault that names the parameter, unlike what the typed getters of YNo make of it.
 #ifndef Y3PRAMO_CPP_VALOR_HPP
 #define Y3PRAMO_CPP_VALOR_HPP
 
+#include <3pramo/cpp/leitura.hpp>
 #include <3pramo/foundation/YContextoTry_throw.h>
 #include <3pramo/foundation/latin1.hpp>
 #include <3pramo/node/YNo.h>
@@ -17,7 +18,6 @@
 #include <limits>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <type_traits>
 
 namespace pramo::interno {
@@ -78,6 +78,7 @@ consteval YTipoXsd tipoXsd() {
 // The value itself is not in the message: it may be what no log should hold.
 [[noreturn]] inline void recusa(const char *nome, const char *mensagem) {
     YContextoTry_printf("%s: %s. ", "parâmetro"_l1, nome);
+    YContextoTry_atributo("campo", nome);
     YContextoTry_throw(YExcSoap_rtti, mensagem, "PortType", __LINE__);
 }
 [[noreturn]] inline void valorInvalido(const char *nome) {
@@ -87,105 +88,33 @@ consteval YTipoXsd tipoXsd() {
     recusa(nome, "Valor fora da faixa.");
 }
 
-// As XML has it: white space around a value is none of it.
-inline std::string_view apara(std::string_view texto) {
-    constexpr std::string_view BRANCOS = " \t\n\r";
-    const std::size_t inicio = texto.find_first_not_of(BRANCOS);
-    return inicio == texto.npos ? "" : texto.substr(inicio, texto.find_last_not_of(BRANCOS) - inicio + 1);
+template <typename T>
+T valorLido(const Leitura<T> &lido, const char *nome) {
+    if (!lido) {
+        lido.situacao() == Y_LEITURA_FORA_DA_FAIXA ? foraDaFaixa(nome) : valorInvalido(nome);
+    }
+    return *lido;
 }
 
-inline bool leBooleano(std::string_view texto, const char *nome) {
-    std::string minusculas(texto.substr(0, 6));
-    for (char &c : minusculas) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    const bool sim = minusculas == "true" || minusculas == "1";
-    if (!sim && minusculas != "false" && minusculas != "0") {
-        valorInvalido(nome);
-    }
-    return sim;
-}
-
-// The modulus of a decimal number.
-inline std::uint64_t leModulo(std::string_view algarismos, const char *nome) {
-    std::uint64_t modulo = 0;
-    const char *fim = algarismos.data() + algarismos.size();
-    const auto [ate, erro] = std::from_chars(algarismos.data(), fim, modulo);
-    if (erro == std::errc::invalid_argument || ate != fim) {
-        valorInvalido(nome);
-    }
-    if (erro != std::errc()) {
-        foraDaFaixa(nome);
-    }
-    return modulo;
-}
-
-template <EhInteiro T>
-T leInteiro(std::string_view texto, const char *nome) {
-    const bool negativo = texto.starts_with('-');
-    const std::uint64_t modulo = leModulo(texto.substr(negativo || texto.starts_with('+') ? 1 : 0), nome);
-    constexpr auto MAIOR = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
-    const std::uint64_t maior = negativo ? (std::is_signed_v<T> ? MAIOR + 1 : 0) : MAIOR;
-    if (modulo > maior) {
-        foraDaFaixa(nome);
-    }
-    return static_cast<T>(negativo ? 0 - modulo : modulo);
-}
-
-template <std::floating_point T>
-T leReal(std::string_view texto, const char *nome) {
-    texto.remove_prefix(texto.starts_with('+') && !texto.starts_with("+-") ? 1 : 0);
-    T valor = 0;
-    const char *fim = texto.data() + texto.size();
-    const auto [ate, erro] = std::from_chars(texto.data(), fim, valor);
-    if (erro == std::errc::invalid_argument || ate != fim) {
-        valorInvalido(nome);
-    }
-    if (erro != std::errc()) {
-        foraDaFaixa(nome);
-    }
-    return valor;
-}
-
-// "2024-03-05", a day of the calendar.
-inline Data leData(std::string_view texto, const char *nome) {
-    if (texto.size() != 10 || texto[4] != '-' || texto[7] != '-') {
-        valorInvalido(nome);
-    }
-    const auto parte = [&](std::size_t de, std::size_t quantos) {
-        return static_cast<unsigned>(leModulo(texto.substr(de, quantos), nome));
-    };
-    const Data data = std::chrono::year(static_cast<int>(parte(0, 4))) / std::chrono::month(parte(5, 2)) /
-                      std::chrono::day(parte(8, 2));
-    if (!data.ok()) {
-        valorInvalido(nome);
-    }
-    return data;
-}
-
-/// The parameter of this name; raises YExcSoap as YNo_getFilhoUnico when it is missing, and "parâmetro: NAME.
-/// Valor inválido." or "... Valor fora da faixa." for what is not of the type. A text without content is
-/// empty.
+/// The parameter of this name, as leitura.hpp reads it; raises YExcSoap as YNo_getFilhoUnico when it is
+/// missing, and "parâmetro: NAME. Valor inválido." or "... Valor fora da faixa." for what is not of the type.
+/// A text without content is empty.
 template <typename T>
 T leParametro(const YNo *requisicao, const char *nome) {
     YNo *no = YNo_getFilhoUnico(requisicao, nome);
     if constexpr (EhNo<T>) {
         return no;
-    } else {
+    } else if constexpr (EhTexto<T>) {
         const char *conteudo = YNo_getValor(no);
-        const std::string_view inteiro = conteudo != nullptr ? conteudo : "";
-        const std::string_view texto = apara(inteiro);
-        if constexpr (EhTexto<T>) {
-            return T(inteiro);
-        } else if constexpr (std::is_same_v<T, bool>) {
-            return leBooleano(texto, nome);
-        } else if constexpr (EhInteiro<T>) {
-            return leInteiro<T>(texto, nome);
-        } else if constexpr (std::floating_point<T>) {
-            return leReal<T>(texto, nome);
-        } else {
-            return leData(texto, nome);
+        return conteudo != nullptr ? conteudo : "";
+    } else if constexpr (std::is_same_v<T, float>) {
+        const double valor = valorLido(le<double>(no, ""), nome);
+        if (std::isfinite(valor) && std::abs(valor) > std::numeric_limits<float>::max()) {
+            foraDaFaixa(nome);
         }
+        return static_cast<float>(valor);
+    } else {
+        return valorLido(le<T>(no, ""), nome);
     }
 }
 

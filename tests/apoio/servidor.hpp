@@ -59,6 +59,9 @@ private:
     Ponteiro<CLASSE> servidor_;
 };
 
+using ServidorTcp = ServidorDe<YTcpServer, YTcpServer_setPorta, YTcpServer_setEndereco,
+                               YTcpServer_esperaPronto, YTcpServer_getPorta>;
+
 /// A running web server; without a handler it serves files.
 struct Servidor : ServidorDe<YWebServer, YWebServer_setPorta, YWebServer_setEndereco, YWebServer_esperaPronto,
                              YWebServer_getPorta> {

@@ -1,29 +1,23 @@
 // The SOAP client: against the server of the library, and against a peer that answers whatever the test says.
 #include "apoio/alvo.hpp"
-#include "apoio/arvore.hpp"
 #include "apoio/soap.hpp"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-
-using namespace pramo::literais;
+using namespace apoio;
 
 namespace {
 
-const std::string ONDE = inet_ntoa(apoio::enderecoProprio());
+const std::string ONDE = inet_ntoa(enderecoProprio());
 
-class ClienteSoap : public testing::Test {
-protected:
-    pramo::Ponteiro<YSoapClient> cliente = pramo::cria<YSoapClient>(YSoapClient_rtti);
+struct ClienteSoap : testing::Test {
+    Ponteiro<YSoapClient> cliente = cria<YSoapClient>(YSoapClient_rtti);
 
     ClienteSoap() { YSoapClient_setPrazo(cliente, 10'000); }
 
     /// What stands in the answer's "return"; or "CLASS: message", without the address.
     std::string chama(const char *metodo = "soma", const std::string &parametros = "<a>2</a><b>3</b>") {
         std::string retorno;
-        const std::string recusa = apoio::excecao([&] {
-            const auto pedido = apoio::le("<pedido>" + parametros + "</pedido>");
+        const std::string recusa = excecao([&] {
+            const auto pedido = le("<pedido>" + parametros + "</pedido>");
             const auto resposta = pramo::chama(cliente, "Alvo", metodo, pedido);
             retorno = YNo_getString(resposta, "return");
         });
@@ -32,61 +26,46 @@ protected:
 };
 
 /// A peer that answers each request with the same bytes, and then closes the connection or does not.
-class Par {
+class Par : public ServidorTcp {
 public:
-    Par() {
-        YSocket_escutaEm(ouvinte_, ONDE.c_str(), 0);
-        thread_ = std::jthread([this] { serve(); });
+    Par() : ServidorDe(YTcpServer_rtti) {
+        YTcpServer_setTratador(*this, this, serve);
+        inicia();
     }
-    ~Par() { fim_ = true; }
+    ~Par() { libera(); }
 
-    [[nodiscard]] std::uint32_t porta() const { return YSocket_getPorta(ouvinte_); }
-    void responde(std::string bytes, bool fecha = true) {
+    void responde(const std::string &bytes, bool fecha = true) {
         const std::lock_guard trava(mutex_);
-        bytes_ = std::move(bytes);
+        bytes_ = bytes;
         fecha_ = fecha;
     }
     std::atomic<int> conexoes{0};
-    std::atomic<int> fechadas{0};
 
 private:
-    void serve() {
-        while (!fim_) {
-            YSocket *nova = nullptr;
-            if (YSocket_aceitaConexaoMs(ouvinte_, 0, &nova, 10) == Y_ESPERA_PRONTA) {
-                conexoes++;
-                while (respondeUm(nova)) {
-                }
-                YliberaObjeto(nova);
-                fechadas++;
-            }
+    static void serve(void *par, YTcpServer * /*servidor*/, YSocket *conexao) {
+        static_cast<Par *>(par)->conexoes++;
+        while (static_cast<Par *>(par)->respondeUm(conexao)) {
         }
     }
 
     /// True when another request may follow.
     bool respondeUm(YSocket *conexao) {
-        const auto pedido = pramo::cria<YMensagemHttp>(YMensagemHttp_rtti);
+        const auto pedido = cria<YMensagemHttp>(YMensagemHttp_rtti);
         YMensagemHttp_setSocket(pedido, conexao);
         if (YMensagemHttp_obtemDoSocket(pedido, std::time(nullptr) + 10) == 0) {
             return false;
         }
         const std::lock_guard trava(mutex_);
-        const auto saida = apoio::streamDe(bytes_);
-        return YSocket_enviaMs(conexao, saida, 10'000) == Y_ESPERA_PRONTA && !fecha_;
+        return YSocket_enviaMs(conexao, streamDe(bytes_).get(), 10'000) == Y_ESPERA_PRONTA && !fecha_;
     }
 
-    pramo::Ponteiro<YSocket> ouvinte_ = pramo::cria<YSocket>(YSocket_rtti);
     std::mutex mutex_;
     std::string bytes_;
     bool fecha_ = true;
-    std::atomic<bool> fim_{false};
-    std::jthread thread_;
 };
 
-class ClienteEPar : public ClienteSoap {
-protected:
+struct ClienteEPar : ClienteSoap {
     Par par;
-    void TearDown() override { cliente.reset(); } // before the peer, which waits for its end
     void SetUp() override { YSoapClient_setEndereco(cliente, ONDE.c_str(), par.porta()); }
 };
 
@@ -174,7 +153,7 @@ TEST_F(ClienteEPar, usaAConexaoOutraVezSoQuandoEDele) {
         const int antes = par.conexoes;
         for (int vez = 0; vez < 3; vez++) {
             EXPECT_EQ(chama(), "5") << bytes;
-            EXPECT_TRUE(!fecha || apoio::acontece([&] { return par.fechadas == par.conexoes; }));
+            EXPECT_TRUE(!fecha || acontece([&] { return YTcpServer_getConexoes(par) == 0; }));
         }
         EXPECT_EQ(par.conexoes - antes, esperadas) << bytes;
     }
@@ -187,10 +166,10 @@ TEST_F(ClienteEPar, oPrazoEARecusaEOQueNaoSai) {
     EXPECT_EQ(YSoapClient_foiEnviada(cliente), 1);
     YSoapClient_setPrazo(cliente, 10'000);
     EXPECT_EQ(chama("so ma"), "YExc: Nome inválido."_l1);
-    EXPECT_EQ(apoio::excecao([&] { YSoapClient_setEndereco(cliente, "a\r\nX: y", 80); }),
+    EXPECT_EQ(excecao([&] { YSoapClient_setEndereco(cliente, "a\r\nX: y", 80); }),
               "YExc: Endereço inválido."_l1);
-    EXPECT_EQ(apoio::excecao([&] { YSoapClient_setCaminho(cliente, "/a b"); }), "YExc: Caminho inválido."_l1);
-    auto livre = pramo::cria<YSocket>(YSocket_rtti);
+    EXPECT_EQ(excecao([&] { YSoapClient_setCaminho(cliente, "/a b"); }), "YExc: Caminho inválido."_l1);
+    auto livre = cria<YSocket>(YSocket_rtti);
     YSocket_escutaEm(livre, ONDE.c_str(), 0);
     YSoapClient_setEndereco(cliente, ONDE.c_str(), YSocket_getPorta(livre));
     livre.reset();
@@ -203,7 +182,7 @@ TEST_F(ClienteEPar, oPrazoEARecusaEOQueNaoSai) {
 /// Loads a form with one field, strictly.
 void preenche(YWebService * /*servico*/, YNo *requisicao, YNo * /*resposta*/) {
     char bytes[4] = {};
-    const auto operacao = pramo::cria<Pramo_Operacao>(Pramo_Operacao_rtti);
+    const auto operacao = cria<Pramo_Operacao>(Pramo_Operacao_rtti);
     Pramo_Operacao_setCargaEstrita(operacao, 1);
     Pramo_Variavel_marcaUsada(
         Pramo_Operacao_criaVariavel(operacao, "valor", Pramo_Tipo_getTipoId(), bytes, sizeof bytes));
@@ -212,8 +191,8 @@ void preenche(YWebService * /*servico*/, YNo *requisicao, YNo * /*resposta*/) {
 
 TEST_F(ClienteSoap, falaComOServidorETemAsPartesDeUmaFalha) {
     const YDefinicaoMetodo metodos[] = {{"preenche", preenche}, {nullptr, nullptr}};
-    YDefinicaoPortType alvo = apoio::definicaoDoAlvo();
-    apoio::ServidorSoap servidor({alvo, {"Forma", metodos, YWebService_rtti, nullptr, nullptr}});
+    YDefinicaoPortType alvo = definicaoDoAlvo();
+    ServidorSoap servidor({alvo, {"Forma", metodos, YWebService_rtti, nullptr, nullptr}});
     YSoapClient_setEndereco(cliente, ONDE.c_str(), servidor.porta());
     EXPECT_EQ(chama(), "5");
     EXPECT_EQ(chama("eco", "<texto>a\xE7\xE3o &lt;&amp;</texto>"), "a\xE7\xE3o <&");
@@ -224,7 +203,7 @@ TEST_F(ClienteSoap, falaComOServidorETemAsPartesDeUmaFalha) {
     const auto partes = [&](const char *portType, const char *metodo) {
         std::string todas;
         try {
-            pramo::chama(cliente, portType, metodo, apoio::le("<p><campo nome=valor>x</campo></p>").get());
+            pramo::chama(cliente, portType, metodo, le("<p><campo nome=valor>x</campo></p>").get());
         } catch (const YExcecao &e) {
             EXPECT_TRUE(e.ehDaClasse(YExcFalhaRemota_rtti) && e.atributo("lugarRemoto") != nullptr);
             EXPECT_STREQ(e.atributo("faultcode"), "SOAP-ENV:Client");
@@ -246,9 +225,8 @@ TEST_F(ClienteSoap, falaComOServidorETemAsPartesDeUmaFalha) {
     // clang-format on
     for (const auto &[portType, metodo, classe, detalhe, mensagem, campoENome] : casos) {
         const std::string plana =
-            apoio::escrito((detalhe + mensagem).c_str(), [](const char *texto, YStream *saida) {
-                YStream_putTirandoAcentos(saida, texto);
-            });
+            escrito((detalhe + mensagem).c_str(),
+                    [](const char *texto, YStream *saida) { YStream_putTirandoAcentos(saida, texto); });
         YSoapServer_setDetalheDaFalha(servidor, 0);
         EXPECT_EQ(partes(portType, metodo), plana + "|" + classe + "||" + plana + "||");
         YSoapServer_setDetalheDaFalha(servidor, 1);

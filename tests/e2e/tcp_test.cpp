@@ -1,13 +1,7 @@
 // The TCP server: a handler for each connection, how connections end, how many there may be.
-#include "apoio/arvore.hpp"
 #include "apoio/servidor.hpp"
 
-#include <atomic>
-#include <pthread.h>
-
 using namespace apoio;
-using namespace std::literals;
-using namespace pramo::literais;
 
 namespace {
 
@@ -16,9 +10,7 @@ protected:
     static inline std::atomic<bool> demolido;
     std::atomic<int> dentro{0};
     const Diario diario;
-    ServidorDe<YTcpServer, YTcpServer_setPorta, YTcpServer_setEndereco, YTcpServer_esperaPronto,
-               YTcpServer_getPorta>
-        servidor{derivada};
+    ServidorTcp servidor{derivada};
 
     void SetUp() override {
         demolido = false;
@@ -30,7 +22,7 @@ protected:
     static void ecoa(void *teste, YTcpServer *servidor, YSocket *socket) {
         auto &eu = *static_cast<Tcp *>(teste);
         eu.dentro++;
-        const auto linha = pramo::cria<YStream>(YStream_rtti);
+        const auto linha = cria<YStream>(YStream_rtti);
         while (YSocket_recebeLinhaMs(socket, linha, 10'000) == Y_ESPERA_PRONTA) {
             const std::string ordem = conteudo(linha);
             ordem == "yexc" ? YContextoTry_throw(YExcIOError_rtti, "falha de teste", "Teste", 1) : void();
