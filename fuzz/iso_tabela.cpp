@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 
 namespace {
 
@@ -48,8 +49,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
         return 0;
     }
     const std::string_view resto = tudo.substr(1);
-    if (const auto forma = static_cast<unsigned>(dados[0] - '0'); forma < std::size(FORMAS)) {
-        vaiEVolta(tabelaDe(FORMAS[forma]), resto);
+    if (const auto forma = static_cast<std::size_t>(dados[0] - '0'); forma < std::size(FORMAS)) {
+        const Tabela tabela = tabelaDe(FORMAS[forma]);
+        vaiEVolta(tabela, resto);
     } else {
         const std::size_t fim = std::min(resto.find('\0'), resto.size());
         const Tabela tabela = tabelaDe(resto.substr(0, fim));
