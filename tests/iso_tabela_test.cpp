@@ -219,6 +219,21 @@ TEST(IsoTabela, oQueORefusaTemNomeEByte) {
     EXPECT_EQ(excecao([&] { emitida(codigo, tabela); }), "YExc: Código da transação fora de 0 a 9999."_l1);
 }
 
+TEST(IsoTabela, dumpMascaradoEscondeOQueViajaEmBinario) {
+    const Tabela tabela =
+        tabelaDe("3 \"Processamento\"\n72 b...99 binario\n55 b...99 binario\n64 b64 binario");
+    const Mensagem m = cria<YMensagemIso>(YMensagemIso_rtti);
+    for (const auto &[bit, valor] :
+         {std::pair(3, "003000"), {55, "5A"}, {64, "BEEF"}, {72, "F4F1F1F1F1F1"}}) {
+        YMensagemIso_setBit(m, bit, valor);
+    }
+    const auto visto = escrito(
+        m.get(), [&](auto *qual, YStream *saida) { YMensagemIso_dumpMascaradoCom(qual, tabela, saida); });
+    EXPECT_EQ(visto.substr(visto.find('\n') + 1),
+              "  3 Processamento : \"003000\"\n 55 Reserved ISO : \"**\"\n"
+              " 64 Message authentication code (MAC) : \"BEEF\"\n 72 Data record : (12 caracteres)\n");
+}
+
 TEST(IsoTabela, todosOsErrosDeUmaTabela) {
     const std::string nome(101, 'x');
     // clang-format off

@@ -224,6 +224,11 @@ Y_EXPORTA void YMensagemIso_dumpEmArquivo(const YMensagemIso *mensagem, const ch
  * Control characters are written as \x0A. */
 Y_EXPORTA void YMensagemIso_dumpMascaradoEmStream(const YMensagemIso *mensagem, YStream *stream);
 
+/* The same with the names of the table. Of an element that the table has in binary, and elementosIso
+ * has not, only the length is shown: its text is another writing of digits that would be masked. */
+Y_EXPORTA void YMensagemIso_dumpMascaradoCom(const YMensagemIso *mensagem, const YTabelaIso *tabela,
+                                             YStream *stream);
+
 /* Has masked dumps show the element's text as it is (nonzero), or masked again (0), in the whole
  * process and for all messages: for the elements of which the application knows that they never
  * hold card data.

@@ -1,6 +1,7 @@
 // The dump, as it is and masked. The element's number alone decides how it is masked, whatever its text looks
 // like; elements that should hold no card data are searched for card numbers all the same.
 #include <3pramo/iso/YMensagemIso_interno.hpp>
+#include <3pramo/iso/YTabelaIso_interno.hpp>
 
 #include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/foundation/YStream_interno.hpp>
@@ -69,8 +70,16 @@ void poeSemControles(YStream &stream, std::string_view texto) {
     }
 }
 
-std::string mascarado(int bit, std::string_view texto) {
-    switch (mascaraDe(bit)) {
+// By a table: what it has in binary, and the built-in one has not, would show card data as other digits.
+Mascara mascaraDe(int bit, const YTabelaIso *tabela) {
+    const bool binario = tabela != nullptr && (tabela->elementos[bit - 1].classes & Y_ISO_B) != 0 &&
+                         (registro(bit).formato & Y_ISO_B) == 0;
+    const Mascara mascara = mascaraDe(bit);
+    return binario && mascara == Mascara::NUMEROS ? Mascara::SO_TAMANHO : mascara;
+}
+
+std::string mascarado(Mascara mascara, std::string_view texto) {
+    switch (mascara) {
     case Mascara::NUMEROS:
         return mascaraNumeros(texto);
     case Mascara::CARTAO:
@@ -80,17 +89,20 @@ std::string mascarado(int bit, std::string_view texto) {
     }
 }
 
-void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascara) {
-    YStream_printf(&stream, "%3d %s : ", bit, registro(bit).rotulo);
+// The table may be null.
+void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascara, const YTabelaIso *tabela) {
+    YStream_printf(&stream, "%3d %s : ", bit,
+                   tabela != nullptr ? tabela->elementos[bit - 1].rotulo : registro(bit).rotulo);
     // Also a shown element has its control characters written out, when the dump is masked.
     const bool mostra = !mascara || ehMostrado(bit);
-    if (!mostra && mascaraDe(bit) == Mascara::SO_TAMANHO) {
+    const Mascara qual = mascaraDe(bit, tabela);
+    if (!mostra && qual == Mascara::SO_TAMANHO) {
         YStream_printf(&stream, "(%zu caracteres)\n", texto.size());
         return;
     }
     acrescenta(stream, "\"");
     if (mascara) {
-        poeSemControles(stream, mostra ? texto : mascarado(bit, texto));
+        poeSemControles(stream, mostra ? texto : mascarado(qual, texto));
     } else {
         acrescenta(stream, texto);
     }
@@ -98,12 +110,13 @@ void poeElemento(YStream &stream, int bit, std::string_view texto, bool mascara)
 }
 
 // Whole or not at all: a part of it would read as a message with fewer elements.
-void dump(const YMensagemIso &mensagem, YStream &stream, bool mascarado) {
+void dump(const YMensagemIso &mensagem, YStream &stream, bool mascarado, const YTabelaIso *tabela) {
     TudoOuNada acrescimo(stream);
     semFaltaDeMemoria(FONTE, [&] {
         YStream_printf(&stream, "%s: %d\n", "Código da Transação"_l1, mensagem.transacao);
-        percorre(mensagem,
-                 [&](int bit, std::string_view texto) { poeElemento(stream, bit, texto, mascarado); });
+        percorre(mensagem, [&](int bit, std::string_view texto) {
+            poeElemento(stream, bit, texto, mascarado, tabela);
+        });
     });
     acrescimo.fica();
 }
@@ -111,18 +124,22 @@ void dump(const YMensagemIso &mensagem, YStream &stream, bool mascarado) {
 } // namespace
 
 void YMensagemIso_dumpEmStream(const YMensagemIso *mensagem, YStream *stream) {
-    dump(*mensagem, *stream, false);
+    dump(*mensagem, *stream, false, nullptr);
 }
 
 void YMensagemIso_dumpMascaradoEmStream(const YMensagemIso *mensagem, YStream *stream) {
-    dump(*mensagem, *stream, true);
+    dump(*mensagem, *stream, true, nullptr);
+}
+
+void YMensagemIso_dumpMascaradoCom(const YMensagemIso *mensagem, const YTabelaIso *tabela, YStream *stream) {
+    dump(*mensagem, *stream, true, tabela);
 }
 
 void YMensagemIso_dumpElemento(const YMensagemIso *mensagem, int32_t bit, int mascarado, YStream *stream) {
     const std::string_view texto = elemento(*mensagem, bit);
     if (texto.data() != nullptr) {
         TudoOuNada acrescimo(*stream);
-        semFaltaDeMemoria(FONTE, [&] { poeElemento(*stream, bit, texto, mascarado != 0); });
+        semFaltaDeMemoria(FONTE, [&] { poeElemento(*stream, bit, texto, mascarado != 0, nullptr); });
         acrescimo.fica();
     }
 }
