@@ -8,6 +8,7 @@
 #ifndef Y3PRAMO_CPP_LEITURA_HPP
 #define Y3PRAMO_CPP_LEITURA_HPP
 
+#include <3pramo/foundation/Ponteiro.hpp>
 #include <3pramo/foundation/YLeitura.h>
 #include <3pramo/iso/YMensagemIso.h>
 #include <3pramo/node/YNo.h>
@@ -106,6 +107,12 @@ Leitura<T> le(const YMensagemIso *mensagem, int32_t bit) {
     } else {
         static_assert(interno::NENHUM<T>, "an element of a message is no T");
     }
+}
+
+/// Of what is owned, also by a temporary: what was read is a copy.
+template <typename T, typename OBJETO, typename QUAL>
+Leitura<T> le(const Ponteiro<OBJETO> &objeto, QUAL qual) {
+    return le<T>(objeto.get(), qual);
 }
 
 } // namespace pramo
