@@ -271,7 +271,8 @@ std::uint32_t maiorNumero(Codificacao codificacao, std::size_t digitos) {
     return depois - 1;
 }
 
-char *codificaNumero(Codificacao codificacao, std::uint32_t numero, std::size_t digitos, char *destino) {
+char *codificaNumeroEmOutra(Codificacao codificacao, std::uint32_t numero, std::size_t digitos,
+                            char *destino) {
     const std::size_t bytes = bytesDoNumero(codificacao, digitos);
     naCodificacao(codificacao, [&]<Codificacao ESTA>() {
         for (std::size_t i = bytes; i-- > 0; numero /= BASE<ESTA>) {

@@ -88,8 +88,20 @@ constexpr std::size_t bytesDoNumero(Codificacao codificacao, std::size_t digitos
 /// The largest number that a length of so many digits can say.
 std::uint32_t maiorNumero(Codificacao codificacao, std::size_t digitos);
 
+char *codificaNumeroEmOutra(Codificacao codificacao, std::uint32_t numero, std::size_t digitos,
+                            char *destino);
+
 /// Writes the number with zeros in front; gives where it ends. The caller sees to it that it fits.
-char *codificaNumero(Codificacao codificacao, std::uint32_t numero, std::size_t digitos, char *destino);
+inline char *codificaNumero(Codificacao codificacao, std::uint32_t numero, std::size_t digitos,
+                            char *destino) {
+    if (codificacao != Codificacao::CARACTERES) {
+        return codificaNumeroEmOutra(codificacao, numero, digitos, destino);
+    }
+    for (std::size_t i = digitos; i-- > 0; numero /= 10) {
+        destino[i] = static_cast<char>('0' + numero % 10);
+    }
+    return destino + digitos;
+}
 
 /// False when there is anything but digits in it.
 bool decodificaNumero(Codificacao codificacao, const char *bytes, std::size_t digitos, std::uint32_t &numero);
