@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Each public header compiles by itself, twice in a file, and with all the others in either order, as C11 and as
-C++20, without a warning, with every compiler that is there. In C++ what the types can refuse does not compile.
+"""Each public header compiles by itself, twice in a file, as C11 and as C++20, without a warning, and all together in
+either order with every compiler that is there. In C++ what the types can refuse does not compile.
 
 Usage: cabecalhos.py [-IFOLDER...] HEADER...
 """
@@ -38,7 +38,8 @@ def comandos():
     for compilador, padrao, linguagem in (("gcc", "c11", "c"), ("clang", "c11", "c"),
                                           ("g++", "c++20", "c++"), ("clang++", "c++20", "c++")):
         todos = [c for c in CABECALHOS if linguagem == "c++" or c.endswith(".h")]
-        for arquivos in [[c, c] for c in todos] + [todos, todos[::-1]]:
+        sozinhos = [[c, c] for c in todos] if compilador[0] == "g" else []
+        for arquivos in [*sozinhos, todos, todos[::-1]]:
             if shutil.which(compilador):
                 inclusoes = [parte for arquivo in arquivos for parte in ("-include", arquivo)]
                 yield [compilador, f"-std={padrao}", *OPCOES, *inclusoes, "-x", linguagem, "-"]
