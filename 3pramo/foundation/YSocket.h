@@ -68,7 +68,8 @@ Y_EXPORTA uint32_t YSocket_getPorta(const YSocket *socket);
 
 /* Connects to a numeric address or host name; waits until the deadline, also for the name.
  * A name whose search lasts longer goes on being searched for on a thread of its own; with 64 such
- * searches under way the next name fails at once.
+ * searches under way the next name fails at once. Several addresses of a name are tried one after the
+ * other, each with its equal share of the time that is left.
  * Raises: YExcIOError "Falha na conexão." with the address as detail. */
 Y_EXPORTA void YSocket_conecta(YSocket *socket, const char *endereco, uint32_t porta, int64_t prazo);
 

@@ -175,9 +175,14 @@ YFimDaEspera conecta(YSocket &socket, const char *endereco, std::uint32_t porta,
     }
     const Enderecos achados =
         semFaltaDeMemoria(FONTE, [&] { return procuraAte(socket, endereco, porta, prazo); });
+    int faltam = 0;
+    for (const addrinfo *a = achados.get(); a != nullptr; a = a->ai_next) {
+        faltam++;
+    }
     bool conectado = false;
     for (const addrinfo *a = achados.get(); a != nullptr && !conectado && !socket.cancelado; a = a->ai_next) {
-        conectado = tentaConectar(socket, *a, prazo);
+        // One that never answers leaves time for those behind it.
+        conectado = tentaConectar(socket, *a, Prazo::daqui(prazo.resta() / faltam--));
     }
     // After the descriptor was stored: YSocket_cancela sets its mark first and looks at the descriptor
     // then, so one of the two sees the other.

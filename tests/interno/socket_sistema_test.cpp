@@ -14,11 +14,16 @@ using sistema::Envio;
 static std::atomic<bool> responde{false};
 static std::atomic<int> perguntas{0};
 
-// The linker sends the searches for names here (-Wl,--wrap): one name's server does not answer.
+// The linker sends the searches for names here (-Wl,--wrap): one name's server does not answer, one has two
+// addresses.
 extern "C" {
 decltype(getaddrinfo) __real_getaddrinfo; // NOLINT(bugprone-reserved-identifier)
 int __wrap_getaddrinfo(const char *nome, const char *porta, const addrinfo *pedido,
                        addrinfo **achados) { // NOLINT
+    if (nome == std::string_view("dois.invalid") && pedido->ai_flags == 0) {
+        const int erro = __real_getaddrinfo(inet_ntoa(enderecoProprio()), porta, pedido, achados);
+        return erro + __real_getaddrinfo("127.0.0.1", porta, pedido, &(*achados)->ai_next);
+    }
     if (nome != std::string_view("mudo.invalid") || pedido->ai_flags != 0) {
         return __real_getaddrinfo(nome, porta, pedido, achados);
     }
@@ -84,7 +89,7 @@ TEST(Ritmo, umaRespostaQueNinguemLeAcabaAConexao) {
     janelaDoEnvio = 30'000;
 }
 
-TEST(Conexao, naoEsperaAlemDoPrazoPorUmaFilaCheia) {
+TEST(Conexao, naoEsperaAlemDoPrazoPorUmaFilaCheiaEDeixaTempoAoOutroEndereco) {
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in onde = {AF_INET, 0, enderecoProprio(), {}};
     socklen_t tamanho = sizeof onde;
@@ -97,6 +102,11 @@ TEST(Conexao, naoEsperaAlemDoPrazoPorUmaFilaCheia) {
         fim = YSocket_conectaMs(socket, inet_ntoa(onde.sin_addr), ntohs(onde.sin_port), 100);
     }
     EXPECT_EQ(fim, Y_ESPERA_PRAZO);
+    const auto outro = cria<YSocket>(YSocket_rtti);
+    YSocket_escutaEm(outro, "127.0.0.1", ntohs(onde.sin_port));
+    const Prazo prazo = Prazo::daqui(2'000);
+    EXPECT_EQ(YSocket_conectaMs(fila[3], "dois.invalid", ntohs(onde.sin_port), 2'000), Y_ESPERA_PRONTA);
+    EXPECT_GT(prazo.resta(), 0);
     close(fd);
 }
 
