@@ -1,6 +1,7 @@
 // One SOAP call: its request read, the service object and the handler found, the response written.
 #include <3pramo/soap/YSoapServer_interno.hpp>
 
+#include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/soap/referencias.hpp>
 #include <3pramo/soap/textoDaRequisicao.hpp>
 
@@ -177,6 +178,7 @@ void chamaMetodoEmbutido(const Chamada &chamada, const YNo *requisicao, YNo *res
 void emiteResposta(const Chamada &chamada, YNo *resposta, YStream *saida) {
     // The method's name was registered, or is built in, so it is no markup; the port type's may be whatever
     // the client's URI held, when the object's class chose another one.
+    TudoOuNada acrescimo(*saida); // what stands in front of a fault is its answer too
     const char *prefixo = chamada.comPrefixo ? "ns1:" : "";
     for (const char *pedaco : {"<", prefixo, chamada.metodo, "Response"}) {
         YStream_puts(saida, pedaco);
@@ -192,6 +194,7 @@ void emiteResposta(const Chamada &chamada, YNo *resposta, YStream *saida) {
     for (const char *pedaco : {"</", prefixo, chamada.metodo, "Response>"}) {
         YStream_puts(saida, pedaco);
     }
+    acrescimo.fica();
 }
 
 } // namespace

@@ -46,7 +46,8 @@ void registraCorpo(const char *sentido, const char *portType, const char *metodo
     if ((YObLOG_habilitadas() & Y_LOG_CORPO) == 0) {
         return;
     }
-    const std::string nome = std::string(portType) + "#" + metodo;
+    // Both names are the client's words, too.
+    const std::string nome = mascaraDadosDeCartao(std::string(portType) + "#" + metodo);
     registraTexto(Y_LOG_CORPO, std::string(sentido) + " " + nome + ": " + mascaraCorpo(corpo));
 }
 

@@ -230,6 +230,7 @@ TEST_F(Soap, oLogDosCorposETemUmaLinhaPorRegistroENadaEmClaro) {
     const Diario diario(Y_LOG_CORPO);
     EXPECT_EQ(chama("eco", "<texto>\n" + cartao + "\n</texto>"), cartao + "\n");
     chama("total", eu(objeto));
+    chama(cartao);
     EXPECT_EQ(diario.quantos("<ns1:return>411111******1111\\n</ns1:return>"), 1);
     EXPECT_EQ(diario.quantos("\n") + diario.quantos(cartao) + diario.quantos(objeto), 0);
 }
