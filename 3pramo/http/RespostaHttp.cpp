@@ -81,8 +81,8 @@ private:
         const std::string_view linha = conteudo(*mensagem_.primeiraLinha);
         const int status = statusDaLinha(linha);
         const std::string_view conexao = campo(mensagem_, "Connection");
-        const bool mantida = temNaLista(conexao, "keep-alive") ||
-                             (linha.starts_with("HTTP/1.1") && !temNaLista(conexao, "close"));
+        const bool mantida = !temNaLista(conexao, "close") &&
+                             (linha.starts_with("HTTP/1.1") || temNaLista(conexao, "keep-alive"));
         return {status != 0 ? FimDaResposta::COMPLETA : FimDaResposta::MAL_FORMADA, status, mantida};
     }
 
@@ -151,13 +151,18 @@ private:
 
     FimDaResposta lePedacos() {
         for (;;) {
+            // A wait alone would not notice it: a peer whose lines are always there already makes nobody
+            // wait.
+            if (prazo_.resta() == 0) {
+                return FimDaResposta::PRAZO;
+            }
             FimDaResposta fim = leLinha(LINHA_DO_PEDACO);
             if (fim != FimDaResposta::COMPLETA) {
                 return fim;
             }
             const std::string_view linha = conteudo(*linha_);
-            const std::string tamanho(apara(linha.substr(0, linha.find(';')), ESPACOS));
-            if (!tamanho.empty() && tamanho.find_first_not_of('0') == std::string::npos) {
+            const std::string_view tamanho = apara(linha.substr(0, linha.find(';')), ESPACOS);
+            if (!tamanho.empty() && tamanho.find_first_not_of('0') == std::string_view::npos) {
                 return leFimDosPedacos();
             }
             fim = leBytes(tamanho, 16);

@@ -12,6 +12,8 @@
  *   faultstring      as it came
  *   campo, ...       up to eight attributes that it had there, under the same names
  *
+ * The message holds 64 KiB of each of its two texts, an attribute 4 KiB.
+ *
  * They come from the fault's detail (YSoapServer_setDetalheDaFalha). Of a fault without one, class
  * and place are known when its text has the form that this library writes; else mensagemRemota is
  * the whole text, and the message too.

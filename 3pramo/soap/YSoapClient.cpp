@@ -74,9 +74,11 @@ Ponteiro<YStream> envelopeDe(const char *portType, const char *metodo, const YNo
     return corpo;
 }
 
+/// The zone of an IPv6 address ("%eth0") means something on this machine alone.
 std::string hostDe(const Privado &p) {
-    const bool ipv6 = p.endereco.find(':') != std::string::npos;
-    return (ipv6 ? "[" + p.endereco + "]" : p.endereco) + ":" + std::to_string(p.porta);
+    const std::string nome = p.endereco.substr(0, p.endereco.find('%'));
+    const bool ipv6 = nome.find(':') != std::string::npos;
+    return (ipv6 ? "[" + nome + "]" : nome) + ":" + std::to_string(p.porta);
 }
 
 /// Head and body, so that both leave in one system call.

@@ -91,7 +91,8 @@ Y_EXPORTA void YSoapClient_setLimiteDaResposta(YSoapClient *cliente, uint64_t by
  *   YExcSoap, with "ADDRESS:PORT. " in front:
  *   - "Resposta não é XML.": the parser does not take it, or its tree is beyond a bound;
  *   - "Resposta sem elemento.": the Body is empty.
- *   YExcSoap "Caractere fora de ISO-8859-1." for a character in UTF-8 that ISO-8859-1 does not have;
+ *   YExcSoap "Caractere fora de ISO-8859-1." for a character in UTF-8 that ISO-8859-1 does not have
+ *   (a fault has a "?" for it);
  *   "Mensagem SOAP mal formada." for references beyond a bound, "id: ID. Referência circular entre
  *   elementos." for a circle of them; what YNo_corrigeMaps raises for a bad map.
  * Owns: the caller owns the answer. */

@@ -104,14 +104,15 @@ struct Lida {
     Sobra sobra{};
 };
 
-Lida leXml(YMensagemHttp &mensagem) {
-    preparaTexto(*mensagem.body, ehUtf8(mensagem));
+/// `perdidos` counts the characters in it that are "?" now, for ISO-8859-1 does not have them.
+Lida leXml(YMensagemHttp &mensagem, std::size_t &perdidos) {
+    preparaTexto(*mensagem.body, ehUtf8(mensagem), &perdidos);
     const auto parser = cria<YSoapParser>(YSoapParser_rtti, FONTE_DO_CLIENTE);
     YNo *raiz = nullptr;
     try {
         YSoapParser_leNo(parser, &raiz, mensagem.body);
     } catch (const YExcecao &e) {
-        if (e.what() == std::string_view("Memória insuficiente."_l1)) {
+        if (e.mensagem() == std::string_view("Memória insuficiente."_l1)) {
             throw;
         }
         return {};
@@ -130,7 +131,8 @@ YNo *elementoDaResposta(const YNo &corpo, const char *metodo) {
 
 Ponteiro<YNo> interpretaResposta(YMensagemHttp &mensagem, int status, const char *metodo,
                                  const std::string &onde) {
-    const Lida lida = leXml(mensagem);
+    std::size_t perdidos = 0;
+    const Lida lida = leXml(mensagem, perdidos);
     const bool envelope = lida.raiz != nullptr && textoOuNada(lida.raiz->nome) == "Envelope";
     const YNo *corpo = envelope ? YNo_getFilho(lida.raiz, "Body", 0) : nullptr;
     // Servers send faults with status 500 as well.
@@ -143,6 +145,10 @@ Ponteiro<YNo> interpretaResposta(YMensagemHttp &mensagem, int status, const char
     if (status != 200 || corpo == nullptr) {
         falhaDaChamada(YExcIOError_rtti, onde + "HTTP " + std::to_string(status) + ". ",
                        "Resposta sem envelope SOAP.");
+    }
+    // A result is read whole or not at all. That a call failed, and why, is told with such letters missing.
+    if (perdidos != 0) {
+        caractereDeFora();
     }
     YNo *elemento = elementoDaResposta(*corpo, metodo);
     if (elemento == nullptr) {

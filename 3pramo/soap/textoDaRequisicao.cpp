@@ -22,18 +22,33 @@ bool soAscii(std::string_view texto) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+std::string_view semPrimeiroCaractere(std::string_view utf8) {
+    const auto continua = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; };
+    return {std::find_if_not(utf8.begin() + 1, utf8.end(), continua), utf8.end()};
+}
+
 // Converts the unread part in place: what is written never overtakes what is read.
-void converte(YStream &stream) {
-    // All is checked before a byte changes; only a character that does not fit stops halfway, and raises.
-    const std::string_view resto = naoLido(stream);
+void converte(YStream &stream, std::size_t *perdidos) {
+    // All is checked before a byte changes; only a character that does not fit stops halfway.
+    std::string_view resto = naoLido(stream);
     if (soAscii(resto) || !ehUtf8(resto)) {
         return;
     }
-    const Conversao conversao = converteParaLatin1(resto, stream.dados + stream.lido);
-    if (conversao.fim == FimDaConversao::FORA) {
-        lanca(YExcSoap_rtti, "Caractere fora de ISO-8859-1."_l1, FONTE);
+    char *destino = stream.dados + stream.lido;
+    for (;;) {
+        const Conversao conversao = converteParaLatin1(resto, destino);
+        destino += conversao.escritos;
+        if (conversao.fim != FimDaConversao::FORA) {
+            break;
+        }
+        if (perdidos == nullptr) {
+            caractereDeFora();
+        }
+        resto = semPrimeiroCaractere(resto.substr(conversao.lidos));
+        *destino++ = '?';
+        ++*perdidos;
     }
-    encolhe(stream, stream.lido + conversao.escritos);
+    encolhe(stream, static_cast<std::size_t>(destino - stream.dados));
 }
 
 // True when the declaration's encoding is UTF-8, in any letter case.
@@ -57,7 +72,11 @@ bool declaraUtf8(std::string_view declaracao) {
 
 } // namespace
 
-void preparaTexto(YStream &stream, bool utf8SeNadaDiz) {
+void caractereDeFora() {
+    lanca(YExcSoap_rtti, "Caractere fora de ISO-8859-1."_l1, FONTE);
+}
+
+void preparaTexto(YStream &stream, bool utf8SeNadaDiz, std::size_t *perdidos) {
     if (naoLido(stream).starts_with(MARCA_DE_ORDEM)) {
         stream.lido += MARCA_DE_ORDEM.size();
     }
@@ -72,7 +91,7 @@ void preparaTexto(YStream &stream, bool utf8SeNadaDiz) {
         declaracao.find(ENCODING) != std::string_view::npos ? declaraUtf8(declaracao) : utf8SeNadaDiz;
     stream.lido += declaracao.size();
     if (utf8) {
-        converte(stream);
+        converte(stream, perdidos);
     }
 }
 

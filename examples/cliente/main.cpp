@@ -19,19 +19,20 @@ pramo::Ponteiro<YNo> parcelas(std::int32_t a, std::int32_t b) {
 }
 
 /// A result read strictly: what the server says is not taken on trust.
-std::int64_t numero(const YNo *resposta) {
-    const auto lido = pramo::le<std::int64_t>(resposta, "return");
+template <typename T>
+T resultado(const YNo *resposta) {
+    auto lido = pramo::le<T>(resposta, "return");
     if (!lido) {
-        YContextoTry_throw(YExcSoap_rtti, "A resposta não traz um número."_l1, "main", __LINE__);
+        YContextoTry_throw(YExcSoap_rtti, "A resposta não traz o resultado."_l1, "main", __LINE__);
     }
     return *lido;
 }
 
 void usaCalc(YSoapClient *cliente) {
-    std::cout << "2 + 3 = " << numero(pramo::chama(cliente, "Calc", "soma", parcelas(2, 3).get()).get())
-              << '\n';
+    const auto soma = pramo::chama(cliente, "Calc", "soma", parcelas(2, 3).get());
+    std::cout << "2 + 3 = " << resultado<std::int64_t>(soma) << '\n';
     const auto lema = pramo::chama(cliente, "Calc", "lema");
-    std::cout << pramo::utf8(YNo_getString(lema, "return")) << '\n';
+    std::cout << pramo::utf8(resultado<std::string>(lema)) << '\n';
 }
 
 /// A service object of our own, which lives between the calls that name it in "eu".
@@ -41,7 +42,7 @@ void usaContador(YSoapClient *cliente) {
     YNo_setInt(pedido, "valor", 20);
     for (int vez = 0; vez < 2; vez++) {
         const auto total = pramo::chama(cliente, "Contador", "incrementa", pedido);
-        std::cout << "contador: " << numero(total) << '\n';
+        std::cout << "contador: " << resultado<std::int64_t>(total) << '\n';
     }
     pramo::chama(cliente, "Contador", "destroi", pedido);
 }
@@ -54,7 +55,7 @@ void usaErrado(YSoapClient *cliente) {
         if (!falha.ehDaClasse(YExcFalhaRemota_rtti)) {
             throw;
         }
-        std::cout << "recusada: " << pramo::utf8(falha.atributo("mensagemRemota")) << '\n';
+        std::cout << "recusada: " << pramo::utf8(falha.mensagem()) << '\n';
     }
 }
 

@@ -129,7 +129,9 @@ TEST_F(ClienteEPar, oQueUmServidorResponde) {
         {"YExcFalhaRemota: Falha sem texto.", http(corpo("<Fault><detail><falha><classe>Y</classe></falha></detail></Fault>"))},
         {"\xE7", http("<?xml version='1.0' encoding='utf-8'?>" + utf8)}, {"\xE7", http(utf8, "Content-Type: text/xml; Charset=\"UTF-8\"\r\n")},
         {"\xC3\xA7", http(utf8)}, {"7", http(corpo("<m id=\"1\">7</m><somaResponse><return href=\"#1\"/></somaResponse>"))},
-        {"YExcSoap: Caractere fora de ISO-8859-1.", http("<?xml encoding=\"utf-8\"?>\xE2\x82\xAC")},
+        {"YExcSoap: Caractere fora de ISO-8859-1.", http("<?xml encoding=\"utf-8\"?>" + corpo("<r><return>\xE2\x82\xAC</return></r>"))},
+        {"YExcFalhaRemota: a ? \xE7", http("<?xml encoding=\"utf-8\"?>" + corpo("<Fault><faultstring>a \xE2\x82\xAC \xC3\xA7</faultstring></Fault>"))},
+        {"YExcIOError: HTTP 502. Resposta sem envelope SOAP.", http("<p>\xE2\x82\xAC", "Content-Type: text/html; charset=utf-8\r\n", "502 x")},
     };
     // clang-format on
     for (const auto &[resultado, bytes] : casos) {
@@ -143,7 +145,7 @@ TEST_F(ClienteEPar, usaAConexaoOutraVezSoQuandoEDele) {
     const std::tuple<std::string, bool, int> casos[] = { // of three calls, how many connections
         {http(CINCO), false, 1}, {pedacos("5d\r\n" + CINCO + "\r\n0\r\n\r\n"), false, 1},
         {"HTTP/1.0 200 OK\nConnection: Keep-Alive\nContent-Length: 93\n\n" + CINCO, false, 1}, {"HTTP/1.0 200 OK\nContent-Length: 93\n\n" + CINCO, false, 3},
-        {http(CINCO, "Connection: x, close\r\n"), false, 3}, {http(CINCO) + "sobra", false, 3}, // nobody's answer
+        {http(CINCO, "Connection: keep-alive, close\r\n"), false, 3}, {http(CINCO) + "sobra", false, 3}, // nobody's answer
         {http(CINCO), true, 3}, // ended by the peer between two calls
     };
     // clang-format on
@@ -164,6 +166,12 @@ TEST_F(ClienteEPar, oPrazoEARecusaEOQueNaoSai) {
     YSoapClient_setPrazo(cliente, 50);
     EXPECT_EQ(chama(), "YExcIOError: Prazo da chamada esgotado.");
     EXPECT_EQ(YSoapClient_foiEnviada(cliente), 1);
+    std::string gotas; // so many that there is always one to read
+    for (int n = 0; n < 1'000'000; n++) {
+        gotas += "1\r\n \r\n";
+    }
+    par.responde(pedacos(gotas));
+    EXPECT_EQ(chama(), "YExcIOError: Prazo da chamada esgotado.");
     YSoapClient_setPrazo(cliente, 10'000);
     EXPECT_EQ(chama("so ma"), "YExc: Nome inválido."_l1);
     EXPECT_EQ(excecao([&] { YSoapClient_setEndereco(cliente, "a\r\nX: y", 80); }),
