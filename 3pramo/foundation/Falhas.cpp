@@ -29,19 +29,30 @@ std::uint64_t mistura(std::string_view texto, std::uint64_t semente) {
     return chave | 1;
 }
 
+// Nothing is caught around the log, which raises nothing: a sink that ends its thread unwinds through here
+// while an exception is handled, and in a catch block that would end the process.
 void escreveNoLog(const Falhas::Texto &texto, std::uint32_t caladas) {
-    try {
-        if (caladas == 0) {
-            YObLOG_masc_print(Y_LOG_ERRO, "%s", texto.data());
-        } else {
-            YObLOG_masc_print(Y_LOG_ERRO, "%s [mais %u vezes]", texto.data(), caladas);
-        }
-    } catch (...) { // the log itself has failed: there is nobody left to tell
-        if (terminaAThread()) {
-            throw;
-        }
+    if (caladas == 0) {
+        YObLOG_masc_print(Y_LOG_ERRO, "%s", texto.data());
+    } else {
+        YObLOG_masc_print(Y_LOG_ERRO, "%s [mais %u vezes]", texto.data(), caladas);
     }
 }
+
+/// A message as a line may show it: a handler's may quote what it failed on, card data too. Masked before it
+/// is cut, with more behind the cut than a card number is long: the beginning of one looks like none.
+class Mensagem {
+public:
+    explicit Mensagem(const char *inteira) {
+        std::snprintf(texto_.data(), texto_.size(), "%s", inteira);
+        mascaraNoLugar(texto_.data(), std::strlen(texto_.data()));
+    }
+
+    [[nodiscard]] const char *texto() const { return texto_.data(); }
+
+private:
+    std::array<char, std::tuple_size_v<Falhas::Texto> + 64> texto_{};
+};
 
 } // namespace
 
@@ -54,13 +65,13 @@ std::uint64_t Falhas::descreve(const char *operacao, Texto &texto) const {
         throw;
     } catch (const YExcecao &e) {
         std::snprintf(texto.data(), texto.size(), "%s_%s: %s: %.200s (%s:%d)", classe_, operacao,
-                      e.classe()->name, e.what(), e.arquivo(), e.linha());
+                      e.classe()->name, Mensagem(e.what()).texto(), e.arquivo(), e.linha());
         return mistura(e.classe()->name, mistura(e.arquivo(), static_cast<std::uint64_t>(e.linha())));
     } catch (const std::bad_alloc &) {
         escreve("YExc", "Memória insuficiente."_l1);
     } catch (const std::exception &e) {
         // Its text may quote what a peer sent: the type alone is the cause.
-        escreve("YExc", e.what());
+        escreve("YExc", Mensagem(e.what()).texto());
         return mistura(typeid(e).name(), 0);
     } catch (...) {
         if (terminaAThread()) {
@@ -87,8 +98,6 @@ Falhas::Causa &Falhas::lugarPara(std::uint64_t chave) {
 void Falhas::registra(const char *operacao, Quanto quanto) {
     Texto texto{};
     const std::uint64_t chave = descreve(operacao, texto);
-    // A handler's message may quote what it failed on, card data too.
-    mascaraNoLugar(texto.data(), std::strlen(texto.data()));
     std::uint32_t caladas = 0;
     {
         const auto agora = std::chrono::steady_clock::now();

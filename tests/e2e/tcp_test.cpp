@@ -26,6 +26,8 @@ protected:
         while (YSocket_recebeLinhaMs(socket, linha, 10'000) == Y_ESPERA_PRONTA) {
             const std::string ordem = conteudo(linha);
             ordem == "yexc" ? YContextoTry_throw(YExcIOError_rtti, "falha de teste", "Teste", 1) : void();
+            const std::string longa = std::string(190, 'm') + "4111111111111111";
+            ordem == "longa" ? YContextoTry_throw(YExcIOError_rtti, longa.c_str(), "Teste", 2) : void();
             ordem == "int" ? throw 42 : void();
             ordem == "sai" ? pthread_exit(nullptr) : void();
             if (ordem == "acaba") {
@@ -84,13 +86,16 @@ TEST_F(Tcp, oQueSaiDoTratadorSoEncerraASuaConexao) {
     const std::string emUso = "YExc: Objeto em uso pela própria thread.|"_l1;
     Cliente outro(servidor.porta());
     for (const auto &[ordem, resposta] :
-         {std::pair("yexc"s, ""s), {"int", ""}, {"sai", ""}, {"acaba", emUso + emUso}}) {
+         {std::pair("yexc"s, ""s), {"longa", ""}, {"int", ""}, {"sai", ""}, {"acaba", emUso + emUso}}) {
         EXPECT_EQ(conversa(servidor.porta(), "um\n" + ordem + "\nnunca\n"), "um\n" + resposta) << ordem;
         outro.envia(ordem + "?\n");
         EXPECT_EQ(outro.recebeBytes(ordem.size() + 2), ordem + "?\n");
     }
     EXPECT_EQ(diario.quantos("YTcpServer_trataConexao: YExcIOError: falha de teste (Teste:1)"), 1);
-    EXPECT_EQ(diario.quantos(""), 2);
+    EXPECT_EQ(diario.quantos("mm411111**** (Teste:2)"), 1) << "masked, then cut";
+    EXPECT_EQ(diario.quantos(""), 3);
+    YObLOG_setSaida([](void *, int, const char *) { pthread_exit(nullptr); }, nullptr);
+    EXPECT_EQ(conversa(servidor.porta(), "longa\n") + conversa(servidor.porta(), "um\n"), "um\nadeus");
 }
 
 template <char NOME>
