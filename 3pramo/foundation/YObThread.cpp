@@ -248,8 +248,11 @@ int YObThread_dorme(YObThread *thread, uint32_t milissegundos) {
     // Other changes wake it, too: it sleeps on until the time has passed or the life is over.
     while (p.viva && !p.acordada && p.mudou.esperaAte(p.trinco, fim)) {
     }
+    if (!p.viva) {
+        return 0; // and the wake, if there is one, stays for the next run
+    }
     p.acordada = false;
-    return p.viva ? 1 : 0;
+    return 1;
 }
 
 void YObThread_acorda(YObThread *thread) {

@@ -50,8 +50,9 @@ Y_EXPORTA int YObThread_isAlive(const YObThread *thread);
 Y_EXPORTA int YObThread_dorme(YObThread *thread, uint32_t milissegundos);
 
 /* Wakes the thread from YObThread_dorme; it goes on living. While it does not sleep the wake is kept
- * for its next sleep, which then returns at once, also across a stop and a start. Several that no
- * sleep has taken yet are one. So none is lost: put down the work first, then wake.
+ * for its next sleep, which then returns at once, also across a stop and a start: a sleep that a stop
+ * ends takes none. Several that no sleep has taken yet are one. So none is lost: put down the work
+ * first, then wake.
  * Threads: any, while the object lives. */
 Y_EXPORTA void YObThread_acorda(YObThread *thread);
 
