@@ -1,6 +1,8 @@
 // Sockets over loopback.
 #include "apoio/teste.hpp"
 
+#include <fcntl.h>
+
 namespace {
 
 constexpr uint32_t MUITO = 9000; // milliseconds
@@ -66,6 +68,15 @@ TEST_F(Socket, escutaOndeSePede) {
             EXPECT_EQ(conecta(*novo(), alvo), alvo == endereco ? Y_ESPERA_PRONTA : Y_ESPERA_FECHADA) << alvo;
         }
     }
+}
+
+TEST_F(Socket, oQueOProgramaImprimeNaoVaiAoOutroLado) {
+    EXPECT_TRUE(noFilho([this] {
+        close(0), close(1), close(2); // and their numbers are the next to be given out
+        liga();
+        const auto servidor = cria<YTcpServer>(YTcpServer_rtti);
+        return fcntl(0, F_GETFD) + fcntl(1, F_GETFD) + fcntl(2, F_GETFD) == -3;
+    }));
 }
 
 // Each operation that waits, under each end that a wait can have.

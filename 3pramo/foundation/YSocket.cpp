@@ -309,7 +309,7 @@ void pramo::despede(YSocket &socket, int limite, int silencio) {
     socket.acabou = true;
 }
 
-Despertador::Despertador() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+Despertador::Despertador() : fd_(sistema::acimaDosPadroes(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
     if (fd_ < 0) {
         lanca(YExc_rtti, "Falta descritor."_l1, FONTE);
     }

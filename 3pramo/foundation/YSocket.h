@@ -11,7 +11,8 @@
  * the wait ended.
  *
  * Interrupted system calls are taken up again, with what remains of the time. No write ever raises
- * SIGPIPE.
+ * SIGPIPE. Its descriptor is none of the three standard ones, also in a process that was started
+ * without them: what that prints and logs never goes to a peer.
  * Raises: YExcIOError "Falha no envio pelo socket." from a write to a peer that has gone, or that
  * takes nothing for 30 seconds.
  * Threads: one at a time reads and one writes; any may cancel (YSocket_cancela). */

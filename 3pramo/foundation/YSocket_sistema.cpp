@@ -70,7 +70,7 @@ Endereco enderecoV4(in_addr numero, std::uint16_t porta) {
 }
 
 int escutaEm(const Endereco &endereco) {
-    const int fd = socket(endereco.onde.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int fd = acimaDosPadroes(socket(endereco.onde.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (fd < 0) {
         return -1;
     }
@@ -147,6 +147,18 @@ ssize_t enviaUmaVez(int fd, std::span<const std::string_view> partes, std::size_
 
 } // namespace
 
+int acimaDosPadroes(int fd) {
+    if (fd < 0 || fd > STDERR_FILENO) {
+        return fd;
+    }
+    const int outro = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    // close may change it, and the caller asks why there is none.
+    const int erro = errno;
+    close(fd);
+    errno = erro;
+    return outro;
+}
+
 Espera espera(int fd, short evento, const Prazo &prazo, int despertador) {
     std::array<pollfd, 2> dois = {{{fd, evento, 0}, {despertador, POLLIN, 0}}};
     for (;;) {
@@ -189,7 +201,7 @@ int escuta(const char *endereco, std::uint32_t porta) {
 
 int aceita(int ouvinte) {
     // The listener blocks; its SO_RCVTIMEO ends the wait.
-    const int fd = accept4(ouvinte, nullptr, nullptr, SOCK_CLOEXEC);
+    const int fd = acimaDosPadroes(accept4(ouvinte, nullptr, nullptr, SOCK_CLOEXEC));
     if (fd >= 0) {
         return fd;
     }
@@ -216,7 +228,7 @@ int aceita(int ouvinte) {
 }
 
 int comecaConexao(const addrinfo &endereco) {
-    const int fd = socket(endereco.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const int fd = acimaDosPadroes(socket(endereco.ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (fd < 0 || connect(fd, endereco.ai_addr, endereco.ai_addrlen) == 0 || errno == EINPROGRESS ||
         errno == EINTR) {
         return fd;

@@ -16,6 +16,11 @@ namespace pramo::sistema {
 
 constexpr std::uint32_t MAIOR_PORTA = 65535;
 
+/// What was just opened, by a number that is none of standard input, output and error: a process may have
+/// been started without those, and what it prints, the log above all, must not go to a peer. -1 stays it,
+/// with errno.
+int acimaDosPadroes(int fd);
+
 enum class Espera { EVENTO, PRAZO, DESPERTADOR };
 
 /// Waits until `evento` of the descriptor, or until the descriptor `despertador` (-1: none) can be read.
