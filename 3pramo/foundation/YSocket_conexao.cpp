@@ -12,6 +12,7 @@
 #include <memory>
 #include <netdb.h>
 #include <poll.h>
+#include <pthread.h>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -79,6 +80,8 @@ struct Busca {
 
 // Searches whose asker may have left: each holds a thread for as long as the system's resolver lasts.
 std::atomic<int> buscasAbertas{0};
+// In the child of a fork none of them goes on.
+[[maybe_unused]] const int noFilhoNenhuma = pthread_atfork(nullptr, nullptr, [] { buscasAbertas = 0; });
 
 void executaBusca(void *argumento) {
     // This thread's share in the search; the asker may have given up its own by now.

@@ -130,6 +130,11 @@ TEST(Busca, naoSeguraQuemPerguntaAlemDoSeuPrazo) {
         const auto fim = n < 64 ? Y_ESPERA_PRAZO : Y_ESPERA_FECHADA;
         EXPECT_EQ(YSocket_conectaMs(socket, "mudo.invalid", 1, n < 64 ? 5 : 20'000), fim) << n;
     }
+    EXPECT_TRUE(noFilho([] { // where none of those goes on
+        const auto ouvinte = cria<YSocket>(YSocket_rtti), cliente = cria<YSocket>(YSocket_rtti);
+        YSocket_escuta(ouvinte, 0);
+        return YSocket_conectaMs(cliente, "localhost", YSocket_getPorta(ouvinte), 9'000) == Y_ESPERA_PRONTA;
+    }));
     responde = true;
     responde.notify_all();
     while (perguntas > 0) {
