@@ -24,8 +24,8 @@
  * - Freeing the server stops it and ends what handlers receive, now and later, as if their peers had
  *   closed; it lets them finish and send up to the deadline (YTcpServer_setPrazoDeEncerramento), and
  *   returns when the last of them has returned, before the destructor of any derived class runs.
- * - From one of its own handlers starting it again, stopping and freeing it raise YExc "Objeto em uso
- *   pela própria thread." and change nothing. */
+ * - From one of its own handlers stopping and freeing it, and starting it once it was stopped, raise
+ *   YExc "Objeto em uso pela própria thread." and change nothing. */
 #ifndef Y3PRAMO_FOUNDATION_YTCPSERVER_H
 #define Y3PRAMO_FOUNDATION_YTCPSERVER_H
 

@@ -65,7 +65,7 @@ Y_INICIO_C
 typedef void (*YFuncaoTratadorHttp)(void *contexto, char *uri, YMensagemHttp *requisicao,
                                     YMensagemHttp *resposta);
 
-/* A handler with its context, as one unit. */
+/* A handler with its context, as one unit. There is always one: `funcao` is not null. */
 typedef struct YTratadorHttp {
     void *contexto;
     YFuncaoTratadorHttp funcao;

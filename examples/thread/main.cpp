@@ -82,9 +82,9 @@ int main() {
         }
         YObThread_stop(impressora); // returns when its run has; freeing the object would do the same
         std::cout << impressora->saiu << " linhas" << std::endl;
+        return std::cout ? 0 : 1; // nobody may have got them
     } catch (const std::exception &erro) {
         std::cerr << "thread: " << erro.what() << '\n';
         return 1;
     }
-    return 0;
 }
