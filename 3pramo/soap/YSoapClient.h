@@ -68,8 +68,8 @@ Y_EXPORTA void YSoapClient_setLimiteDaResposta(YSoapClient *cliente, uint64_t by
  * `requisicao`, whose own name and attributes do not matter; null for none.
  *
  * A connection is used for another call within a second when the server keeps it: its answer is
- * HTTP/1.1 without "Connection: close", or says "keep-alive", and its end is known. Every other
- * call connects anew.
+ * HTTP/1.1 or says "keep-alive", does not say "close", and its end is known. Every other call
+ * connects anew.
  *
  * An answer in UTF-8 is converted when its XML declaration or, without one, its Content-Type says
  * so. Elements that refer to others (href="#id") read as those, and encoded maps as plain elements.

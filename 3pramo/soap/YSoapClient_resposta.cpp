@@ -4,6 +4,7 @@
 #include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/node/YNo_interno.hpp>
+#include <3pramo/soap/envelope.hpp>
 #include <3pramo/soap/referencias.hpp>
 #include <3pramo/soap/textoDaRequisicao.hpp>
 
@@ -60,9 +61,7 @@ void anotaAtributos(const YNo &partes) {
     int quantos = 0;
     for (const void *parte : filhosDe(partes)) {
         const auto &no = *static_cast<const YNo *>(parte);
-        const std::string_view nome = textoOuNada(no.nome);
-        if (nome != "classe" && nome != "detalhe" && nome != "mensagem" && nome != "lugar" &&
-            quantos < MAXIMO) {
+        if (quantos < MAXIMO && !ehParteDaFalha(textoOuNada(no.nome))) {
             quantos += YContextoTry_atributo(no.nome, no.valor);
         }
     }

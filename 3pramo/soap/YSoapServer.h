@@ -140,9 +140,9 @@ Y_EXPORTA void *YSoapServer_getGrupoDeRecursos(const YSoapServer *servidor);
  *     <mensagem>     its message
  *     <detalhe>      the detail text that stands in front of it, when there is one
  *     <lugar>        SOURCE:LINE
- *     and an element for each attribute of the exception (YContextoTry_atributo), as <campo>, the
- *     name of the form's field or the path of the element that was refused or is missing, and
- *     <nome>, that of a method or port type that is not known.
+ *     and an element for each attribute of the exception (YContextoTry_atributo) that is not called
+ *     like one of these, as <campo>, the name of the form's field or the path of the element that
+ *     was refused or is missing, and <nome>, that of a method or port type that is not known.
  * Of an exception that is not the library's it tells what the text tells: YExc "Erro interno." */
 Y_EXPORTA void YSoapServer_setDetalheDaFalha(YSoapServer *servidor, int comDetalhe);
 

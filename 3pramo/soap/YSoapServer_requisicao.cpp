@@ -77,7 +77,9 @@ void emiteDetalhe(YStream *saida, const YExcecao &excecao) {
     }
     emiteElemento(saida, "lugar", std::string(excecao.arquivo()) + ":" + std::to_string(excecao.linha()));
     for (const auto &[nome, valor] : excecao.atributos()) {
-        emiteElemento(saida, nome, valor);
+        if (!ehParteDaFalha(nome)) {
+            emiteElemento(saida, nome, valor);
+        }
     }
     acrescenta(*saida, FIM_DO_DETALHE);
 }

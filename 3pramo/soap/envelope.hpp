@@ -19,6 +19,11 @@ constexpr std::string_view INICIO_DO_ENVELOPE =
     "<SOAP-ENV:Body>";
 constexpr std::string_view FIM_DO_ENVELOPE = "</SOAP-ENV:Body></SOAP-ENV:Envelope>";
 
+/// What every detail of a fault tells, so that no attribute of an exception can stand for it.
+constexpr bool ehParteDaFalha(std::string_view nome) {
+    return nome == "classe" || nome == "mensagem" || nome == "detalhe" || nome == "lugar";
+}
+
 } // namespace pramo::soap
 
 #endif

@@ -50,6 +50,7 @@ void espera(YWebService *servico, YNo * /*requisicao*/, YNo *resposta) {
 
 void falha(YWebService * /*servico*/, YNo * /*requisicao*/, YNo *resposta) {
     YNo_setInt(resposta, "return", 1);
+    YContextoTry_atributo("detalhe", "de uma aplicação"); // not what a fault tells under this name
     YContextoTry_throw(YExcSoap_rtti, "Ação <não> permitida & só isso: \x01§."_l1, "alvo", __LINE__);
 }
 
