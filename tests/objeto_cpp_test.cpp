@@ -93,9 +93,21 @@ struct Retentor : pramo::Objeto<Retentor, YRetentor> {
     }
 };
 
+struct Tipo : pramo::Objeto<Tipo, Pramo_Tipo> {
+    std::string nome = "cpf";
+    static void poeSlots(Pramo_Tipo_Rtti &tabela) {
+        tabela.gravaEmYNo = [](Pramo_Tipo *eu, const Pramo_Variavel *, YNo *elemento) {
+            YNo_setNome(elemento, static_cast<Tipo *>(eu)->nome.c_str());
+        };
+    }
+};
+
 TEST(ObjetoCpp, osSlotsSaoOsDaBaseEOsDaClasse) {
     const auto retentor = cria<Retentor>();
     EXPECT_EQ(YRetentor_requisita0(retentor, nullptr, 2, nullptr, 0), 7);
+    const auto elemento = cria<YNo>(YNo_rtti);
+    Pramo_Tipo_gravaEmYNo(cria<Tipo>().get(), nullptr, elemento);
+    EXPECT_STREQ(YNo_getNome(elemento), "cpf");
     auto fio = cria<Fio>();
     YObThread_start(fio);
     fio.reset(); // the end stops it first

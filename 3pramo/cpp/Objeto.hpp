@@ -23,9 +23,10 @@
 // - It has no virtual functions, and Objeto is its first base: the object system's header stands at its
 //   beginning. What does not fit does not compile. Two classes of C++ are not derived from one another; what
 //   they share they have as further bases or members.
-// - A class of a thread (YObThread) has a public `void run()`, which is its thread's body. The other slots of
-//   a base are kept; a class fills those it wants in a public `static void poeSlots(TABELA &)`, as one of a
-//   YRetentor its requisita0 in a YRetentor_Rtti.
+// - A class of a thread (YObThread) has a public `void run()`, which is its thread's body, and is started by
+//   who made the object, not by its constructor: one that raised would take the members from under the
+//   thread. The other slots of a base are kept; a class fills those it wants in a public
+//   `static void poeSlots(TABELA &)`, as one of a YRetentor its requisita0 in a YRetentor_Rtti.
 // - The class is named in the SOAP server and in reports as its type is, without namespace; a public
 //   `static constexpr const char *NOME` names it otherwise.
 #ifndef Y3PRAMO_CPP_OBJETO_HPP
@@ -56,6 +57,8 @@ consteval auto tabelaDe() {
         return std::type_identity<YRetentor_Rtti>();
     } else if constexpr (std::is_base_of_v<Pramo_Operacao, BASE>) {
         return std::type_identity<Pramo_Operacao_Rtti>();
+    } else if constexpr (std::is_base_of_v<Pramo_Tipo, BASE>) {
+        return std::type_identity<Pramo_Tipo_Rtti>();
     } else {
         return std::type_identity<YRtti>();
     }

@@ -58,18 +58,22 @@ struct Assinatura {
     using Parametros = std::tuple<PARAMETROS...>;
 };
 
-template <typename R, typename... P>
+// A member function may be that of a further base of the service object's class.
+template <typename SERVICO, typename C>
+using ComoServico = std::conditional_t<std::is_base_of_v<C, SERVICO>, SERVICO, C>;
+
+template <typename SERVICO, typename R, typename... P>
 Assinatura<R, P...> assinaturaDe(R (*)(P...));
-template <typename R, typename C, typename... P>
-Assinatura<R, C &, P...> assinaturaDe(R (C::*)(P...));
-template <typename R, typename C, typename... P>
-Assinatura<R, const C &, P...> assinaturaDe(R (C::*)(P...) const);
+template <typename SERVICO, typename R, typename C, typename... P>
+Assinatura<R, ComoServico<SERVICO, C> &, P...> assinaturaDe(R (C::*)(P...));
+template <typename SERVICO, typename R, typename C, typename... P>
+Assinatura<R, const ComoServico<SERVICO, C> &, P...> assinaturaDe(R (C::*)(P...) const);
 
 // Of a function object: that of its operator.
 template <typename R, typename C, typename... P>
 Assinatura<R, P...> assinaturaDoOperador(R (C::*)(P...) const);
 
-template <typename FUNCAO>
+template <typename SERVICO, typename FUNCAO>
 auto assinatura() {
     if constexpr (std::is_class_v<FUNCAO>) {
         static_assert(
@@ -77,7 +81,7 @@ auto assinatura() {
             "a function with one signature, and not mutable: calls run on many threads at once");
         return decltype(assinaturaDoOperador(&FUNCAO::operator()))();
     } else {
-        return decltype(assinaturaDe(FUNCAO()))();
+        return decltype(assinaturaDe<SERVICO>(FUNCAO()))();
     }
 }
 
@@ -88,7 +92,7 @@ inline constexpr bool COM_SERVICO = false;
 template <typename PRIMEIRO, typename... P>
 inline constexpr bool COM_SERVICO<PRIMEIRO &, P...> = std::is_base_of_v<YWebService, PRIMEIRO>;
 
-template <typename FUNCAO, std::size_t NOMES, typename ASSINATURA = decltype(assinatura<FUNCAO>())>
+template <typename FUNCAO, std::size_t NOMES, typename ASSINATURA>
 struct Forma;
 template <typename FUNCAO, std::size_t NOMES, typename R, typename... P>
 struct Forma<FUNCAO, NOMES, Assinatura<R, P...>> {
@@ -110,7 +114,7 @@ struct Forma<FUNCAO, NOMES, Assinatura<R, P...>> {
 
 template <typename SERVICO, typename FUNCAO, std::size_t NOMES>
 class Metodo {
-    using F = Forma<FUNCAO, NOMES>;
+    using F = Forma<FUNCAO, NOMES, decltype(assinatura<SERVICO, FUNCAO>())>;
     template <std::size_t I>
     using Valor = typename F::template Valor<I>;
     using Resultado = typename F::Resultado;

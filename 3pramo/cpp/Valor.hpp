@@ -98,18 +98,22 @@ T valorLido(const Leitura<T> &lido, const char *nome) {
 
 /// The parameter of this name, as leitura.hpp reads it; raises YExcSoap as YNo_getFilhoUnico when it is
 /// missing, and "parâmetro: NAME. Valor inválido." or "... Valor fora da faixa." for what is not of the type.
-/// A text without content is empty.
+/// A text without content is empty; an element that has others in it is no text.
 template <typename T>
 T leParametro(const YNo *requisicao, const char *nome) {
     YNo *no = YNo_getFilhoUnico(requisicao, nome);
     if constexpr (EhNo<T>) {
         return no;
     } else if constexpr (EhTexto<T>) {
-        const char *conteudo = YNo_getValor(no);
-        return conteudo != nullptr ? conteudo : "";
+        const char *conteudo = nullptr;
+        if (YNo_leTexto(no, "", &conteudo) != Y_LEITURA_OK) {
+            valorInvalido(nome);
+        }
+        return conteudo;
     } else if constexpr (std::is_same_v<T, float>) {
         const double valor = valorLido(le<double>(no, ""), nome);
-        if (std::isfinite(valor) && std::abs(valor) > std::numeric_limits<float>::max()) {
+        const bool grande = std::isfinite(valor) && std::abs(valor) > std::numeric_limits<float>::max();
+        if (grande || (valor != 0 && static_cast<float>(valor) == 0)) {
             foraDaFaixa(nome);
         }
         return static_cast<float>(valor);

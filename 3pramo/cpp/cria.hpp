@@ -35,9 +35,9 @@ using Classes =
                Par<YWebService, YWebService_rtti>, Par<YSoapServer, YSoapServer_rtti>,
                Par<YSoapClient, YSoapClient_rtti>, Par<YRetentor, YRetentor_rtti>,
                Par<YMensagemIso, YMensagemIso_rtti>, Par<YTabelaIso, YTabelaIso_rtti>,
-               Par<Pramo_Entidade, Pramo_Entidade_rtti>, Par<Pramo_Botao, Pramo_Botao_rtti>,
-               Par<Pramo_Periferico, Pramo_Periferico_rtti>, Par<Pramo_Variavel, Pramo_Variavel_rtti>,
-               Par<Pramo_Operacao, Pramo_Operacao_rtti>>;
+               Par<Pramo_Tipo, Pramo_Tipo_rtti>, Par<Pramo_Entidade, Pramo_Entidade_rtti>,
+               Par<Pramo_Botao, Pramo_Botao_rtti>, Par<Pramo_Periferico, Pramo_Periferico_rtti>,
+               Par<Pramo_Variavel, Pramo_Variavel_rtti>, Par<Pramo_Operacao, Pramo_Operacao_rtti>>;
 
 template <typename T, typename CLASSE>
 consteval bool ehDoTipo() {

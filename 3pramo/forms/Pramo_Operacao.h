@@ -139,8 +139,8 @@ Y_EXPORTA void Pramo_Operacao_carregaDaRequisicao(Pramo_Operacao *operacao, cons
  * fields, with those that it wants to have loaded or with none, and the application, in
  * trataCampos or after it, opens that operation, or does what else the button stands for.
  * Gives: the first button of that name that is offered (Pramo_Botao_setOferecido); null when the
- *   request named none or one that is not offered, and when its loading raised. Of several the
- *   last counts; an element without content is none.
+ *   request named none that is offered, and when its loading raised. Of several that are offered
+ *   the last counts; an element without content is none.
  * Lives: until the next loading or clear. */
 Y_EXPORTA Pramo_Botao *Pramo_Operacao_getBotaoAcionado(const Pramo_Operacao *operacao);
 

@@ -19,13 +19,17 @@ using namespace pramo;
 
 namespace {
 
-// Who handles the refusal need not look for the field's name in its text.
 // Names are quoted; what a field holds never is.
 [[noreturn]] void recusaNome(const char *antes, const char *nome, const char *depois) {
     const std::string mensagem = semFaltaDeMemoria(
         FONTE_DA_OPERACAO, [&] { return std::string(antes) + "\"" + nome + "\"" + depois; });
-    YContextoTry_atributo("campo", nome);
     lanca(YExcSoap_rtti, mensagem.c_str(), FONTE_DA_OPERACAO);
+}
+
+// Who handles the refusal of a field need not look for its name in the text.
+[[noreturn]] void recusaCampo(const char *antes, const char *nome, const char *depois) {
+    YContextoTry_atributo("campo", nome);
+    recusaNome(antes, nome, depois);
 }
 
 Pramo_Variavel &variavelDoCampo(const Pramo_Operacao &operacao, const YNo &campo) {
@@ -35,7 +39,7 @@ Pramo_Variavel &variavelDoCampo(const Pramo_Operacao &operacao, const YNo &campo
     }
     Pramo_Variavel *variavel = Pramo_Operacao_recuperaVariavel(&operacao, nome);
     if (variavel == nullptr) {
-        recusaNome("Não existe o campo "_l1, nome, ".");
+        recusaCampo("Não existe o campo "_l1, nome, ".");
     }
     return *variavel;
 }
@@ -194,7 +198,7 @@ private:
     // The detail text of this thread comes in front of the message of its next exception.
     [[noreturn]] static void recusa(const Pramo_Variavel &variavel, const char *antes, const char *depois) {
         YContextoTry_printf("campo: %s. ", variavel.nome);
-        recusaNome(antes, variavel.nome, depois);
+        recusaCampo(antes, variavel.nome, depois);
     }
 
     /// Whatever the type raises is said of its field, as an exception of the exchange.

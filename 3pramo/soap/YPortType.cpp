@@ -14,14 +14,11 @@ constexpr const char *FONTE = "YPortType";
 
 /// The map of handlers.
 struct Tratadores : YMapa {
-    std::shared_ptr<soap::YPortType_Privado> privado;
+    soap::YPortType_Privado privado;
 };
 
 void constroiTratadores(void *objeto) {
-    semFaltaDeMemoria(FONTE, [objeto] {
-        return std::construct_at(&static_cast<Tratadores *>(objeto)->privado,
-                                 std::make_shared<soap::YPortType_Privado>());
-    });
+    std::construct_at(&static_cast<Tratadores *>(objeto)->privado);
 }
 
 void destroiTratadores(void *objeto) {
@@ -62,7 +59,7 @@ void YPortType_setWsdl(YPortType *portType, const char *wsdl) {
 int YPortType_registraTratador(YPortType *portType, const char *metodo, YTratadorSoap tratador) {
     // A function's address in a map of data pointers: POSIX has them of one size.
     const int nova = YMapa_guarda(portType->tratadores, metodo, reinterpret_cast<void *>(tratador));
-    const bool outro = metodo != nullptr && soap::privado(*portType)->comContexto.erase(metodo) != 0;
+    const bool outro = metodo != nullptr && soap::privado(*portType).comContexto.erase(metodo) != 0;
     return outro ? 0 : nova;
 }
 
@@ -71,7 +68,7 @@ int YPortType_registraTratadorComContexto(YPortType *portType, const char *metod
                                           void (*liberaContexto)(void *contexto)) {
     return semFaltaDeMemoria(FONTE, [=] {
         const auto novo = std::make_shared<soap::TratadorComContexto>();
-        const auto [onde, nova] = soap::privado(*portType)->comContexto.try_emplace(metodo);
+        const auto [onde, nova] = soap::privado(*portType).comContexto.try_emplace(metodo);
         // Nothing fails from here on: the context changes hands.
         novo->funcao = tratador;
         novo->contexto = contexto;
@@ -81,7 +78,7 @@ int YPortType_registraTratadorComContexto(YPortType *portType, const char *metod
     });
 }
 
-std::shared_ptr<soap::YPortType_Privado> &soap::privado(const YPortType &portType) {
+soap::YPortType_Privado &soap::privado(const YPortType &portType) {
     return static_cast<Tratadores *>(portType.tratadores)->privado;
 }
 
@@ -94,7 +91,7 @@ soap::TratadorComContexto::~TratadorComContexto() {
 }
 
 soap::Tratador soap::procuraTratador(const YPortType &portType, const char *metodo) {
-    const auto &comContexto = soap::privado(portType)->comContexto;
+    const auto &comContexto = soap::privado(portType).comContexto;
     const auto achado = comContexto.find(std::string_view(metodo));
     if (achado != comContexto.end() && achado->second->funcao != nullptr) {
         return {nullptr, achado->second};

@@ -106,7 +106,7 @@ typedef struct YDefinicaoParametro {
  *   result under the name "return". Its address is the host that the client asked, $(*Host), and
  *   /soap/NAME.
  * - A method with a parameter "eu" is one of service objects: the document then has "constroi" and
- *   "destroi", too, as they are built in.
+ *   "destroi", too, as they are built in, unless they are described themselves.
  * - A description changes no call: nothing is checked by it, and a method without one is called as
  *   before.
  * Raises: YExcSoap "Nome inválido em WSDL." for a name that is not a letter or "_" followed by

@@ -54,9 +54,7 @@ struct YPortType_Privado {
     std::string wsdl; // made of them when it is first asked for
 };
 
-/// Shared, so that whoever takes a port type out of a server can have its contexts, whose release is the
-/// application's, outlive the lock.
-std::shared_ptr<YPortType_Privado> &privado(const YPortType &portType);
+YPortType_Privado &privado(const YPortType &portType);
 
 /// The handler of the method; none when it is built in or unknown.
 Tratador procuraTratador(const YPortType &portType, const char *metodo);

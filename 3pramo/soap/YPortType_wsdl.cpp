@@ -70,21 +70,18 @@ bool temEu(const Descricao &d) {
     return std::ranges::count(d.parametros, std::string_view("eu"), &Parametro::nome) != 0;
 }
 
-// The descriptions, between those of the built-in methods if any is of service objects.
+// The descriptions, between those of the built-in methods if any is of service objects. Of a built-in method
+// that the port type has itself, that is the one that is called.
 std::vector<Descricao> todasAsDescricoes(const YPortType_Privado &p) {
-    std::vector<Descricao> todas;
-    const bool comObjetos = std::ranges::any_of(p.descricoes, temEu);
-    const auto acrescenta = [&](const Descricao &d) {
+    std::vector<Descricao> todas = p.descricoes;
+    const auto embutido = [&](std::size_t onde, const Descricao &d) {
         if (std::ranges::count(todas, d.metodo, &Descricao::metodo) == 0) {
-            todas.push_back(d);
+            todas.insert(todas.begin() + static_cast<std::ptrdiff_t>(onde), d);
         }
     };
-    if (comObjetos) {
-        acrescenta({"constroi", {}, Y_XSD_STRING});
-    }
-    std::ranges::for_each(p.descricoes, acrescenta);
-    if (comObjetos) {
-        acrescenta({"destroi", {{"eu", Y_XSD_STRING}}, Y_XSD_NENHUM});
+    if (std::ranges::any_of(p.descricoes, temEu)) {
+        embutido(0, {"constroi", {}, Y_XSD_STRING});
+        embutido(todas.size(), {"destroi", {{"eu", Y_XSD_STRING}}, Y_XSD_NENHUM});
     }
     return todas;
 }
@@ -182,7 +179,7 @@ std::string fazDocumento(const YPortType_Privado &p) {
 
 void YPortType_descreveMetodo(YPortType *portType, const char *metodo, const YDefinicaoParametro *parametros,
                               uint32_t quantos, YTipoXsd tipoDoResultado) {
-    YPortType_Privado &p = *privado(*portType);
+    YPortType_Privado &p = privado(*portType);
     if (!p.nome.empty()) {
         exigeNome(p.nome.c_str()); // it was published before anything was described
     }
@@ -200,7 +197,7 @@ void YPortType_descreveMetodo(YPortType *portType, const char *metodo, const YDe
 }
 
 void soap::daNome(const YPortType &portType, const char *nome) {
-    YPortType_Privado &p = *privado(portType);
+    YPortType_Privado &p = privado(portType);
     if (!p.descricoes.empty()) {
         exigeNome(nome);
     }
@@ -212,7 +209,7 @@ void soap::daNome(const YPortType &portType, const char *nome) {
 }
 
 const char *soap::documentoDe(const YPortType &portType) {
-    YPortType_Privado &p = *privado(portType);
+    YPortType_Privado &p = privado(portType);
     if (portType.wsdl != nullptr || p.descricoes.empty()) {
         return portType.wsdl;
     }

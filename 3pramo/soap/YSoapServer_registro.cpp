@@ -221,13 +221,16 @@ bool publica(YSoapServer *servidor, const char *nome, YPortType *portType) {
         lanca(YExcSoap_rtti, "PortType sem nome."_l1, FONTE);
     }
     daNome(*portType, nome);
-    // The one of that name goes under the lock, but for its contexts: their release is the application's.
-    std::shared_ptr<YPortType_Privado> antigo;
+    // The one of that name goes after the lock: the release of its contexts is the application's, and so are
+    // the destructors of a derived class.
+    Ponteiro<YPortType> antigo;
     const Tranca tranca(privado(servidor).trinco);
-    if (const auto *velho = static_cast<const YPortType *>(YMapa_recupera(servidor->portTypes, nome))) {
-        antigo = privado(*velho);
+    if (const YMapaIt entrada = YMapa_busca(servidor->portTypes, nome)) {
+        void *velho = std::exchange(entrada->valor, portType);
+        antigo.reset(velho != portType ? static_cast<YPortType *>(velho) : nullptr);
+    } else {
+        YMapa_guarda(servidor->portTypes, nome, portType);
     }
-    YMapa_guarda(servidor->portTypes, nome, portType);
     return privado(servidor).servindo;
 }
 

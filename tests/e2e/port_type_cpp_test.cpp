@@ -6,7 +6,11 @@ using namespace apoio;
 
 namespace {
 
-class Venda : public pramo::Objeto<Venda, YWebService> {
+struct Soma {
+    int soma(int a, int b) const noexcept { return a + b; }
+};
+
+class Venda : public pramo::Objeto<Venda, YWebService>, public Soma {
 public:
     std::int64_t inclui(const std::string &item) {
         const std::lock_guard tranca(trinco_);
@@ -49,7 +53,7 @@ TEST(PortTypeCpp, umParametroEDoSeuTipoOuUmaFalta) {
         {"b", " 1\n", "true"}, {"b", "sim", invalido}, {"i8", "-128", "-128"}, {"i8", "-129", fora}, {"i8", "+127", "127"}, {"i8", "128", fora},
         {"u16", "65535", "65535"}, {"u16", "65536", fora}, {"u16", "-1", fora}, {"i64", "-9223372036854775808", "-9223372036854775808"},
         {"i64", "9223372036854775808", fora}, {"i64", "1.5", invalido}, {"i64", "", invalido}, {"u64", "18446744073709551614", "18446744073709551615"},
-        {"f", "0.1", "0.1"}, {"f", "1e39", fora}, {"f", "-INF", "-INF"}, {"f", "1,5", invalido}, {"s", "a&lt;\xE7 ", "&lt;a&lt;&#231; &gt;"}, {"s", "", "&lt;&gt;"},
+        {"f", "0.1", "0.1"}, {"f", "1e39", fora}, {"f", "-1e-50", fora}, {"f", "0", "0"}, {"f", "-INF", "-INF"}, {"f", "1,5", invalido}, {"s", "a&lt;\xE7 ", "&lt;a&lt;&#231; &gt;"}, {"s", "", "&lt;&gt;"}, {"s", "<x>1</x>", invalido},
         {"data", "2024-02-29", "2024-02-29"}, {"data", "2023-02-29", fora}, {"no", "<y><z>3</z></y>", "<ns1:x>3</ns1:x>"}, {"nada", "", ""}};
     // clang-format on
     for (const auto &[metodo, valor, esperado] : casos) {
@@ -94,6 +98,13 @@ TEST(PortTypeCpp, oWsdlDizNomesETipos) {
     }
     EXPECT_THROW(YSoapServer_poePortType(servidor, "a b", portType), YExcecao);
     EXPECT_EQ(YSoapServer_recuperaPortType(servidor, "a b"), nullptr);
+    pramo::PortType("Seu")
+        .metodo("x", {"eu"}, [](int) {})
+        .metodo("constroi", {"k"}, [](int k) { return k; })
+        .registra(servidor);
+    const std::regex seus(
+        "xResponse[^]+constroiRequest\">\\s*<part name=\"k\"[^]+destroiRequest\">\\s*<part");
+    EXPECT_TRUE(std::regex_search(wsdl(servidor.porta(), "Seu"), seus)) << "what is called stands in it";
 }
 
 TEST(PortTypeCpp, umMetodoDoObjetoTemOSeuObjeto) {
@@ -101,6 +112,7 @@ TEST(PortTypeCpp, umMetodoDoObjetoTemOSeuObjeto) {
     pramo::PortType<Venda> vendas("Venda");
     vendas.metodo("inclui", {"item"}, &Venda::inclui)
         .metodo("mais", [](Venda &venda) { return venda.inclui("x"); })
+        .metodo("soma", {"a", "b"}, &Venda::soma)
         .registra(servidor);
     EXPECT_THROW(vendas.registra(servidor), YExcecao) << "given away";
     const auto chama = [&](const char *metodo, const std::string &parametros) {
@@ -109,6 +121,7 @@ TEST(PortTypeCpp, umMetodoDoObjetoTemOSeuObjeto) {
     const std::string objeto = eu(chama("constroi", ""));
     EXPECT_EQ(chama("inclui", objeto + "<item>a</item>"), "1");
     EXPECT_EQ(chama("mais", objeto), "2");
+    EXPECT_EQ(chama("soma", objeto + "<a>2</a><b>3</b>"), "5");
     EXPECT_EQ(chama("mais", ""), "1") << "an object of its own";
     const std::string documento = wsdl(servidor.porta(), "Venda");
     for (const char *pedaco :
@@ -117,6 +130,23 @@ TEST(PortTypeCpp, umMetodoDoObjetoTemOSeuObjeto) {
           "\"destroiRequest\">\n    <part name=\"eu\" type=\"xsd:string\"/>"}) {
         EXPECT_NE(documento.find(pedaco), documento.npos) << pedaco;
     }
+}
+
+struct Derivado : pramo::Objeto<Derivado, YPortType> {
+    ~Derivado() { porta = YSoapServer_getPorta(servidor); }
+    YSoapServer *servidor;
+    static inline int32_t porta = 0;
+};
+
+TEST(PortTypeCpp, oDestrutorDeUmSubstituidoPodeUsarOServidor) {
+    ServidorSoap servidor({});
+    auto derivado = cria<Derivado>();
+    derivado->servidor = servidor;
+    YSoapServer_poePortType(servidor, "Tipo", derivado);
+    YSoapServer_poePortType(servidor, "Tipo", derivado.release()); // itself: nothing goes
+    EXPECT_EQ(Derivado::porta, 0);
+    pramo::PortType("Tipo").registra(servidor);
+    EXPECT_EQ(static_cast<std::uint32_t>(Derivado::porta), servidor.porta());
 }
 
 TEST(PortTypeCpp, oQueUmMetodoCapturouViveAteASuaUltimaChamada) {
