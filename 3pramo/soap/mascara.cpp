@@ -25,9 +25,11 @@ bool temFormulario(std::string_view corpo) {
 std::string soTags(std::string_view corpo) {
     std::string saida;
     while (!corpo.empty()) {
-        // A tag is closed before another one begins; everything else is content.
+        // A tag is closed before another one begins; everything else is content, and so is what begins with
+        // "<!": a CDATA section is somebody's way to write one.
         const std::size_t fim = corpo.find_first_of("<>", 1);
-        const bool tag = corpo.front() == '<' && fim != std::string_view::npos && corpo[fim] == '>';
+        const bool tag = corpo.front() == '<' && fim != std::string_view::npos && corpo[fim] == '>' &&
+                         corpo[corpo.find_first_not_of(BRANCOS, 1)] != '!';
         const std::string_view pedaco = corpo.substr(0, tag ? fim + 1 : corpo.find('<', 1));
         const bool mostra = tag || pedaco.find_first_not_of(BRANCOS) == std::string_view::npos;
         saida += mostra ? mascaraDadosDeCartao(pedaco) : "[*]";

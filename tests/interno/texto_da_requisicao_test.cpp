@@ -43,7 +43,7 @@ TEST(Mascara, escondeCartoesTrilhasPinsEIdentidadesEDeFormulariosSoDeixaAsTags) 
         {"<param>&lt;campo nome=\"s\"&gt;1234&lt;/campo&gt;</param>", "<param>[*]</param>"}, {"<param>&amp;#60; campo&gt;1234</param>", "<param>[*]</param>"},
         {"< campo nome=\"a>b\">1234</campo>", "< campo nome=\"a>[*]</campo>"}, // cut in its quotes
         {"<campo nome=\"a<b\">1234</campo>", "[*]<b\">[*]</campo>"}, {"<campo nome=\"s\" 1234</campo>", "[*]</campo>"}, // never closed
-        {"<a>o campo 1234</a>", "<a>o campo 1234</a>"},
+        {"<campo><![CDATA[12]]></campo>< !-- 34 -->", "<campo>[*]</campo>[*]"}, {"<a>o campo 1234</a>", "<a>o campo 1234</a>"},
     });
     // clang-format on
     std::string noLugar = "4111111111111111;4111-1111-1111-1111;0A1B2C3D4E5F6071;12345678901";
