@@ -94,8 +94,11 @@ TEST_F(Tcp, oQueSaiDoTratadorSoEncerraASuaConexao) {
     EXPECT_EQ(diario.quantos("YTcpServer_trataConexao: YExcIOError: falha de teste (Teste:1)"), 1);
     EXPECT_EQ(diario.quantos("mm411111**** (Teste:2)"), 1) << "masked, then cut";
     EXPECT_EQ(diario.quantos(""), 3);
+}
+
+TEST_F(Tcp, umaSaidaDoLogQueTerminaASuaThreadSoTerminaEla) {
     YObLOG_setSaida([](void *, int, const char *) { pthread_exit(nullptr); }, nullptr);
-    EXPECT_EQ(conversa(servidor.porta(), "longa\n") + conversa(servidor.porta(), "um\n"), "um\nadeus");
+    EXPECT_EQ(conversa(servidor.porta(), "int\n") + conversa(servidor.porta(), "um\n"), "um\nadeus");
 }
 
 template <char NOME>
