@@ -5,10 +5,12 @@
 #include <3pramo/foundation/YStream_interno.hpp>
 #include <3pramo/foundation/caracteres.hpp>
 #include <3pramo/http/RespostaHttp.hpp>
+#include <3pramo/node/YNo_interno.hpp>
 #include <3pramo/soap/envelope.hpp>
 #include <3pramo/soap/mascara.hpp>
 
 #include <algorithm>
+#include <vector>
 
 using namespace pramo;
 using namespace pramo::soap;
@@ -46,14 +48,42 @@ void destroiCliente(void *objeto) {
 
 // ---- The request ----
 
-/// What may stand in a name of XML's, in quotes and in a line of HTTP alike.
-bool ehNome(const char *nome) {
-    const std::string_view texto = nome != nullptr ? nome : "";
+/// Raises for what cannot stand in a name of XML's, in quotes and in a line of HTTP alike.
+void exigeNome(const char *nome) {
+    const std::string_view texto = textoOuNada(nome);
     const auto estranho = [](char c) {
         return static_cast<unsigned char>(c) <= ' ' ||
                std::string_view("\"#&'/<>\x7F").find(c) != std::string_view::npos;
     };
-    return !texto.empty() && std::ranges::none_of(texto, estranho);
+    if (texto.empty() || std::ranges::any_of(texto, estranho)) {
+        lanca(YExc_rtti, "Nome inválido."_l1, FONTE_DO_CLIENTE);
+    }
+}
+
+void exigeNomesDosAtributos(const YDIC *atributos) {
+    if (atributos != nullptr) {
+        for (YDIC_IT it = YDIC_inicio(atributos); it != YDIC_fim(atributos); YDIC_IT_anda(&it)) {
+            exigeNome(YDIC_IT_getChave(it));
+        }
+    }
+}
+
+/// Of all below the node. A name is written as it stands, and may be a stranger's word: the key of a map that
+/// somebody's request held names an element, and must not be markup in ours.
+void exigeNomesAbaixo(const YNo &raiz) {
+    std::vector<const YNo *> espera{&raiz};
+    while (!espera.empty()) {
+        const auto filhos = filhosDe(*espera.back());
+        espera.pop_back();
+        for (const void *filho : filhos) {
+            const auto &no = *static_cast<const YNo *>(filho);
+            if (no.nome != nullptr) { // one without has no tags, nor attributes
+                exigeNome(no.nome);
+                exigeNomesDosAtributos(no.atributos);
+            }
+            espera.push_back(&no);
+        }
+    }
 }
 
 Ponteiro<YStream> envelopeDe(const char *portType, const char *metodo, const YNo *requisicao) {
@@ -166,8 +196,10 @@ Ponteiro<YNo> chama(Privado &p, const char *portType, const char *metodo, const 
     if (p.endereco.empty()) {
         lanca(YExc_rtti, "Cliente sem endereço."_l1, FONTE_DO_CLIENTE);
     }
-    if (!ehNome(portType) || !ehNome(metodo)) {
-        lanca(YExc_rtti, "Nome inválido."_l1, FONTE_DO_CLIENTE);
+    exigeNome(portType);
+    exigeNome(metodo);
+    if (requisicao != nullptr) {
+        exigeNomesAbaixo(*requisicao);
     }
     Prazo prazo = Prazo::daqui(p.prazo);
     const std::string onde = p.endereco + ":" + std::to_string(p.porta) + ". ";

@@ -77,7 +77,8 @@ Y_EXPORTA void YSoapClient_setLimiteDaResposta(YSoapClient *cliente, uint64_t by
  * Gives: the response element of the Body, whose children are the results.
  * Raises: YExcFalhaRemota for a fault, whatever the HTTP status.
  *   YExc "Cliente sem endereço."; "Nome inválido." for a null or empty name of port type or method,
- *   or one that holds blanks, control characters or any of " # & ' / < >; nothing was sent then.
+ *   or one that holds blanks, control characters or any of " # & ' / < >, and for such a name of an
+ *   element below `requisicao` or of an attribute of one; nothing was sent then.
  *   YExcIOError, with "ADDRESS:PORT. " in front:
  *   - "Falha na conexão.": refused, or the name is not known; nothing was sent;
  *   - "Prazo da chamada esgotado.";

@@ -174,6 +174,8 @@ TEST_F(ClienteEPar, oPrazoEARecusaEOQueNaoSai) {
     EXPECT_EQ(chama(), "YExcIOError: Prazo da chamada esgotado.");
     YSoapClient_setPrazo(cliente, 10'000);
     EXPECT_EQ(chama("so ma"), "YExc: Nome inválido."_l1);
+    EXPECT_EQ(chama("soma", "<a><b\"/></a>"), "YExc: Nome inválido."_l1);
+    EXPECT_EQ(chama("soma", "<a b&c=\"1\"/>"), "YExc: Nome inválido."_l1);
     EXPECT_EQ(excecao([&] { YSoapClient_setEndereco(cliente, "a\r\nX: y", 80); }),
               "YExc: Endereço inválido."_l1);
     EXPECT_EQ(excecao([&] { YSoapClient_setCaminho(cliente, "/a b"); }), "YExc: Caminho inválido."_l1);
