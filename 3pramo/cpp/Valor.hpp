@@ -140,8 +140,10 @@ template <EhValor T>
 void poeResultado(YNo *resposta, const T &valor) {
     if constexpr (std::is_same_v<T, bool>) {
         YNo_setBoolean(resposta, "return", valor ? 1 : 0);
-    } else if constexpr (EhTexto<T>) {
-        YNo_setString(resposta, "return", std::string(valor).c_str());
+    } else if constexpr (std::is_same_v<T, std::string>) {
+        YNo_setString(resposta, "return", valor.c_str());
+    } else if constexpr (std::is_same_v<T, std::string_view>) {
+        poeResultado(resposta, std::string(valor));
     } else if constexpr (std::is_same_v<T, Data>) {
         char texto[32];
         std::snprintf(texto, sizeof texto, "%04d-%02u-%02u", static_cast<int>(valor.year()),
