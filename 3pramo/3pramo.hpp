@@ -18,11 +18,11 @@
 #define Y3PRAMO_3PRAMO_HPP
 
 #include <3pramo/3pramo.h>
+#include <3pramo/cpp/Objeto.hpp>
+#include <3pramo/cpp/PortType.hpp>
 #include <3pramo/cpp/cliente.hpp>
 #include <3pramo/cpp/cria.hpp>
 #include <3pramo/cpp/leitura.hpp>
-#include <3pramo/cpp/Objeto.hpp>
-#include <3pramo/cpp/PortType.hpp>
 #include <3pramo/cpp/texto.hpp>
 #include <3pramo/foundation/Ponteiro.hpp>
 #include <3pramo/foundation/YExcecao.hpp>
