@@ -116,8 +116,27 @@ struct Regra {
     bool fixo;
 };
 
+/// The rule of the built-in table.
+inline Regra regraDe(int bit) {
+    const std::uint64_t formato = registro(bit).formato;
+    return {formato & Y_ISO_CLASSES, Y_ISO_CARACTERES(formato), Y_ISO_DIGITOS(formato) == 0};
+}
+
+constexpr bool cabeNaRegra(const Regra &regra, std::size_t tamanho) {
+    return regra.fixo ? tamanho == regra.maximo : tamanho <= regra.maximo;
+}
+
+/// Without the blanks that fill up an element of fixed length, where the table has letters.
+std::string_view semEnchimento(std::string_view texto, const Regra &regra);
+
+/// Where the first character stands that no class of the rule has; the text's length when there is none.
+std::size_t primeiroForaDasClasses(const Regra &regra, std::string_view texto);
+
 /// Why a text cannot have this length, empty when it can.
 std::string queixaDoTamanho(const Regra &regra, std::size_t tamanho);
+
+/// Why its characters cannot be those of the text, filling apart; empty when they can.
+std::string queixaDasClasses(const Regra &regra, std::string_view texto);
 
 /// Raises unless the number is one from 1 to 128.
 void exigeBit(std::int32_t bit);

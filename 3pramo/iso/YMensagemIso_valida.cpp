@@ -52,12 +52,6 @@ std::string nomeDasClasses(std::uint64_t classes) {
     return nome;
 }
 
-// Without the blanks that fill up an element of fixed length, where the table has letters.
-std::string_view semEnchimento(std::string_view texto, const Regra &regra) {
-    const bool preenchido = regra.fixo && (regra.classes & Y_ISO_A) != 0;
-    return preenchido ? texto.substr(0, texto.find_last_not_of(' ') + 1) : texto;
-}
-
 class Validacao {
 public:
     Validacao(YFuncaoFalhaIso funcao, void *contexto) : funcao_(funcao), contexto_(contexto) {}
@@ -74,14 +68,8 @@ public:
         if (const std::string queixa = queixaDoTamanho(regra, texto.size()); !queixa.empty()) {
             falha(bit, rotulo, queixa);
         }
-        // Only the first one is told: one failure for an element's characters, one for its length.
-        const std::string_view conferido = semEnchimento(texto, regra);
-        const auto *const estranho = std::ranges::find_if(
-            conferido, [&](char c) { return (CLASSES[static_cast<unsigned char>(c)] & regra.classes) == 0; });
-        if (estranho != conferido.end()) {
-            falha(bit, rotulo,
-                  "caractere " + std::to_string(estranho - conferido.begin() + 1) + " fora da classe " +
-                      nomeDasClasses(regra.classes));
+        if (const std::string queixa = queixaDasClasses(regra, texto); !queixa.empty()) {
+            falha(bit, rotulo, queixa);
         }
     }
 
@@ -120,12 +108,32 @@ std::int32_t valida(const YMensagemIso &mensagem, YFuncaoFalhaIso funcao, void *
 
 } // namespace
 
+std::string_view pramo::iso::semEnchimento(std::string_view texto, const Regra &regra) {
+    const bool preenchido = regra.fixo && (regra.classes & Y_ISO_A) != 0;
+    return preenchido ? texto.substr(0, texto.find_last_not_of(' ') + 1) : texto;
+}
+
+std::size_t pramo::iso::primeiroForaDasClasses(const Regra &regra, std::string_view texto) {
+    const auto *const estranho = std::ranges::find_if(
+        texto, [&](char c) { return (CLASSES[static_cast<unsigned char>(c)] & regra.classes) == 0; });
+    return static_cast<std::size_t>(estranho - texto.begin());
+}
+
 std::string pramo::iso::queixaDoTamanho(const Regra &regra, std::size_t tamanho) {
-    if (tamanho <= regra.maximo && (!regra.fixo || tamanho == regra.maximo)) {
+    if (cabeNaRegra(regra, tamanho)) {
         return {};
     }
     return "tamanho " + std::to_string(tamanho) + (regra.fixo ? ", exatamente " : ", no máximo "_l1) +
            std::to_string(regra.maximo);
+}
+
+// Only the first one is told: one failure for an element's characters, one for its length.
+std::string pramo::iso::queixaDasClasses(const Regra &regra, std::string_view texto) {
+    const std::string_view conferido = semEnchimento(texto, regra);
+    const std::size_t estranho = primeiroForaDasClasses(regra, conferido);
+    return estranho == conferido.size() ? ""
+                                        : "caractere " + std::to_string(estranho + 1) + " fora da classe " +
+                                              nomeDasClasses(regra.classes);
 }
 
 std::string pramo::iso::queixaDaForma(const ElementoDaTabela &elemento, std::string_view texto) {
@@ -140,9 +148,7 @@ std::string pramo::iso::queixaDaForma(const ElementoDaTabela &elemento, std::str
 
 int32_t YMensagemIso_valida(const YMensagemIso *mensagem, YFuncaoFalhaIso funcao, void *contexto) {
     return valida(*mensagem, funcao, contexto, [](Validacao &validacao, int bit, std::string_view texto) {
-        const auto &[formato, rotulo] = registro(bit);
-        const Regra regra = {formato & Y_ISO_CLASSES, Y_ISO_CARACTERES(formato), Y_ISO_DIGITOS(formato) == 0};
-        validacao.confere(bit, rotulo, regra, texto);
+        validacao.confere(bit, registro(bit).rotulo, regraDe(bit), texto);
     });
 }
 
