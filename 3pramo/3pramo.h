@@ -32,6 +32,7 @@
 #include <3pramo/http/YMensagemHttp.h>
 #include <3pramo/http/YWebServer.h>
 #include <3pramo/iso/YMensagemIso.h>
+#include <3pramo/iso/YMensagemIso_valores.h>
 #include <3pramo/iso/YTabelaIso.h>
 #include <3pramo/node/YExcSoap.h>
 #include <3pramo/node/YNo.h>

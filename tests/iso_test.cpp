@@ -281,4 +281,159 @@ TEST(Iso, validacao) {
     // clang-format on
 }
 
+TEST(Iso, valoresNaFormaDeSeusElementos) {
+    const Ponteiro<YTabelaIso> rede(
+        YTabelaIso_leTexto("41 n6\n63 n20\n37 an12 ebcdic", 27, nullptr, nullptr));
+    const auto onde = [](int bit) { return "YExc: Elemento " + std::to_string(bit); };
+    const auto poe = [&](int bit,
+                         auto acao) { // what element is then, or what was raised, and it is as before
+        const Mensagem m = montada("200 49:BRL 50:392 51:KWD " + std::to_string(bit) + ":antes");
+        const std::string queixa = excecao([&] { acao(m, bit); });
+        const std::string elemento(YMensagemIso_getBit(m, bit), YMensagemIso_getTamanhoBit(m, bit));
+        EXPECT_TRUE(queixa.empty() || elemento == "antes") << bit;
+        return queixa.empty()
+                   ? elemento
+                   : std::regex_replace(queixa, std::regex(R"( \(.*\)|\. Elemento fora da tabela\.)"), "");
+    };
+    // clang-format off
+    const std::tuple<int, const YTabelaIso *, uint64_t, std::string> numeros[] = {
+        {11, nullptr, 123, "000123"}, {11, nullptr, 1000000, onde(11) + ": tamanho 7, exatamente 6"}, {32, nullptr, 7, "7"},
+        {32, nullptr, 100000000000, onde(32) + std::string(": tamanho 12, no máximo 11"_l1)}, {39, nullptr, 5, "05"}, {41, rede, 5, "000005"},
+        {63, rede, UINT64_MAX, "18446744073709551615"}, {35, nullptr, 1, onde(35) + std::string(": não numérico"_l1)},
+        {64, nullptr, 1, onde(64) + std::string(": não numérico"_l1)}};
+    const std::tuple<int, const YTabelaIso *, const char *, std::string, std::string> textos[] = { // and what is read again
+        {41, nullptr, "TERM1", "TERM1   ", "TERM1"}, {41, rede, "12", "000012", "000012"}, {3, nullptr, "3000", "003000", "003000"}, {37, nullptr, "", "            ", ""},
+        {2, nullptr, "4111", "4111", "4111"}, {41, nullptr, "TERM00010", onde(41) + ": tamanho 9, exatamente 8", ""}, {3, nullptr, "3 0", onde(3) + ": caractere 5 fora da classe n", ""},
+        {52, nullptr, "0123456789ABCDE", onde(52) + ": tamanho 15, exatamente 16", ""}, {52, nullptr, "0123456789ABCDEF", "0123456789ABCDEF", "0123456789ABCDEF"}};
+    const std::tuple<int, uint64_t, int, std::string> quantias[] = { // 49 has two decimals, 50 none, 51 three
+        {4, 1250, 2, "000000001250"}, {28, 1250, 3, "00000125"}, {5, 1250, 1, "000000000125"}, {97, 7, 0, "0000000000000007"}, {6, 1250, 2, "000000012500"},
+        {89, 0, 18, "000000000000000"}, {4, 1255, 3, onde(4) + std::string(". A quantia não cabe nas casas da moeda."_l1)}, {6, UINT64_MAX / 5, 2, onde(6) + std::string(". A quantia não cabe nas casas da moeda."_l1)},
+        {4, 0, 19, onde(4) + std::string(". A quantia não cabe nas casas da moeda."_l1)}, {4, 0, -1, onde(4) + std::string(". A quantia não cabe nas casas da moeda."_l1)},
+        {4, 1000000000000, 2, onde(4) + ": tamanho 13, exatamente 12"}, {3, 1, 0, onde(3) + std::string(". O elemento não é uma quantia."_l1)}};
+    // clang-format on
+    for (const auto &[bit, tabela, valor, esperado] : numeros) {
+        EXPECT_EQ(poe(bit, [&](auto &m, int b) { YMensagemIso_setNumero(m, tabela, b, valor); }), esperado);
+    }
+    for (const auto &[bit, tabela, valor, esperado, relido] : textos) {
+        EXPECT_EQ(poe(bit,
+                      [&](auto &m, int b) {
+                          YMensagemIso_setTexto(m, tabela, b, valor);
+                          const char *lido = nullptr;
+                          uint64_t tamanho = 0;
+                          EXPECT_EQ(YMensagemIso_leTexto(m, tabela, b, &lido, &tamanho), Y_LEITURA_OK)
+                              << valor;
+                          EXPECT_EQ(std::string(lido, tamanho), relido);
+                      }),
+                  esperado);
+    }
+    for (const auto &[bit, valor, casas, esperado] : quantias) {
+        EXPECT_EQ(poe(bit,
+                      [&](auto &m, int b) {
+                          YMensagemIso_setQuantia(m, nullptr, b, valor, casas);
+                          uint64_t lido = 1;
+                          EXPECT_EQ(YMensagemIso_leQuantia(m, b, casas, &lido), Y_LEITURA_OK) << b;
+                          EXPECT_EQ(lido, valor) << b;
+                      }),
+                  esperado);
+    }
+    const Mensagem m = montada("200 3:3 4:000000001255 5:1 8:x 12:1 37:\xE7___________ 49:brl");
+    EXPECT_EQ(excecao([&] { YMensagemIso_setQuantia(m, nullptr, 5, 1, 0); }),
+              onde(5) + ". Moeda ausente ou desconhecida.");
+    EXPECT_EQ(excecao([&] { YMensagemIso_setNumero(m, nullptr, 129, 1); }),
+              onde(129) + std::string(". O número do elemento vai de 1 a 128."_l1));
+    YMensagemIso_setTexto(m, nullptr, 12, nullptr);
+    EXPECT_EQ(YMensagemIso_getBit(m, 12), nullptr);
+    uint64_t tamanho = 0;
+    const char *lido = nullptr;
+    std::string situacoes;
+    for (const int bit : {129, 12, 3, 37, 2}) {
+        situacoes += std::to_string(YMensagemIso_leTexto(m, nullptr, bit, &lido, &tamanho));
+    }
+    for (const int bit :
+         {129, 3, 6, 8, 4, 5}) { // 4 and 5 have no currency that is known, then 4 loses a digit
+        situacoes += std::to_string(YMensagemIso_leQuantia(m, bit, 2, &tamanho));
+    }
+    YMensagemIso_setBit(m, 49, "986");
+    situacoes += std::to_string(YMensagemIso_leQuantia(m, 4, 1, &tamanho));
+    EXPECT_EQ(situacoes, "113211112223") << "none was written";
+    EXPECT_EQ(lido, nullptr);
+    EXPECT_EQ(tamanho, 0U);
+}
+
+TEST(Iso, momentosSemAno) {
+    const auto fuso = [](const char *regra) {
+        setenv("TZ", regra, 1); // NOLINT(concurrency-mt-unsafe)
+        tzset();
+    };
+    fuso("EST5EDT,M3.2.0,M11.1.0");
+    constexpr time_t DIA = 86400;
+    constexpr time_t NATAL = 1703507696; // 2023-12-25 12:34:56 in GMT
+    const Mensagem m = montada("200");
+    for (const time_t momento :
+         {NATAL, NATAL + 7 * DIA, time_t{1709208000}, time_t{0}, time_t{-1}}) { // a leap day
+        for (const int bit : {7, 12, 13}) {
+            YMensagemIso_setMomento(m, bit, momento);
+        }
+        for (const time_t distancia : {-182 * DIA, time_t{0}, 182 * DIA}) {
+            time_t gmt = 0;
+            time_t local = 0;
+            EXPECT_EQ(YMensagemIso_leTransmissao(m, momento + distancia, &gmt), Y_LEITURA_OK);
+            EXPECT_EQ(YMensagemIso_leMomentoLocal(m, momento + distancia, &local), Y_LEITURA_OK);
+            EXPECT_TRUE(gmt == momento && local == momento) << momento << '+' << distancia;
+        }
+    }
+    const auto lido = [&](const std::string &notacao) { // in GMT, then local, seen from Christmas 2023
+        const Mensagem lida = montada("200 " + notacao);
+        std::string lidos;
+        for (const auto le : {YMensagemIso_leTransmissao, YMensagemIso_leMomentoLocal}) {
+            time_t momento = 0;
+            const YSituacao situacao = le(lida, NATAL, &momento);
+            lidos += std::to_string(situacao) +
+                     (situacao == Y_LEITURA_OK ? ' ' + std::to_string(momento) : "") + ' ';
+        }
+        return lidos;
+    };
+    // clang-format off
+    confere(lido, {
+        {"7:1225123456 12:073456 13:1225", "0 1703507696 0 1703507696 "}, {"7:0229000000 12:000000 13:0229", "0 1709164800 0 1709182800 "},
+        {"12:073456", "1 1 "}, {"7: 13:1225", "2 1 "}, {"7:122512345 12:07345 13:1225", "2 2 "}, {"7:12251234567 12:073456 13:122_", "2 2 "},
+        {"7:0230000000 12:240000 13:1225", "3 3 "}, {"7:1301000000 12:000060 13:1225", "3 3 "}, {"7:0001000000 12:006000 13:0100", "3 3 "},
+        {"12:023000 13:0310", "1 3 "}, {"12:013000 13:1105", "1 0 1699165800 "}, // skipped, and twice: the one nearer to Christmas
+    });
+    // clang-format on
+    fuso("UTC0");
+    time_t momento = 1;
+    for (const time_t fora :
+         {std::numeric_limits<time_t>::min(), std::numeric_limits<time_t>::max(), time_t{253402300800}}) {
+        EXPECT_EQ(YMensagemIso_leTransmissao(m, fora, &momento), Y_LEITURA_FORA_DA_FAIXA) << fora;
+    }
+    EXPECT_EQ(momento, 1);
+    EXPECT_EQ(excecao([&] { YMensagemIso_setMomento(m, 15, 0); }),
+              "YExc: Elemento 15. O elemento n\xE3o \xE9 um momento.");
+    EXPECT_EQ(excecao([&] { YMensagemIso_setMomento(m, 7, std::numeric_limits<time_t>::max()); }),
+              "YExc: Momento fora do calend\xE1rio.");
+    EXPECT_STREQ(YMensagemIso_getBit(m, 7), "1231235959");
+}
+
+TEST(Iso, nomesDosCodigosECasasDasMoedas) {
+    const auto nome = [](const std::string &codigo) { // "39:51", or a transaction code
+        const std::size_t depois = codigo.find(':') + 1;
+        const char *achado = depois == 0
+                                 ? YMensagemIso_nomeDaTransacao(std::stoi(codigo))
+                                 : YMensagemIso_nomeDoCodigo(std::stoi(codigo), codigo.c_str() + depois);
+        return std::string(achado != nullptr ? achado : "-");
+    };
+    // clang-format off
+    confere(nome, {
+        {"100", "Authorization request"}, {"430", "Reversal advice response"}, {"821", "Network management advice repeat"}, {"0", "-"}, {"102", "-"}, {"1100", "-"}, {"-100", "-"},
+        {"3:003000", "Goods and services"}, {"3:310000", "Balance inquiry"}, {"3:00", "-"}, {"3:410000", "-"}, {"22:051", "Integrated circuit card"}, {"22:0510", "-"}, {"22:061", "-"},
+        {"39:00", "Approved or completed successfully"}, {"39:51", "Not sufficient funds"}, {"39:96", "System malfunction"}, {"39:", "-"}, {"39:5", "-"}, {"39:N7", "-"}, {"38:00", "-"}, {"0:00", "-"}});
+    confere([](const std::string &moeda) { return std::to_string(YMensagemIso_casasDaMoeda(moeda.c_str())); }, {
+        {"BRL", "2"}, {"986", "2"}, {"JPY", "0"}, {"392", "0"}, {"KWD", "3"}, {"414", "3"}, {"CLF", "4"}, {"AED", "2"}, {"932", "2"},
+        {"", "-1"}, {"BR", "-1"}, {"brl", "-1"}, {"BRL ", "-1"}, {"XAU", "-1"}, {"999", "-1"}, {"000", "-1"}, {"EUR978", "-1"}, {"D78", "-1"}});
+    // clang-format on
+    EXPECT_EQ(YMensagemIso_nomeDoCodigo(39, nullptr), nullptr);
+    EXPECT_EQ(YMensagemIso_casasDaMoeda(nullptr), -1);
+}
+
 } // namespace
