@@ -31,6 +31,7 @@
 #include <3pramo/foundation/YexecutaThread.h>
 #include <3pramo/http/YMensagemHttp.h>
 #include <3pramo/http/YWebServer.h>
+#include <3pramo/iso/YCanalIso.h>
 #include <3pramo/iso/YMensagemIso.h>
 #include <3pramo/iso/YMensagemIso_valores.h>
 #include <3pramo/iso/YTabelaIso.h>

@@ -8,6 +8,7 @@
 #include <3pramo/foundation/YRetentor.h>
 #include <3pramo/foundation/YSocket.h>
 #include <3pramo/foundation/YTcpServer.h>
+#include <3pramo/iso/YCanalIso.h>
 #include <3pramo/iso/YMensagemIso.h>
 #include <3pramo/iso/YTabelaIso.h>
 #include <3pramo/node/YSoapParser.h>
@@ -25,19 +26,18 @@ template <typename T, const YRtti *(*FUNCAO)()>
 struct Par {};
 
 // Each class with the function that names it; those whose structs are opaque stand for themselves only.
-using Classes =
-    std::tuple<Par<YOb, YOb_rtti>, Par<YObThread, YObThread_rtti>, Par<YObMutex, YObMutex_rtti>,
-               Par<YStream, YStream_rtti>, Par<YSocket, YSocket_rtti>, Par<YSet, YSet_rtti>,
-               Par<YSet, YSetQueDestroi_rtti>, Par<YMapa, YMapa_rtti>, Par<YMapa, YMapaQueDestroi_rtti>,
-               Par<YVetor, YVetor_rtti>, Par<YVetor, YVetorQueDestroi_rtti>, Par<YTcpServer, YTcpServer_rtti>,
-               Par<YMensagemHttp, YMensagemHttp_rtti>, Par<YWebServer, YWebServer_rtti>, Par<YNo, YNo_rtti>,
-               Par<YSoapParser, YSoapParser_rtti>, Par<YPortType, YPortType_rtti>,
-               Par<YWebService, YWebService_rtti>, Par<YSoapServer, YSoapServer_rtti>,
-               Par<YSoapClient, YSoapClient_rtti>, Par<YRetentor, YRetentor_rtti>,
-               Par<YMensagemIso, YMensagemIso_rtti>, Par<YTabelaIso, YTabelaIso_rtti>,
-               Par<Pramo_Tipo, Pramo_Tipo_rtti>, Par<Pramo_Entidade, Pramo_Entidade_rtti>,
-               Par<Pramo_Botao, Pramo_Botao_rtti>, Par<Pramo_Periferico, Pramo_Periferico_rtti>,
-               Par<Pramo_Variavel, Pramo_Variavel_rtti>, Par<Pramo_Operacao, Pramo_Operacao_rtti>>;
+using Classes = std::tuple<
+    Par<YOb, YOb_rtti>, Par<YObThread, YObThread_rtti>, Par<YObMutex, YObMutex_rtti>,
+    Par<YStream, YStream_rtti>, Par<YSocket, YSocket_rtti>, Par<YSet, YSet_rtti>,
+    Par<YSet, YSetQueDestroi_rtti>, Par<YMapa, YMapa_rtti>, Par<YMapa, YMapaQueDestroi_rtti>,
+    Par<YVetor, YVetor_rtti>, Par<YVetor, YVetorQueDestroi_rtti>, Par<YTcpServer, YTcpServer_rtti>,
+    Par<YMensagemHttp, YMensagemHttp_rtti>, Par<YWebServer, YWebServer_rtti>, Par<YNo, YNo_rtti>,
+    Par<YSoapParser, YSoapParser_rtti>, Par<YPortType, YPortType_rtti>, Par<YWebService, YWebService_rtti>,
+    Par<YSoapServer, YSoapServer_rtti>, Par<YSoapClient, YSoapClient_rtti>, Par<YRetentor, YRetentor_rtti>,
+    Par<YMensagemIso, YMensagemIso_rtti>, Par<YTabelaIso, YTabelaIso_rtti>, Par<YCanalIso, YCanalIso_rtti>,
+    Par<Pramo_Tipo, Pramo_Tipo_rtti>, Par<Pramo_Entidade, Pramo_Entidade_rtti>,
+    Par<Pramo_Botao, Pramo_Botao_rtti>, Par<Pramo_Periferico, Pramo_Periferico_rtti>,
+    Par<Pramo_Variavel, Pramo_Variavel_rtti>, Par<Pramo_Operacao, Pramo_Operacao_rtti>>;
 
 template <typename T, typename CLASSE>
 consteval bool ehDoTipo() {

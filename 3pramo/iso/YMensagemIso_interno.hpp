@@ -9,6 +9,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace pramo::iso {
 
@@ -108,6 +109,14 @@ void substitui(YMensagemIso &mensagem, const Conteudo &novo);
 /// The same where the texts are still as on the wire, in the encodings of the table and right; their sizes
 /// are those of the texts.
 void substitui(YMensagemIso &mensagem, const Conteudo &novo, const YTabelaIso &tabela);
+
+/// Each becomes what the other was; nothing can fail.
+inline void trocaConteudo(YMensagemIso &uma, YMensagemIso &outra) noexcept {
+    std::swap(uma.bits, outra.bits);
+    std::swap(uma.capacidade, outra.capacidade);
+    std::swap(uma.transacao, outra.transacao);
+    std::swap(uma.privado, outra.privado);
+}
 
 /// What an element's text is held against.
 struct Regra {
