@@ -62,7 +62,9 @@ bool noFilho(FUNCAO funcao) {
         _exit(funcao() ? 0 : 1);
     }
     int estado = -1;
-    return pid > 0 && waitpid(pid, &estado, 0) == pid && estado == 0;
+    while (pid > 0 && waitpid(pid, &estado, 0) < 0 && errno == EINTR) {
+    }
+    return estado == 0;
 }
 
 /// Memory that ends where a page begins that may not be touched: an access beyond it ends the test at once.
