@@ -107,16 +107,14 @@ TEST(Operacao, oBotaoAcionadoEhUmDosOferecidos) {
     const std::string k = "<botaoAcionado>k</botaoAcionado>";
     const std::string r = "<botaoAcionado>r</botaoAcionado>";
     // The request; the title of the button pressed; the same when loading is strict, or what is raised.
+    // clang-format off
     const std::tuple<std::string, std::string, std::string> casos[] = {
-        {k, "1", "1"},
-        {"<botaoAcionado/><botao nomeDaOperacao=k/><botaoAcionado>j</botaoAcionado>", "2", "2"},
-        {"<campo nome=a>1</campo>", "", ""},
-        {r, "", "YExcSoap: O botão \"r\" não foi oferecido."_l1},
-        {"<botaoAcionado> k </botaoAcionado>", "", "YExcSoap: O botão \"k \" não foi oferecido."_l1},
+        {k, "1", "1"}, {"<botaoAcionado/><botao nomeDaOperacao=k/><botaoAcionado>j</botaoAcionado>", "2", "2"}, {"<campo nome=a>1</campo>", "", ""},
+        {r, "", "YExcSoap: O botão \"r\" não foi oferecido."_l1}, {"<botaoAcionado> k </botaoAcionado>", "", "YExcSoap: O botão \"k \" não foi oferecido."_l1},
         {"<botaoAcionado>j</botaoAcionado>" + k + r, "1", "YExcSoap: Veio mais de um botão acionado."_l1},
-        {k + "<campo nome=a>x</campo>", "YExcSoap: Caractere inválido em número."_l1,
-         "YExcSoap: campo: a. Caractere inválido em número."_l1},
+        {k + "<campo nome=a>x</campo>", "YExcSoap: Caractere inválido em número."_l1, "YExcSoap: campo: a. Caractere inválido em número."_l1},
     };
+    // clang-format on
     for (const auto &[campos, frouxa, estrita] : casos) {
         for (const int qual : {0, 1}) {
             const Operacao op;

@@ -164,7 +164,7 @@ TEST(IsoTabela, oQueORefusaTemNomeEByte) {
         "55 b...255 tamanho=binario \"Chip\"\n48 n...300 tamanho=ebcdic esquerda=F";
     // clang-format off
     const std::tuple<const char *, std::size_t, const char *> casos[] = { // where it stops, what is raised
-                {"0A00 0000000000000000", 0, "Código da transação, byte 0. Código com caractere inválido."_l1},
+        {"0A00 0000000000000000", 0, "Código da transação, byte 0. Código com caractere inválido."_l1},
         {"0200 C000", 2, "Bitmap 1, byte 2. Mensagem ISO 8583 incompleta."},
         {"0200 8000000000000000 8000000000000000", 18, "Mensagem ISO 8583 com terceiro bitmap."},
         {"0200 4000000000000000 1A", 10, "Elemento 2 (Primary account number (PAN)), byte 10. Tamanho com caractere inválido."_l1},
@@ -188,17 +188,13 @@ TEST(IsoTabela, oQueORefusaTemNomeEByte) {
         EXPECT_EQ(lidos, lidosAqui) << hexadecimal;
     }
 
+    // clang-format off
     const std::tuple<int, std::string, std::string> recusados[] = {
-        {3, "00300", "tamanho 5, exatamente 6"},
-        {3, "0030000", "tamanho 7, exatamente 6"},
-        {2, std::string(20, '4'), "tamanho 20, no máximo 19"_l1},
-        {2, "4111=", "caractere 5 fora da classe n"},
-        {35, "4111:", "caractere 5 fora da codificação"_l1},
-        {55, "9F2", "tamanho 3, não par"_l1},
-        {52, "0123456789ABCDEG", "caractere 16 fora da classe b"},
-        {35, "4111D301=", ""},
-        {55, "9f26", ""},
+        {3, "00300", "tamanho 5, exatamente 6"}, {3, "0030000", "tamanho 7, exatamente 6"}, {2, std::string(20, '4'), "tamanho 20, no máximo 19"_l1},
+        {2, "4111=", "caractere 5 fora da classe n"}, {35, "4111:", "caractere 5 fora da codificação"_l1}, {55, "9F2", "tamanho 3, não par"_l1},
+        {52, "0123456789ABCDEG", "caractere 16 fora da classe b"}, {35, "4111D301=", ""}, {55, "9f26", ""},
     };
+    // clang-format on
     for (const auto &[bit, valor, motivo] : recusados) {
         const Mensagem m = cria<YMensagemIso>(YMensagemIso_rtti);
         YMensagemIso_setBit(m, 41, "TERM0001");

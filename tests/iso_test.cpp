@@ -285,8 +285,8 @@ TEST(Iso, valoresNaFormaDeSeusElementos) {
     const Ponteiro<YTabelaIso> rede(
         YTabelaIso_leTexto("41 n6\n63 n20\n37 an12 ebcdic", 27, nullptr, nullptr));
     const auto onde = [](int bit) { return "YExc: Elemento " + std::to_string(bit); };
-    const auto poe = [&](int bit,
-                         auto acao) { // what element is then, or what was raised, and it is as before
+    // What the element is then, or what was raised, and it is as before.
+    const auto poe = [&](int bit, auto acao) {
         const Mensagem m = montada("200 49:BRL 50:392 51:KWD " + std::to_string(bit) + ":antes");
         const std::string queixa = excecao([&] { acao(m, bit); });
         const std::string elemento(YMensagemIso_getBit(m, bit), YMensagemIso_getTamanhoBit(m, bit));
@@ -315,26 +315,23 @@ TEST(Iso, valoresNaFormaDeSeusElementos) {
         EXPECT_EQ(poe(bit, [&](auto &m, int b) { YMensagemIso_setNumero(m, tabela, b, valor); }), esperado);
     }
     for (const auto &[bit, tabela, valor, esperado, relido] : textos) {
-        EXPECT_EQ(poe(bit,
-                      [&](auto &m, int b) {
-                          YMensagemIso_setTexto(m, tabela, b, valor);
-                          const char *lido = nullptr;
-                          uint64_t tamanho = 0;
-                          EXPECT_EQ(YMensagemIso_leTexto(m, tabela, b, &lido, &tamanho), Y_LEITURA_OK)
-                              << valor;
-                          EXPECT_EQ(std::string(lido, tamanho), relido);
-                      }),
-                  esperado);
+        const auto vaiEVolta = [&](auto &m, int b) {
+            YMensagemIso_setTexto(m, tabela, b, valor);
+            const char *lido = nullptr;
+            uint64_t tamanho = 0;
+            EXPECT_EQ(YMensagemIso_leTexto(m, tabela, b, &lido, &tamanho), Y_LEITURA_OK) << valor;
+            EXPECT_EQ(std::string(lido, tamanho), relido);
+        };
+        EXPECT_EQ(poe(bit, vaiEVolta), esperado);
     }
     for (const auto &[bit, valor, casas, esperado] : quantias) {
-        EXPECT_EQ(poe(bit,
-                      [&](auto &m, int b) {
-                          YMensagemIso_setQuantia(m, nullptr, b, valor, casas);
-                          uint64_t lido = 1;
-                          EXPECT_EQ(YMensagemIso_leQuantia(m, b, casas, &lido), Y_LEITURA_OK) << b;
-                          EXPECT_EQ(lido, valor) << b;
-                      }),
-                  esperado);
+        const auto vaiEVolta = [&](auto &m, int b) {
+            YMensagemIso_setQuantia(m, nullptr, b, valor, casas);
+            uint64_t lido = 1;
+            EXPECT_EQ(YMensagemIso_leQuantia(m, b, casas, &lido), Y_LEITURA_OK) << b;
+            EXPECT_EQ(lido, valor) << b;
+        };
+        EXPECT_EQ(poe(bit, vaiEVolta), esperado);
     }
     const Mensagem m = montada("200 3:3 4:000000001255 5:1 8:x 12:1 37:\xE7___________ 49:brl");
     EXPECT_EQ(excecao([&] { YMensagemIso_setQuantia(m, nullptr, 5, 1, 0); }),
@@ -349,8 +346,8 @@ TEST(Iso, valoresNaFormaDeSeusElementos) {
     for (const int bit : {129, 12, 3, 37, 2}) {
         situacoes += std::to_string(YMensagemIso_leTexto(m, nullptr, bit, &lido, &tamanho));
     }
-    for (const int bit :
-         {129, 3, 6, 8, 4, 5}) { // 4 and 5 have no currency that is known, then 4 loses a digit
+    // 4 and 5 have no currency that is known, then 4 loses a digit.
+    for (const int bit : {129, 3, 6, 8, 4, 5}) {
         situacoes += std::to_string(YMensagemIso_leQuantia(m, bit, 2, &tamanho));
     }
     YMensagemIso_setBit(m, 49, "986");
@@ -369,8 +366,8 @@ TEST(Iso, momentosSemAno) {
     constexpr time_t DIA = 86400;
     constexpr time_t NATAL = 1703507696; // 2023-12-25 12:34:56 in GMT
     const Mensagem m = montada("200");
-    for (const time_t momento :
-         {NATAL, NATAL + 7 * DIA, time_t{1709208000}, time_t{0}, time_t{-1}}) { // a leap day
+    constexpr time_t BISSEXTO = 1709208000;
+    for (const time_t momento : {NATAL, NATAL + 7 * DIA, BISSEXTO, time_t{0}, time_t{-1}}) {
         for (const int bit : {7, 12, 13}) {
             YMensagemIso_setMomento(m, bit, momento);
         }

@@ -81,24 +81,18 @@ TEST(CanalIso, quadrosVaoEVemEOsRuinsSaoRecusados) {
     const auto n = [](char tamanho) { return "\0"s + tamanho; };
     const std::string zeros(16, '0');
     const std::string mal = "Quadro ISO 8583 mal formado.-1";
-    for (const Caso &caso : std::vector<Caso>{
-             {DOIS, 0, n(4) + "0800" + n(0) + n(4) + "0810", n(4) + "0800" + n(4) + "0810"},
-             {DOIS, 1, n(6) + "0800" + n(2) + n(6) + "0810", n(6) + "0800" + n(6) + "0810"},
-             {DOIS, 0, n(6) + "ab0800" + n(1) + "x", n(6) + "CD0800",
-              "YExc: Mensagem menor que o cabeçalho.ab-1"_l1, "CD"},
-             {QUATRO, 0, n(0) + n(4) + "0800", n(0) + n(4) + "0800"},
-             {QUATRO, 0, n(1) + n(0) + "0800", "", "YExcIOError: tamanho: 65536. " + mal},
-             {DIGITOS, 1, "00080800", "00080800"},
-             {DIGITOS, 1, "00030800", "", "YExcIOError: tamanho: 3. " + mal},
-             {DIGITOS, 0, "0100" + std::string(100, 'x') + "00040800", "00040800",
-              "YExc: Bitmap 1. Bitmap com caractere inválido.-1"_l1},
-             {DIGITOS, 0, "0101", "", "YExcIOError: tamanho: 101. " + mal},
-             {DIGITOS, 0, "00+40800", "", "YExcIOError: " + mal},
-             {DIGITOS, 0, "00210800" + zeros + "x", "", "YExc: byte 20. Bytes depois da mensagem.-1"},
-             {DIGITOS, 0, "0004080", ""},
-             {LINHA, 0, "\r\n0800\r\n0810\n08", "0800\n0810\n"},
-             {LINHA, 0, std::string(101, '0') + "\n0800\n", "", "YExcIOError: " + mal},
-         }) {
+    // clang-format off
+    const Caso casos[] = {
+        {DOIS, 0, n(4) + "0800" + n(0) + n(4) + "0810", n(4) + "0800" + n(4) + "0810"}, {DOIS, 1, n(6) + "0800" + n(2) + n(6) + "0810", n(6) + "0800" + n(6) + "0810"},
+        {DOIS, 0, n(6) + "ab0800" + n(1) + "x", n(6) + "CD0800", "YExc: Mensagem menor que o cabeçalho.ab-1"_l1, "CD"},
+        {QUATRO, 0, n(0) + n(4) + "0800", n(0) + n(4) + "0800"}, {QUATRO, 0, n(1) + n(0) + "0800", "", "YExcIOError: tamanho: 65536. " + mal},
+        {DIGITOS, 1, "00080800", "00080800"}, {DIGITOS, 1, "00030800", "", "YExcIOError: tamanho: 3. " + mal}, {DIGITOS, 0, "00+40800", "", "YExcIOError: " + mal},
+        {DIGITOS, 0, "0100" + std::string(100, 'x') + "00040800", "00040800", "YExc: Bitmap 1. Bitmap com caractere inválido.-1"_l1},
+        {DIGITOS, 0, "0101", "", "YExcIOError: tamanho: 101. " + mal}, {DIGITOS, 0, "00210800" + zeros + "x", "", "YExc: byte 20. Bytes depois da mensagem.-1"},
+        {DIGITOS, 0, "0004080", ""}, {LINHA, 0, "\r\n0800\r\n0810\n08", "0800\n0810\n"}, {LINHA, 0, std::string(101, '0') + "\n0800\n", "", "YExcIOError: " + mal},
+    };
+    // clang-format on
+    for (const Caso &caso : casos) {
         std::string queixa;
         Par par([&](YSocket *socket) {
             queixa = devolve(canalEm(socket, caso.quadro, caso.conta).get(), caso.cabecalho);
