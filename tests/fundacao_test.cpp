@@ -198,6 +198,10 @@ TEST(Identidade, naoRevelaNadaENaoSeRepete) {
     YObPtrToStr(texto, sizeof texto, nullptr);
     EXPECT_STREQ(texto, "");
     EXPECT_THROW(YObPtrToStr(texto, 32, alvos.data()), YExcecao);
+    for (const char &alvo : std::string(100'000, ' ')) { // the latest so many are kept
+        YObPtrToStr(texto, sizeof texto, &alvo);
+    }
+    EXPECT_TRUE(YObStrToPtr(texto) != nullptr && YObStrToPtr(certo.c_str()) == nullptr);
 }
 
 } // namespace

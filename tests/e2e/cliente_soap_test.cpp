@@ -35,6 +35,8 @@ public:
     ~Par() { libera(); }
 
     void responde(const std::string &bytes, bool fecha = true) {
+        // The last connection has ended: the client does not find it open any more.
+        EXPECT_TRUE(acontece([&] { return YTcpServer_getConexoes(*this) == 0; }));
         const std::lock_guard trava(mutex_);
         bytes_ = bytes;
         fecha_ = fecha;
