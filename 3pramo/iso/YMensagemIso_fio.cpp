@@ -74,19 +74,8 @@ public:
         if (!tem(1)) {
             return;
         }
-        std::uint64_t bitmaps[2] = {leBitmap(1), 0};
-        const bool temSegundo = (bitmaps[0] & mascaraDoBit(1)) != 0;
-        if (temSegundo) {
-            bitmaps[1] = leBitmap(2);
-        }
-        // Where its elements would end nobody could tell, so none is read.
-        if ((bitmaps[1] & mascaraDoBit(1)) != 0) {
-            lanca(YExc_rtti, "Mensagem ISO 8583 com terceiro bitmap.", FONTE);
-        }
-        lido.capacidade = temSegundo ? Y_ISO_ELEMENTOS : BITS_POR_BITMAP;
-        // Element 1 is the second bitmap itself, read by now.
-        percorreBits(bitmaps[0] & ~mascaraDoBit(1), 1, [&](int bit) { leElemento(bit, lido); });
-        percorreBits(bitmaps[1], BITS_POR_BITMAP + 1, [&](int bit) { leElemento(bit, lido); });
+        leBitmapsEElementos(
+            lido, [this](int qual) { return leBitmap(qual); }, [&](int bit) { leElemento(bit, lido); });
     }
 
 private:

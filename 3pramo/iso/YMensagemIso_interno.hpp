@@ -2,6 +2,7 @@
 #ifndef Y3PRAMO_ISO_YMENSAGEMISO_INTERNO_HPP
 #define Y3PRAMO_ISO_YMENSAGEMISO_INTERNO_HPP
 
+#include <3pramo/foundation/YExc_interno.hpp>
 #include <3pramo/iso/YMensagemIso.h>
 
 #include <bit>
@@ -96,6 +97,25 @@ struct Conteudo {
     [[nodiscard]] const Texto *begin() const { return textos; }
     [[nodiscard]] const Texto *end() const { return textos + quantos; }
 };
+
+/// The bitmaps of a message whose code is read, then the elements that they announce, by the functions of its
+/// form.
+template <typename BITMAP, typename ELEMENTO>
+void leBitmapsEElementos(Conteudo &lido, BITMAP leBitmap, ELEMENTO leElemento) {
+    std::uint64_t bitmaps[2] = {leBitmap(1), 0};
+    const bool temSegundo = (bitmaps[0] & mascaraDoBit(1)) != 0;
+    if (temSegundo) {
+        bitmaps[1] = leBitmap(2);
+    }
+    // Where its elements would end nobody could tell, so none is read.
+    if ((bitmaps[1] & mascaraDoBit(1)) != 0) {
+        lanca(YExc_rtti, "Mensagem ISO 8583 com terceiro bitmap.", FONTE);
+    }
+    lido.capacidade = temSegundo ? Y_ISO_ELEMENTOS : BITS_POR_BITMAP;
+    // Element 1 is the second bitmap itself, read by now.
+    percorreBits(bitmaps[0] & ~mascaraDoBit(1), 1, leElemento);
+    percorreBits(bitmaps[1], BITS_POR_BITMAP + 1, leElemento);
+}
 
 /// How many slots a message has that holds this bit; as a text, element 1 announces the second bitmap.
 constexpr std::int32_t capacidadePara(int bit, bool comTexto) {

@@ -81,17 +81,8 @@ public:
         if (posicao_ == fim_) {
             return;
         }
-        std::uint64_t bitmaps[2] = {leBitmap(1), 0};
-        const bool temSegundo = (bitmaps[0] & mascaraDoBit(1)) != 0;
-        if (temSegundo) {
-            bitmaps[1] = leBitmap(2);
-        }
-        if ((bitmaps[1] & mascaraDoBit(1)) != 0) {
-            lanca(YExc_rtti, "Mensagem ISO 8583 com terceiro bitmap.", FONTE);
-        }
-        lido.capacidade = temSegundo ? Y_ISO_ELEMENTOS : BITS_POR_BITMAP;
-        percorreBits(bitmaps[0] & ~mascaraDoBit(1), 1, [&](int bit) { leElemento(bit, lido); });
-        percorreBits(bitmaps[1], BITS_POR_BITMAP + 1, [&](int bit) { leElemento(bit, lido); });
+        leBitmapsEElementos(
+            lido, [this](int qual) { return leBitmap(qual); }, [&](int bit) { leElemento(bit, lido); });
     }
 
 private:
